@@ -1,0 +1,17 @@
+# Warnings and sanitizers for our own targets. Third-party headers come in as
+# SYSTEM includes, so their warnings do not count against us.
+add_library(mv_compiler_options INTERFACE)
+target_compile_options(mv_compiler_options INTERFACE -Wall -Wextra)
+
+if(MV_SANITIZE AND MV_TSAN)
+  message(FATAL_ERROR "MV_SANITIZE and MV_TSAN cannot be combined")
+endif()
+if(MV_SANITIZE)
+  set(_mv_san -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_compile_options(${_mv_san})
+  add_link_options(${_mv_san})
+endif()
+if(MV_TSAN)
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+endif()

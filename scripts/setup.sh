@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Installs what the build and the tests need on Debian 12, through apt.
+# Idempotent: one dpkg-query tells what is missing; when nothing is, it returns at once.
+set -euo pipefail
+
+packages=(
+  # toolchain
+  g++ cmake ninja-build pkg-config ccache
+  # tests and benchmarks
+  libgtest-dev libgmock-dev libbenchmark-dev
+  # engine dependencies
+  libicu-dev libpugixml-dev
+  # database client libraries behind the dataset layer
+  libsqlite3-dev libpq-dev libmariadb-dev unixodbc-dev
+  # design surface (Qt 6 Widgets) and the fonts it renders with when headless
+  qt6-base-dev fonts-dejavu-core
+)
+
+# One dpkg-query for all packages; a package it has never heard of prints nothing.
+installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}\n' "${packages[@]}" 2>/dev/null | awk '$1 == "installed" {print $2}' || true)
+missing=()
+for p in "${packages[@]}"; do
+  grep -qxF "$p" <<<"$installed" || missing+=("$p")
+done
+
+if ((${#missing[@]} == 0)); then
+  exit 0
+fi
+
+echo "setup: installing ${missing[*]}"
+sudo_cmd=()
+if [[ $(id -u) != 0 ]]; then sudo_cmd=(sudo); fi
+export DEBIAN_FRONTEND=noninteractive
+log=$(mktemp /tmp/mv-setup.XXXXXX.log)
+if ! { "${sudo_cmd[@]}" apt-get update -qq &&
+       "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+  cat "$log" >&2
+  echo "setup: apt-get failed (log above)" >&2
+  exit 1
+fi
+rm -f "$log"
