@@ -1,0 +1,26 @@
+// Access to the shared corpus of third-party SQL that lives outside the
+// project. Tests that need it call MV_REQUIRE_CORPUS() and skip with a message
+// when it is absent, so the suite also passes elsewhere.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace mvtest {
+
+// The corpus folder: $MV_CORPUS_DIR, else the folder configured at build time.
+// Empty when neither exists.
+std::string CorpusDir();
+
+// Files under `relative` (a folder of the corpus) whose names end in one of
+// `extensions`, sorted, searched recursively.
+std::vector<std::string> CorpusFiles(const std::string& relative, const std::vector<std::string>& extensions);
+
+}  // namespace mvtest
+
+#define MV_REQUIRE_CORPUS()                                                        \
+  do {                                                                             \
+    if (::mvtest::CorpusDir().empty()) GTEST_SKIP() << "shared SQL corpus absent"; \
+  } while (0)
