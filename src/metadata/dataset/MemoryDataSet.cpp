@@ -27,9 +27,10 @@ TmvMemoryTable& TmvMemoryTable::AddRow(std::vector<TmvVariant> values) {
   return *this;
 }
 
-TmvMemoryDataSet::TmvMemoryDataSet(TmvMemoryTable table) : TmvDataSet(nullptr), table_(std::move(table)) {}
+TmvMemoryDataSet::TmvMemoryDataSet(TmvMemoryTable table)
+    : TmvDataSet(nullptr), scripted_(false), table_(std::move(table)) {}
 
-TmvMemoryDataSet::TmvMemoryDataSet(TmvMemoryConnection* connection) : TmvDataSet(connection) {}
+TmvMemoryDataSet::TmvMemoryDataSet(TmvMemoryConnection* connection) : TmvDataSet(connection), scripted_(true) {}
 
 void TmvMemoryDataSet::SetTable(TmvMemoryTable table) {
   Close();
@@ -40,27 +41,34 @@ void TmvMemoryDataSet::SetTable(TmvMemoryTable table) {
 int64_t TmvMemoryDataSet::RecordCount() const { return Active() ? static_cast<int64_t>(table_.Rows.size()) : 0; }
 
 TmvMemoryConnection* TmvMemoryDataSet::Scripted() {
-  if (!Connection()) return nullptr;
+  if (!scripted_) return nullptr;
   return static_cast<TmvMemoryConnection*>(&RequireConnection());
 }
 
+void TmvMemoryDataSet::LoadScriptedTable(TmvMemoryConnection& connection) {
+  const TmvMemoryConnection::TScriptEntry* entry = connection.Find(CommandText());
+  if (!entry) RaiseError(u"No result is scripted for this statement");
+  if (!entry->Error.empty()) RaiseError(entry->Error);
+  table_ = entry->Handler ? entry->Handler(Params()) : entry->Result;
+}
+
 void TmvMemoryDataSet::InternalPrepare(TmvFieldDefs& defs) {
-  if (TmvMemoryConnection* connection = Scripted()) {
-    const TmvMemoryConnection::TScriptEntry* entry = connection->Find(CommandText());
-    if (!entry) RaiseError(u"No result is scripted for this statement");
-    if (!entry->Error.empty()) RaiseError(entry->Error);
-    table_ = entry->Result;
-  }
+  if (TmvMemoryConnection* connection = Scripted()) LoadScriptedTable(*connection);
   for (const TmvFieldDef& column : table_.Columns) defs.Add(column);
 }
 
-void TmvMemoryDataSet::InternalOpen(TmvFieldDefs&) {
+void TmvMemoryDataSet::InternalOpen(TmvFieldDefs& defs) {
   if (TmvMemoryConnection* connection = Scripted()) {
     if (ParamCheck())
       for (const TmvSQLParamRef& ref : FindSQLParams(CommandText(), connection->ParamScanOptions()))
         BoundParam(ref.Name);
+    LoadScriptedTable(*connection);
     connection->Record(*this, false);
   }
+  // The columns as they are now: a handler may answer others once the values
+  // are known, and SetTable may have replaced the rows after a prepare.
+  defs.Clear();
+  for (const TmvFieldDef& column : table_.Columns) defs.Add(column);
   row_ = 0;
 }
 
@@ -86,12 +94,16 @@ int64_t TmvMemoryDataSet::InternalExecute() {
 TmvMemoryConnection::~TmvMemoryConnection() { CloseDataSets(); }
 
 void TmvMemoryConnection::AddResult(WideString sql, TmvMemoryTable table, TmvScriptMatch match) {
-  script_.push_back({std::move(sql), match, std::move(table), {}});
+  script_.push_back({std::move(sql), match, std::move(table), {}, {}});
+}
+
+void TmvMemoryConnection::AddHandler(WideString sql, TmvScriptHandler handler, TmvScriptMatch match) {
+  script_.push_back({std::move(sql), match, {}, std::move(handler), {}});
 }
 
 void TmvMemoryConnection::AddError(WideString sql, WideString message, TmvScriptMatch match) {
   if (message.empty()) message = u"Scripted failure";
-  script_.push_back({std::move(sql), match, {}, std::move(message)});
+  script_.push_back({std::move(sql), match, {}, {}, std::move(message)});
 }
 
 std::vector<TmvMemoryConnection::TmvReceivedStatement> TmvMemoryConnection::Received() const {

@@ -11,6 +11,7 @@
 //   server.Received()[0].Sql;                               // what was run
 #pragma once
 
+#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -55,8 +56,13 @@ class TmvMemoryDataSet : public TmvDataSet {
   int64_t InternalExecute() override;
 
  private:
+  // The connection of a scripted dataset (null for one of its own rows);
+  // raises when the connection is gone.
   TmvMemoryConnection* Scripted();
+  // Takes the rows the script gives for the command text.
+  void LoadScriptedTable(TmvMemoryConnection& connection);
 
+  bool scripted_;
   TmvMemoryTable table_;
   size_t row_ = 0;
 };
@@ -81,7 +87,12 @@ class TmvMemoryConnection : public TmvConnection {
   TmvMemoryConnection() = default;
   ~TmvMemoryConnection() override;
 
+  // Rows that depend on the parameters: the handler is asked when the
+  // statement is prepared (values may still be unassigned) and when it opens.
+  using TmvScriptHandler = std::function<TmvMemoryTable(const TmvParams& params)>;
+
   void AddResult(WideString sql, TmvMemoryTable table, TmvScriptMatch match = TmvScriptMatch::smExact);
+  void AddHandler(WideString sql, TmvScriptHandler handler, TmvScriptMatch match = TmvScriptMatch::smExact);
   void AddError(WideString sql, WideString message, TmvScriptMatch match = TmvScriptMatch::smExact);
   // Makes Open fail with `message` (empty: opening works).
   void SetOpenError(WideString message) { openError_ = std::move(message); }
@@ -105,7 +116,8 @@ class TmvMemoryConnection : public TmvConnection {
     WideString Sql;
     TmvScriptMatch Match;
     TmvMemoryTable Result;
-    WideString Error;  // non-empty: the statement fails with this message
+    TmvScriptHandler Handler;  // when set, gives the result
+    WideString Error;          // non-empty: the statement fails with this message
   };
   // The entry for `sql`, or null.
   const TScriptEntry* Find(WideStringView sql) const;
