@@ -19,8 +19,8 @@ auto Convert(const WideString& fieldName, F&& convert) -> decltype(convert()) {
 
 }  // namespace
 
-bool TmvField::IsBinary() const {
-  switch (def_.DataType) {
+bool IsBinaryFieldType(TFieldType type) {
+  switch (type) {
     case ftBytes:
     case ftVarBytes:
     case ftBlob:
@@ -31,13 +31,22 @@ bool TmvField::IsBinary() const {
   }
 }
 
-std::string TmvField::AsString() const {
-  if (IsNull()) return {};
-  const WideString text = AsWideString();
-  if (!IsBinary() || !value_.IsString()) return UTF8Encode(text);
+WideString BytesToWide(std::string_view bytes) {
+  WideString text(bytes.size(), u'\0');
+  for (size_t i = 0; i < bytes.size(); ++i) text[i] = static_cast<unsigned char>(bytes[i]);
+  return text;
+}
+
+std::string WideToBytes(WideStringView text) {
   std::string bytes(text.size(), '\0');
   for (size_t i = 0; i < text.size(); ++i) bytes[i] = static_cast<char>(text[i] & 0xFF);
   return bytes;
+}
+
+std::string TmvField::AsString() const {
+  if (IsNull()) return {};
+  const WideString text = AsWideString();
+  return IsBinary() && value_.IsString() ? WideToBytes(text) : UTF8Encode(text);
 }
 
 WideString TmvField::AsWideString() const {

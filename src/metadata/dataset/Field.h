@@ -4,12 +4,19 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "metadata/dataset/FieldDef.h"
 #include "support/Variant.h"
 
 namespace mv {
+
+// Binary data in a field or a parameter is held as one byte per UTF-16 code
+// unit; adapters convert with these.
+bool IsBinaryFieldType(TFieldType type);
+WideString BytesToWide(std::string_view bytes);
+std::string WideToBytes(WideStringView text);
 
 // One column of an open dataset, holding the value of the current row. A
 // field exists while its dataset is open; closing the dataset frees it.
@@ -32,7 +39,7 @@ class TmvField {
   const TmvFieldDef& Def() const { return def_; }
   bool ReadOnly() const { return def_.ReadOnly(); }
   bool Required() const { return def_.Required(); }
-  bool IsBinary() const;
+  bool IsBinary() const { return IsBinaryFieldType(def_.DataType); }
 
   bool IsNull() const { return value_.IsClear(); }
   std::string AsString() const;

@@ -16,23 +16,6 @@ namespace {
 
 WideString ErrorText(sqlite3* db, int rc) { return UTF8Decode(db ? sqlite3_errmsg(db) : sqlite3_errstr(rc)); }
 
-// Binary data travels as one byte per UTF-16 code unit.
-WideString BytesToWide(const void* data, int size) {
-  const auto* bytes = static_cast<const unsigned char*>(data);
-  return WideString(bytes, bytes + size);
-}
-
-std::string WideToBytes(const WideString& text) {
-  std::string bytes(text.size(), '\0');
-  for (size_t i = 0; i < text.size(); ++i) bytes[i] = static_cast<char>(text[i] & 0xFF);
-  return bytes;
-}
-
-bool IsBinaryType(TFieldType type) {
-  return type == ftBytes || type == ftVarBytes || type == ftBlob || type == ftGraphic || type == ftTypedBinary ||
-         type == ftOraBlob;
-}
-
 // The type of an expression column, from the storage class of a value.
 TFieldType StorageClassType(int storageClass) {
   switch (storageClass) {
@@ -181,7 +164,7 @@ class TmvSQLiteDataSet : public TmvDataSet {
         case TmvVarType::vtFloat: rc = sqlite3_bind_double(stmt, i, value.AsFloat()); break;
         case TmvVarType::vtDateTime: rc = BindText(stmt, i, UTF8Encode(DateTimeToSQLText(value.AsDateTime()))); break;
         case TmvVarType::vtString:
-          if (IsBinaryType(param.DataType())) {
+          if (IsBinaryFieldType(param.DataType())) {
             const std::string bytes = WideToBytes(value.AsWideString());
             rc = sqlite3_bind_blob64(stmt, i, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
           } else {
@@ -238,8 +221,8 @@ class TmvSQLiteDataSet : public TmvDataSet {
         return TmvVariant(UTF8Decode(std::string_view(text, static_cast<size_t>(sqlite3_column_bytes(stmt_, column)))));
       }
       case SQLITE_BLOB: {
-        const void* data = sqlite3_column_blob(stmt_, column);
-        return TmvVariant(BytesToWide(data, sqlite3_column_bytes(stmt_, column)));
+        const auto* data = static_cast<const char*>(sqlite3_column_blob(stmt_, column));
+        return TmvVariant(BytesToWide(std::string_view(data, static_cast<size_t>(sqlite3_column_bytes(stmt_, column)))));
       }
       default: return TmvVariant::Null();
     }

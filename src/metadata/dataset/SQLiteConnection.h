@@ -46,6 +46,8 @@ class TmvSQLiteConnection : public TmvConnection {
   std::unique_ptr<TmvConnection> CloneClosed() const override;
   bool SupportsCancel() const override { return true; }
   // Interrupts the statements running on this connection (sqlite3_interrupt).
+  // It reaches only a statement already running: one that starts after the
+  // call runs normally, so a caller racing the start repeats the call.
   bool Cancel() override;
   // The SQLite library's version ("3.40.1").
   WideString ServerVersion() override;
