@@ -23,13 +23,37 @@ void TmvMainThreadDispatcher::Synchronize(Call call) {
     call();
     return;
   }
-  std::packaged_task<void()> task(std::move(call));
-  std::future<void> result = task.get_future();
-  // packaged_task cannot be copied, and std::function needs a copyable
-  // callable: hold it by a shared pointer.
-  auto shared = std::make_shared<std::packaged_task<void()>>(std::move(task));
-  Enqueue([shared] { (*shared)(); });
-  result.get();  // the call's exception, if any, comes out here
+  // The outcome of one call, handed from the main thread to the caller.
+  struct Outcome {
+    std::mutex lock;
+    std::condition_variable ready;
+    bool done = false;
+    std::exception_ptr error;
+  };
+  auto outcome = std::make_shared<Outcome>();
+  Enqueue([outcome, call = std::move(call)]() mutable {
+    std::exception_ptr error;
+    try {
+      call();
+    } catch (...) {
+      error = std::current_exception();
+    }
+    // The call's captures (often references into the caller's frame) go
+    // before the caller goes on; the exception is handed over whole, so the
+    // caller ends up its only holder.
+    call = nullptr;
+    {
+      std::lock_guard<std::mutex> guard(outcome->lock);
+      outcome->error = std::move(error);
+      outcome->done = true;
+    }
+    outcome->ready.notify_one();
+  });
+  std::unique_lock<std::mutex> guard(outcome->lock);
+  outcome->ready.wait(guard, [&] { return outcome->done; });
+  std::exception_ptr error = std::move(outcome->error);
+  guard.unlock();
+  if (error) std::rethrow_exception(error);
 }
 
 void TmvMainThreadDispatcher::Post(Call call) { Enqueue(std::move(call)); }
