@@ -98,7 +98,8 @@ std::string BenchUsage(const std::string& program) {
          "and prints one 'bench-result' line per kind of work.\n"
          "  --runs N           timed runs after the warm-up, the best counts (default 5)\n"
          "  --budget SECONDS   start no new run after this much timing (default 10; one run at least)\n"
-         "  --min-time SECONDS a run repeats the pass until it lasts this long (default 0.05)\n"
+         "  --min-time SECONDS a run repeats the pass until it lasts this long, and\n"
+         "                     the warm-up lasts as long (default 0.05)\n"
          "  --only FILE        keep only the entry numbers listed in FILE (one a line)\n"
          "  --accepted-out FILE  write the entry numbers that every kind of work accepted\n"
          "  --verbose          name each rejected statement and the reason on standard error\n";
@@ -192,11 +193,16 @@ std::vector<TmvBenchResult> RunBenchModes(const std::string& tool, const std::ve
     result.Rejected = result.Statements - result.Accepted;
 
     if (!accepted.empty()) {
-      // One more pass sizes the runs: short passes are repeated so that the
-      // clock's resolution and the loop around them do not dominate.
+      // More passes, for at least the length of one run, finish the warm-up
+      // (caches, allocators, a JIT) and size the runs: short passes are
+      // repeated so that the clock's resolution does not dominate.
       const auto probeStart = Clock::now();
-      RunPass(mode, accepted);
-      const double probe = std::max(SecondsSince(probeStart), 1e-9);
+      int probes = 0;
+      do {
+        RunPass(mode, accepted);
+        ++probes;
+      } while (SecondsSince(probeStart) < options.MinRunSeconds && probes < 1000000);
+      const double probe = std::max(SecondsSince(probeStart) / probes, 1e-9);
       result.Reps = static_cast<int>(std::clamp(std::ceil(options.MinRunSeconds / probe), 1.0, 1e6));
 
       double best = 0, spent = 0;

@@ -112,7 +112,8 @@ Times the statements of STATEMENTS (entries separated by lines holding only ';;'
 and prints one 'bench-result' line per kind of work.
   --runs N           timed runs after the warm-up, the best counts (default 5)
   --budget SECONDS   start no new run after this much timing (default 10; one run at least)
-  --min-time SECONDS a run repeats the pass until it lasts this long (default 0.05)
+  --min-time SECONDS a run repeats the pass until it lasts this long, and
+                     the warm-up lasts as long (default 0.05)
   --only FILE        keep only the entry numbers listed in FILE (one a line)
   --accepted-out FILE  write the entry numbers that every kind of work accepted
   --verbose          name each rejected statement and the reason on standard error
@@ -220,11 +221,16 @@ function runBenchModes(tool, modes, statements, options, log) {
     result.rejected = result.statements - result.accepted;
 
     if (accepted.length > 0) {
-      // One more pass sizes the runs: short passes are repeated so that the
-      // clock's resolution and the loop around them do not dominate.
+      // More passes, for at least the length of one run, finish the warm-up
+      // (caches, allocators, the JIT) and size the runs: short passes are
+      // repeated so that the clock's resolution does not dominate.
       const probeStart = now();
-      runPass(mode, accepted);
-      const probe = Math.max(secondsSince(probeStart), 1e-9);
+      let probes = 0;
+      do {
+        runPass(mode, accepted);
+        probes++;
+      } while (secondsSince(probeStart) < options.minRunSeconds && probes < 1e6);
+      const probe = Math.max(secondsSince(probeStart) / probes, 1e-9);
       result.reps = Math.min(Math.max(Math.ceil(options.minRunSeconds / probe), 1), 1e6);
       let best = 0;
       let spent = 0;
@@ -301,6 +307,7 @@ function benchRunnerMain({ tool, makeModes, extraOptions = {}, extraUsage = '' }
 }
 
 module.exports = {
+  usage,
   decodeText,
   splitStatementList,
   loadBenchStatements,

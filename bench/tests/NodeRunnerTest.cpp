@@ -119,6 +119,15 @@ TEST(NodeRunner, CountsKeepsAndWritesAcceptedEntriesLikeTheCppFrame) {
   EXPECT_EQ(mvtest::ReadFileBytes(accepted.path()), "1\n");
 }
 
+TEST(NodeRunner, OffersTheSameOptionsAsTheCppFrame) {
+  REQUIRE_NODE();
+  const std::string script =
+      "process.stdout.write(require('" + kPeersDir + "/bench-runner.js').usage('bench_x'))";
+  const auto node = RunTool("node", {"-e", script});
+  ASSERT_EQ(node.exitCode, 0) << node.err;
+  EXPECT_EQ(node.out, mv::BenchUsage("bench_x"));
+}
+
 TEST(NodeRunner, RunnersReportUsageErrorsWithExitCodeTwo) {
   REQUIRE_NODE();
   const auto node = RunTool("node", {kPeersDir + "/bench-runner.js"});
