@@ -231,7 +231,7 @@ else
 fi
 common_count=$(wc -l <"$common")
 if ((common_count > 0)); then
-  say "running them again on the $common_count statements all of them accept"
+  say "running them again on the $common_count statements all of them accepted"
   for i in "${!runner_keys[@]}"; do
     run_one common "$i" "$statements" "$runs" "$budget" --only "$common"
   done
@@ -354,7 +354,7 @@ rejection_notes() {
     echo
     common_bytes=$(awk -F'\t' 'NR == FNR { keep[$1] = 1; next } FNR > 1 && keep[$1] { b += $5 } END { print b + 0 }' \
       "$common" "$results/statements.index.tsv")
-    throughput_table common "Statements every tool accepts: $common_count statements, $common_bytes bytes"
+    throughput_table common "Statements every runner that finished accepts: $common_count statements, $common_bytes bytes"
   fi
   if ((do_shapes)); then
     echo

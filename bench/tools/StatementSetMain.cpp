@@ -59,8 +59,10 @@ int main(int argc, char** argv) {
     std::filesystem::path index = out;
     index.replace_extension(".index.tsv");
     WriteFile(index, mv::StatementIndex(statements));
-    std::cerr << "bench_statement_set: " << statements.size() << " statements from " << sources.size()
-              << " folders, " << joined.size() << " bytes, in " << out.string() << "\n";
+    size_t sqlBytes = 0;
+    for (const auto& s : statements) sqlBytes += mv::UTF8Encode(s.Text).size();
+    std::cerr << "bench_statement_set: " << statements.size() << " statements (" << sqlBytes
+              << " bytes of SQL) from " << sources.size() << " folders in " << out.string() << "\n";
     return 0;
   } catch (const std::exception& e) {
     std::cerr << "bench_statement_set: " << e.what() << "\n";
