@@ -51,6 +51,7 @@ int main(int argc, char** argv) {
   }
   try {
     const auto sources = mv::ParseStatementSet(mv::ReadAllBytes(setFile), setFile);
+    if (sources.empty()) throw std::runtime_error(setFile + " names no corpus folder");
     const auto statements = mv::SelectStatements(sources, corpus);
     const std::filesystem::path out(outFile);
     if (out.has_parent_path()) std::filesystem::create_directories(out.parent_path());
