@@ -23,6 +23,12 @@
 
 namespace mv {
 
+// One word that CheckLiteral turns into a keyword kind (generated tables).
+struct TmvKeywordEntry {
+  const char* Text;  // in small letters
+  int32_t Kind;
+};
+
 class TmvBaseScanner;
 // A scanner class as a value: a syntax provider hands one out and the
 // context creates the scanner from it (both construction phases run).
