@@ -224,8 +224,32 @@ void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPoint
     return;
   }
   TmvQBWayPointsCache& cache = WayPointCache();
-  dest.Raw().reserve(dest.Raw().size() + src.Count());
+  dest.Reserve(dest.Raw().size() + src.Count());
   for (int32_t i = 0; i < src.Count(); ++i) dest.Add(cache.Get(src[i], choice));
+}
+
+void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
+                                       TmvTokenKinds follow) {
+  if (src.IsEmpty()) return;
+  if (limitExceeded_) return;
+  const TmvBaseScanner& scanner = *Scanner;
+  TmvQBWayPointsCache& cache = WayPointCache();
+  for (int32_t i = 0; i < src.Count(); ++i) {
+    TmvWayPoint* tip = src[i];
+    // The same test as CheckLAToken, on a way that stays in `src`.
+    for (int32_t k = tip->TokenIndex + 1;; ++k) {
+      const TmvToken& t = scanner.GetToken(k);
+      if (Contains(follow, t.Kind)) {
+        if (dest.Count() >= MaxLiveWays) {
+          Abort(dest);
+          return;
+        }
+        dest.Add(cache.Get(tip, choice));
+        break;
+      }
+      if (!t.IsHidden()) break;
+    }
+  }
 }
 
 // --- Second pass. -------------------------------------------------------------

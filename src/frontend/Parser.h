@@ -157,6 +157,12 @@ class TmvBaseParser : public TmvObject {
   void AddWayNode(TmvWayPointsList& list, int32_t choice);
   // Appends to `dest`, for each way of `src` in order, a new point with `choice`.
   void ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice);
+  // The same for the ways of `src` whose next token is of a `follow` kind.
+  // Repetitions leave through it: a way that leaves where nothing that may
+  // follow stands would die at its next token anyway, and a long list would
+  // otherwise keep one leaving way per item alive to its end.
+  void ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
+                          TmvTokenKinds follow);
 
   // --- Second-pass primitives. ---
 

@@ -151,7 +151,7 @@ void TmvWayPointsList::Clear() {
 }
 
 void TmvWayPointsList::AddFrom(const TmvWayPointsList& src) {
-  items_.reserve(items_.size() + src.items_.size());
+  Reserve(items_.size() + src.items_.size());
   for (TmvWayPoint* p : src.items_) {
     if (p) Add(p);
   }
@@ -159,7 +159,7 @@ void TmvWayPointsList::AddFrom(const TmvWayPointsList& src) {
 
 void TmvWayPointsList::CopyFrom(const TmvWayPointsList& src) {
   Clear();
-  items_.reserve(src.items_.size());
+  Reserve(src.items_.size());
   for (TmvWayPoint* p : src.items_) Add(p);
 }
 

@@ -19,6 +19,7 @@
 // that the hot path takes no lock.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -83,6 +84,12 @@ class TmvWayPointsList {
       }
     }
     items_.resize(out);
+  }
+
+  // Makes room for `count` items; capacity grows at least twofold, so that
+  // lists that grow a little at a time are not copied again and again.
+  void Reserve(size_t count) {
+    if (count > items_.capacity()) items_.reserve(std::max(count, 2 * items_.capacity()));
   }
 
   // Direct access for the engine's loops.

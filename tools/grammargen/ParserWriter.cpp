@@ -384,8 +384,11 @@ class Writer {
 
   void WriteIter(const Node& n) {
     const Node& body = *n.items[0];
+    // What may follow the repetition; ways leave it only where that stands.
+    s_.Line("static constexpr int32_t kFollow[] = {" + KindList(n.follow) + "};");
     s_.Line("TmvPooledWayList done;");
-    WriteLeave(n, "done", {});
+    s_.Line("done->CopyFrom(list);");
+    s_.Line("if (CheckLAToken(*done, kFollow)) AddWayNode(*done, 0);");
     std::string state = StateCondition(GuardsOf(body));
     // The body can not match nothing (the generator refuses that), so each
     // round reads a token and the loop ends.
@@ -400,7 +403,7 @@ class Writer {
     s_.Line("}");
     s_.Line("AddWayNode(list, 1);");
     FirstPass(body);
-    s_.Line("ListAddWithWayNode(*done, list, 0);");
+    s_.Line("ListAddWithWayNode(*done, list, 0, kFollow);");
     s_.Dedent();
     s_.Line("}");
     s_.Line("list.MoveFrom(*done);");
