@@ -22,3 +22,10 @@ add_test(NAME frontend.GrammarRegeneration
           -DWORK_DIR=${CMAKE_CURRENT_BINARY_DIR}/frontend/regeneration
           -P ${CMAKE_CURRENT_LIST_DIR}/regeneration/CheckRegeneration.cmake)
 set_tests_properties(frontend.GrammarRegeneration PROPERTIES LABELS frontend)
+
+# Token descriptions of the tests' own scanners.
+file(GLOB _toy_descriptions CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/grammars/*.tokens)
+foreach(_description ${_toy_descriptions})
+  mv_generate_scanner(${_description} TARGET test_frontend
+                      OUTPUT_DIR ${CMAKE_CURRENT_BINARY_DIR}/frontend/generated)
+endforeach()

@@ -201,6 +201,15 @@ Dfa BuildDfa(const TokenDescription& description) {
     if (std::find(closure.begin(), closure.end(), f) != closure.end()) {
       Fail(e.where, "the pattern of '" + e.name + "' matches the empty text");
     }
+    // Partial texts belong to the form but end in no final state.
+    for (const Pattern& partial : e.partials) {
+      auto [ps, pf] = nfa.Build(partial, static_cast<int>(i));
+      nfa.states[start].empty.push_back(ps);
+      std::vector<int> reach = nfa.Closure({ps});
+      if (std::find(reach.begin(), reach.end(), pf) != reach.end()) {
+        Fail(e.where, "a partial pattern of '" + e.name + "' matches the empty text");
+      }
+    }
   }
 
   // Subset construction. Sets are numbered in the order they are found,

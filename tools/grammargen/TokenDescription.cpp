@@ -115,6 +115,16 @@ class Reader {
       e.constant = "tk" + Capitalized(e.name);
       Add(std::move(e));
       return;
+    } else if (word == "partial") {
+      std::string name = in_.ReadWord();
+      TokenEntry* e = nullptr;
+      for (TokenEntry& other : out_.entries) {
+        if (other.name == name) e = &other;
+      }
+      if (!e || !e->IsAutomatonForm()) Fail(where, "'" + name + "' is no token or symbol defined above");
+      in_.Expect('=', "'=' before the pattern");
+      e->partials.push_back(ReadPattern());
+      return;
     } else if (word == "symbol") {
       TokenEntry e = Begin(TokenEntry::Type::Symbol, where);
       e.name = in_.ReadWord();

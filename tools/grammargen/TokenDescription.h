@@ -32,6 +32,8 @@ struct TokenEntry {
   // quoted string; empty otherwise.
   std::u16string text;
   Pattern pattern;               // tokens and symbols
+  // Texts on their way to this token that never complete it.
+  std::vector<Pattern> partials;
   bool checksKeywords = false;   // tokens: the text goes through CheckLiteral
   bool blockComment = false;     // comments
   bool nested = false;           // block comments
