@@ -27,8 +27,10 @@
 // - a way list holds more than MaxLiveWays ways: text that really is written
 //   keeps at most some hundreds alive, and a grammar that lets the count run
 //   away would otherwise take time and memory without bound.
-// Long flat text (a list of 100,000 items) is no concern: repetitions loop,
-// and ways are released iteratively.
+// Long flat text (a list of 100,000 items) is no concern: repetitions loop
+// instead of recursing, a way leaves a repetition only where a token that may
+// follow it stands (so a list keeps no leaving way per item), and ways are
+// released iteratively.
 #pragma once
 
 #include <cstdint>

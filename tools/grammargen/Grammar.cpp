@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <functional>
-#include <regex>
 
 #include "Cursor.h"
 
@@ -75,6 +74,39 @@ std::unique_ptr<Node> NewNode(Node::Type type, const SourceLocation& where) {
 }
 
 std::u16string Widen(const std::string& s) { return std::u16string(s.begin(), s.end()); }
+
+std::string Trim(const std::string& s) {
+  size_t b = s.find_first_not_of(" \t\r\n");
+  if (b == std::string::npos) return "";
+  return s.substr(b, s.find_last_not_of(" \t\r\n") + 1 - b);
+}
+
+// "OP N" of @version: a comparison and a number, or false.
+bool ParseVersionTest(const std::string& args, std::string& op, std::string& number) {
+  std::string text = Trim(args);
+  for (const char* candidate : {">=", "<=", "==", "!=", ">", "<"}) {
+    std::string c = candidate;
+    if (text.compare(0, c.size(), c) == 0) {
+      op = c;
+      number = Trim(text.substr(c.size()));
+      return !number.empty() && number.find_first_not_of("0123456789") == std::string::npos;
+    }
+  }
+  return false;
+}
+
+// The node type of a parameter written "Type*& name", or "".
+std::string OutParameterType(const std::string& params) {
+  std::string text = Trim(params);
+  size_t end = text.size();
+  while (end > 0 && (std::isalnum(static_cast<unsigned char>(text[end - 1])) || text[end - 1] == '_')) --end;
+  if (end == text.size() || std::isdigit(static_cast<unsigned char>(text[end]))) return "";
+  text = Trim(text.substr(0, end));
+  if (text.size() < 2 || text.back() != '&') return "";
+  text = Trim(text.substr(0, text.size() - 1));
+  if (text.empty() || text.back() != '*') return "";
+  return Trim(text.substr(0, text.size() - 1));
+}
 
 // --- Reading. ---------------------------------------------------------------
 
@@ -315,11 +347,10 @@ class Reader {
       if (!list.AtEnd()) Fail(g.where, "@" + name + " takes the name of one member");
     } else if (name == "version") {
       needArgs(true);
-      static const std::regex form(R"(\s*(>=|<=|==|!=|>|<)\s*(\d+)\s*)");
-      std::smatch m;
-      if (!std::regex_match(args, m, form)) Fail(g.where, "@version takes a comparison and a number: @version(>= 11)");
+      std::string op, number;
+      if (!ParseVersionTest(args, op, number)) Fail(g.where, "@version takes a comparison and a number: @version(>= 11)");
       g.type = Guard::Type::State;
-      g.code = "ServerVersion " + m[1].str() + " " + m[2].str();
+      g.code = "ServerVersion " + op + " " + number;
     } else if (name == "when") {
       needArgs(true);
       g.type = Guard::Type::State;
@@ -429,15 +460,13 @@ class Analyzer {
   }
 
   void CheckEntries() {
-    static const std::regex outParam(R"(^\s*(.*\S)\s*\*\s*&\s*[A-Za-z_]\w*\s*$)");
     for (EntryPoint& e : g_.entries) {
       Rule* rule = g_.FindRule(e.rule);
       if (!rule) Fail(e.where, "the entry Parse" + e.name + " names no rule '" + e.rule + "'");
-      std::smatch m;
-      if (!std::regex_match(rule->params, m, outParam)) {
+      e.resultType = OutParameterType(rule->params);
+      if (e.resultType.empty() || e.resultType.find(',') != std::string::npos) {
         Fail(e.where, "the rule '" + e.rule + "' of an entry takes one parameter 'Node*& name'");
       }
-      e.resultType = m[1].str();
     }
   }
 
