@@ -9,6 +9,7 @@ namespace mvsql {
 int RunHelp(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunVersion(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunDecode(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunTokens(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {
@@ -16,6 +17,9 @@ const std::vector<Command>& AllCommands() {
       {"version", "print the version", "mvsql version\n", RunVersion},
       {"decode", "read the input and print it as UTF-8 (shows how it was decoded)",
        "mvsql decode [FILE|-]\n", RunDecode},
+      {"tokens", "print the tokens of the input, one a line (kind, line:col, pos, flags, text)",
+       "mvsql tokens [--dialect NAME] [FILE|-]\n"
+       "  --dialect NAME  the scanner to use (default sql92)\n", RunTokens},
   };
   return commands;
 }

@@ -16,6 +16,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <vector>
 
@@ -102,6 +103,37 @@ class TmvBatchUpdatableBase : public ImvBatchUpdatable {
   ImvBatchUpdatable* parent_ = nullptr;
   // Made on first need: most objects never have a changed child.
   std::unique_ptr<std::vector<TmvObject*>> updatedChildren_;
+};
+
+// Opens a batch on an object for the length of a scope:
+//
+//   { TmvUpdateBatch batch(*format); format->SetA(1); format->SetB(2); }   // one report
+//
+// A listener's exception from the closing EndUpdate passes out, unless the
+// scope is left by another exception already (then the batch is closed and
+// the listener's exception dropped, since two cannot travel at once).
+class TmvUpdateBatch {
+ public:
+  explicit TmvUpdateBatch(ImvBatchUpdatable& object)
+      : object_(object), exceptionsAtStart_(std::uncaught_exceptions()) {
+    object_.BeginUpdate();
+  }
+  ~TmvUpdateBatch() noexcept(false) {
+    if (std::uncaught_exceptions() > exceptionsAtStart_) {
+      try {
+        object_.EndUpdate();
+      } catch (...) {
+      }
+    } else {
+      object_.EndUpdate();
+    }
+  }
+  TmvUpdateBatch(const TmvUpdateBatch&) = delete;
+  TmvUpdateBatch& operator=(const TmvUpdateBatch&) = delete;
+
+ private:
+  ImvBatchUpdatable& object_;
+  int exceptionsAtStart_;
 };
 
 }  // namespace mv

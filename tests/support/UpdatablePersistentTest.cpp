@@ -186,6 +186,30 @@ TEST(UpdatablePersistent, ListenerExceptionPassesOutAndTheBatchIsClosed) {
   EXPECT_EQ(parent.doUpdatedCalls, 1);  // the parent still heard of it
 }
 
+TEST(UpdatablePersistent, UpdateBatchScopeReportsOnceAndClosesOnException) {
+  Node node("n");
+  {
+    TmvUpdateBatch batch(node);
+    node.NotifyUpdated();
+    node.NotifyUpdated();
+    EXPECT_TRUE(node.GetIsUpdating());
+  }
+  EXPECT_EQ(node.doUpdatedCalls, 1);
+  EXPECT_FALSE(node.GetIsUpdating());
+  try {
+    TmvUpdateBatch batch(node);
+    node.NotifyUpdated();
+    throw EmvQueryBuilderError(u"setter failed");
+  } catch (const EmvQueryBuilderError&) {
+  }
+  EXPECT_FALSE(node.GetIsUpdating());
+  EXPECT_EQ(node.doUpdatedCalls, 2);
+  // A listener's exception at the end of the scope passes out.
+  node.GetOnEndUpdate().AddHandler(TmvHandlerId::Unique(), [](TmvObject*) { throw EConvertError(u"listener"); });
+  EXPECT_THROW({ TmvUpdateBatch batch(node); }, EConvertError);
+  EXPECT_FALSE(node.GetIsUpdating());
+}
+
 TEST(UpdatablePersistent, UnbalancedEndUpdateIsIgnored) {
   Node node("n");
   node.EndUpdate();

@@ -1,0 +1,301 @@
+#include "frontend/Parser.h"
+
+#include <algorithm>
+
+#include "support/Exceptions.h"
+
+namespace mv {
+
+MV_DEFINE_CLASS(TmvBaseParser, TmvObject)
+
+namespace {
+
+bool Contains(TmvTokenKinds kinds, int32_t kind) {
+  for (int32_t k : kinds) {
+    if (k == kind) return true;
+  }
+  return false;
+}
+
+bool ContainsText(const TmvAnsiStrings& strings, const std::string& text) {
+  for (const std::string& s : strings) {
+    if (AnsiSameText(s, text)) return true;
+  }
+  return false;
+}
+
+// Holds the driver's reference on the root of a first pass.
+class RootPoint {
+ public:
+  RootPoint() : point_(WayPointCache().Get(nullptr, 0)) { ++point_->RefCount; }
+  ~RootPoint() { ReleaseWayPoint(point_); }
+  RootPoint(const RootPoint&) = delete;
+  RootPoint& operator=(const RootPoint&) = delete;
+  TmvWayPoint* get() const { return point_; }
+
+ private:
+  TmvWayPoint* point_;
+};
+
+}  // namespace
+
+TmvBaseParser::TmvBaseParser(TmvBaseScanner* scanner, TmvBaseSQLContext* context)
+    : Context(context), Scanner(scanner), Way(WayPointListCache().Get()) {}
+
+TmvBaseParser::~TmvBaseParser() { WayPointListCache().Put(Way); }
+
+void TmvBaseParser::EntryWayCalc(TmvParserEntry entry, TmvWayPointsList& list) {
+  switch (entry) {
+    case TmvParserEntry::peSelect: ParseSelectWayCalc(list); break;
+    case TmvParserEntry::peSubQuery: ParseSubQueryWayCalc(list); break;
+    case TmvParserEntry::peObjectName: ParseObjectNameWayCalc(list); break;
+    case TmvParserEntry::peExpression: ParseExpressionWayCalc(list); break;
+    case TmvParserEntry::peSelectItem: ParseSelectItemWayCalc(list); break;
+    case TmvParserEntry::peLogicalExpression: ParseLogicalExpressionWayCalc(list); break;
+    case TmvParserEntry::peFromSource: ParseFromSourceWayCalc(list); break;
+    case TmvParserEntry::peIdentifier: ParseIdentifierWayCalc(list); break;
+  }
+}
+
+// --- The driver. ------------------------------------------------------------
+
+bool TmvBaseParser::RunFirstPass(const std::function<void(TmvWayPointsList&)>& firstPass,
+                                 bool unroll) {
+  limitExceeded_ = false;
+  ruleDepth_ = 0;
+  RootPoint root;
+  TmvPooledWayList list;
+  list->Add(root.get());
+  firstPass(*list);
+  Expect(*list, tkEndOfText);
+  const bool found = !list->IsEmpty() && !limitExceeded_;
+  if (found && unroll) {
+    UnrollWay((*list)[0]);
+    GetWayNode();  // the root
+  }
+  return found;
+}
+
+bool TmvBaseParser::FindWay(const std::function<void(TmvWayPointsList&)>& firstPass) {
+  return RunFirstPass(firstPass, true);
+}
+
+bool TmvBaseParser::FindWay(TmvParserEntry entry) {
+  return RunFirstPass([this, entry](TmvWayPointsList& list) { EntryWayCalc(entry, list); }, true);
+}
+
+bool TmvBaseParser::TestWay(const std::function<void(TmvWayPointsList&)>& firstPass) {
+  return RunFirstPass(firstPass, false);
+}
+
+bool TmvBaseParser::Abort(TmvWayPointsList& list) {
+  limitExceeded_ = true;
+  list.Clear();
+  return false;
+}
+
+// --- First pass. --------------------------------------------------------------
+
+void TmvBaseParser::Expect(TmvWayPointsList& list, int32_t kind) {
+  if (list.IsEmpty()) return;
+  if (limitExceeded_) {
+    list.Clear();
+    return;
+  }
+  const TmvBaseScanner& scanner = *Scanner;
+  const bool skipSpaces = scanner.SkipSpaces;
+  const bool skipComments = scanner.SkipComments;
+  int32_t maxIndex = MaxTokenIndex;
+  list.Filter([&](TmvWayPoint* p) {
+    for (int32_t i = p->TokenIndex + 1;; ++i) {
+      const TmvToken& t = scanner.GetToken(i);
+      // The match comes first, so that a grammar may expect a hidden kind.
+      if (t.Kind == kind) {
+        p->TokenIndex = i;
+        if (i > maxIndex) maxIndex = i;
+        return true;
+      }
+      if (t.Kind == tkNone) return false;
+      if (skipSpaces && (t.Kind == tkNewLine || t.Kind == tkSpace)) continue;
+      if (skipComments && t.IsComment) continue;
+      return false;
+    }
+  });
+  MaxTokenIndex = maxIndex;
+}
+
+bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, int32_t kind) {
+  const int32_t kinds[] = {kind};
+  return CheckLAToken(list, kinds);
+}
+
+bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+  if (list.IsEmpty()) return false;
+  if (limitExceeded_) return Abort(list);
+  const TmvBaseScanner& scanner = *Scanner;
+  // Hidden tokens are stepped over whatever the scanner's flags say, but each
+  // is tested on the way.
+  list.Filter([&](TmvWayPoint* p) {
+    for (int32_t i = p->TokenIndex + 1;; ++i) {
+      const TmvToken& t = scanner.GetToken(i);
+      if (Contains(kinds, t.Kind)) return true;
+      if (!t.IsHidden()) return false;
+    }
+  });
+  return !list.IsEmpty();
+}
+
+bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, int32_t kind) {
+  const int32_t kinds[] = {kind};
+  return CheckLANotToken(list, kinds);
+}
+
+bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+  if (list.IsEmpty()) return false;
+  if (limitExceeded_) return Abort(list);
+  const TmvBaseScanner& scanner = *Scanner;
+  list.Filter([&](TmvWayPoint* p) {
+    for (int32_t i = p->TokenIndex + 1;; ++i) {
+      const TmvToken& t = scanner.GetToken(i);
+      if (Contains(kinds, t.Kind)) return false;
+      if (!t.IsHidden()) return true;
+    }
+  });
+  return !list.IsEmpty();
+}
+
+bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+  if (list.IsEmpty()) return false;
+  if (limitExceeded_) return Abort(list);
+  const TmvBaseScanner& scanner = *Scanner;
+  // The next visible token is found without testing; the tests start after it.
+  for (TmvWayPoint* p : list.Raw()) {
+    int32_t i = p->TokenIndex + 1;
+    while (scanner.GetToken(i).IsHidden()) ++i;
+    if (scanner.GetToken(i).Kind == tkNone) return false;
+  }
+  list.Filter([&](TmvWayPoint* p) {
+    int32_t i = p->TokenIndex + 1;
+    while (scanner.GetToken(i).IsHidden()) ++i;
+    for (++i;; ++i) {
+      const TmvToken& t = scanner.GetToken(i);
+      if (Contains(kinds, t.Kind)) return false;
+      if (!t.IsHidden()) return true;
+    }
+  });
+  return !list.IsEmpty();
+}
+
+bool TmvBaseParser::CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& strings) {
+  if (list.IsEmpty()) return false;
+  if (limitExceeded_) return Abort(list);
+  const TmvBaseScanner& scanner = *Scanner;
+  list.Filter([&](TmvWayPoint* p) {
+    for (int32_t i = p->TokenIndex + 1;; ++i) {
+      const TmvToken& t = scanner.GetToken(i);
+      if (ContainsText(strings, WideToAnsi(t.Text))) return false;
+      if (!t.IsHidden()) return true;
+    }
+  });
+  return !list.IsEmpty();
+}
+
+void TmvBaseParser::AddWayNode(TmvWayPointsList& list, int32_t choice) {
+  if (list.Count() > MaxLiveWays) {
+    Abort(list);
+    return;
+  }
+  TmvQBWayPointsCache& cache = WayPointCache();
+  for (TmvWayPoint*& slot : list.Raw()) {
+    TmvWayPoint* tip = slot;
+    TmvWayPoint* point = cache.Get(tip, choice);
+    // The list's reference on the old tip passes to the new point.
+    --tip->RefCount;
+    ++point->RefCount;
+    slot = point;
+  }
+}
+
+void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src,
+                                       int32_t choice) {
+  if (src.IsEmpty()) return;
+  if (dest.Count() + src.Count() > MaxLiveWays) {
+    Abort(dest);
+    return;
+  }
+  TmvQBWayPointsCache& cache = WayPointCache();
+  dest.Reserve(dest.Raw().size() + src.Count());
+  for (int32_t i = 0; i < src.Count(); ++i) dest.Add(cache.Get(src[i], choice));
+}
+
+void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
+                                       TmvTokenKinds follow) {
+  if (src.IsEmpty()) return;
+  if (limitExceeded_) return;
+  const TmvBaseScanner& scanner = *Scanner;
+  TmvQBWayPointsCache& cache = WayPointCache();
+  for (int32_t i = 0; i < src.Count(); ++i) {
+    TmvWayPoint* tip = src[i];
+    // The same test as CheckLAToken, on a way that stays in `src`.
+    for (int32_t k = tip->TokenIndex + 1;; ++k) {
+      const TmvToken& t = scanner.GetToken(k);
+      if (Contains(follow, t.Kind)) {
+        if (dest.Count() >= MaxLiveWays) {
+          Abort(dest);
+          return;
+        }
+        dest.Add(cache.Get(tip, choice));
+        break;
+      }
+      if (!t.IsHidden()) break;
+    }
+  }
+}
+
+// --- Second pass. -------------------------------------------------------------
+
+TmvWayPoint* TmvBaseParser::GetWayNode() {
+  ++WayIndex;
+  if (WayIndex >= Way->Count()) {
+    // The two passes of a rule read different decisions: a generator fault.
+    throw EmvQueryBuilderError(u"The parser read more decisions than its first pass recorded");
+  }
+  return (*Way)[WayIndex];
+}
+
+const TmvToken& TmvBaseParser::Get() {
+  const TmvBaseScanner& scanner = *Scanner;
+  do {
+    ++TokenIndex;
+  } while (scanner.GetToken(TokenIndex).IsHidden());
+  Token = &scanner.GetToken(TokenIndex);
+  return *Token;
+}
+
+void TmvBaseParser::UnrollWay(TmvWayPoint* tip) {
+  Way->Clear();
+  std::vector<TmvWayPoint*> chain;
+  for (TmvWayPoint* p = tip; p; p = p->Prev) chain.push_back(p);
+  Way->Raw().reserve(chain.size());
+  for (size_t i = chain.size(); i-- > 0;) Way->Add(chain[i]);
+  TokenIndex = -1;
+  Token = nullptr;
+  WayIndex = -1;
+  MaxTokenIndex = -1;
+}
+
+int32_t TmvBaseParser::GetBadToken() const {
+  int32_t i = MaxTokenIndex + 1;
+  while (Scanner->GetToken(i).IsHidden()) ++i;
+  return i;
+}
+
+std::string TmvBaseParser::UnrollWayStr(const TmvWayPoint* point) {
+  std::vector<int32_t> choices;
+  for (const TmvWayPoint* p = point; p; p = p->Prev) choices.push_back(p->Choice);
+  std::string out;
+  for (size_t i = choices.size(); i-- > 0;) out += std::to_string(choices[i]);
+  return out;
+}
+
+}  // namespace mv

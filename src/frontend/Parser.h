@@ -1,0 +1,212 @@
+// The way-point parsing engine: a two-pass parser for grammars that are not
+// LL(1). The first pass walks the grammar with every alternative alive at
+// once, recording each decision as a way point (frontend/WayPoint.h); the
+// survivors at the end of the text are the complete parses, and list order
+// alone ranks them. The second pass replays the first survivor as an
+// ordinary recursive-descent parser that never tests a token: it reads each
+// decision back and builds the syntax tree.
+//
+// Each dialect's parser is generated from its grammar file by
+// tools/grammargen. For every rule it has a first-pass `<rule>WayCalc(list)`,
+// numbered `OptN`/`IterN`/`AltN` helpers, and a second-pass `<rule>(...)`.
+//
+// Order of preference among complete ways, by construction of the combinators:
+// - an option: the way that took it before the same way having skipped it;
+// - a choice: all ways through alternative 0 before those through 1, ...;
+// - a repetition: a way that left earlier before one that went on (it is not
+//   greedy);
+// - each combinator regroups the whole list stably, so a later decision
+//   outranks every earlier one, as in a radix sort ending at the last one.
+//
+// Limits. The design itself sets none; this implementation ends a first pass
+// with the ordinary syntax failure (no way found, `LimitExceeded()` true) when
+// - rule calls nest deeper than MaxRuleDepth: a few rule calls per bracket
+//   level of an expression (about 200 nested brackets at SQL-92's five), far
+//   beyond what people write, while keeping the recursion of both passes well
+//   inside a 1 MB thread stack;
+// - a way list holds more than MaxLiveWays ways: text that really is written
+//   keeps at most some hundreds alive, and a grammar that lets the count run
+//   away would otherwise take time and memory without bound.
+// Long flat text (a list of 100,000 items) is no concern: repetitions loop
+// instead of recursing, a way leaves a repetition only where a token that may
+// follow it stands (so a list keeps no leaving way per item), and ways are
+// released iteratively.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "frontend/Scanner.h"
+#include "frontend/Token.h"
+#include "frontend/WayPoint.h"
+#include "support/Class.h"
+
+namespace mv {
+
+class TmvBaseSQLContext;
+class TSQLSelectStatement;
+class TSQLSubSelectStatement;
+class TSQLDatabaseObject;
+class TSQLExpressionItem;
+class TSQLSelectItem;
+class TSQLFromSource;
+class TastTokenIdentifier;
+
+class TmvBaseParser;
+// A parser class as a value; the syntax provider hands one out and the
+// context creates the parser from it with its scanner and itself.
+using TmvParserClass = TmvClassOf<TmvBaseParser, TmvBaseScanner*, TmvBaseSQLContext*>;
+
+// The eight entries of every parser, each a pair of first-pass and
+// second-pass operations.
+enum class TmvParserEntry {
+  peSelect,
+  peSubQuery,
+  peObjectName,
+  peExpression,
+  peSelectItem,
+  peLogicalExpression,
+  peFromSource,
+  peIdentifier,
+};
+
+// A literal array of token kinds, as generated code writes them.
+using TmvTokenKinds = std::span<const int32_t>;
+// Texts for CheckLANotIn; compared without regard to case.
+using TmvAnsiStrings = std::vector<std::string>;
+
+class TmvBaseParser : public TmvObject {
+  MV_DECLARE_CLASS()
+
+ public:
+  static constexpr int32_t MaxRuleDepth = 1000;
+  static constexpr int32_t MaxLiveWays = 100000;
+
+  TmvBaseParser(TmvBaseScanner* scanner, TmvBaseSQLContext* context);
+  ~TmvBaseParser() override;
+  TmvBaseParser(const TmvBaseParser&) = delete;
+  TmvBaseParser& operator=(const TmvBaseParser&) = delete;
+
+  // --- Fields. ---
+  TmvBaseSQLContext* Context;  // given to every node created; not owned
+  TmvBaseScanner* Scanner;     // not owned; read only
+  int32_t MaxTokenIndex = -1;  // highest token index matched by any Expect
+  // False lets a logical predicate start without its left expression.
+  bool RequireLeftOperand = true;
+  // With RequireLeftOperand false: the missing left side is a logical value.
+  bool LeftIsLogical = false;
+  int32_t TokenIndex = -1;          // second pass: index of the current token
+  const TmvToken* Token = nullptr;  // second pass: the current token
+  int32_t WayIndex = -1;            // second pass: index of the decision last read
+  TmvWayPointsList* Way;            // second pass: the picked way, root first
+  int32_t ServerVersion = 0;        // dialect level set by the syntax provider
+  // Set by the syntax provider: grammars refuse a select INTO clause.
+  bool DenyIntoClause = false;
+
+  // --- The entries. Second-pass results belong to the caller. ---
+  virtual void ParseSelectWayCalc(TmvWayPointsList& list) = 0;
+  virtual TSQLSelectStatement* ParseSelect() = 0;
+  virtual void ParseSubQueryWayCalc(TmvWayPointsList& list) = 0;
+  virtual TSQLSubSelectStatement* ParseSubQuery() = 0;
+  virtual void ParseObjectNameWayCalc(TmvWayPointsList& list) = 0;
+  virtual TSQLDatabaseObject* ParseObjectName() = 0;
+  virtual void ParseExpressionWayCalc(TmvWayPointsList& list) = 0;
+  virtual TSQLExpressionItem* ParseExpression() = 0;
+  virtual void ParseSelectItemWayCalc(TmvWayPointsList& list) = 0;
+  virtual TSQLSelectItem* ParseSelectItem() = 0;
+  virtual void ParseLogicalExpressionWayCalc(TmvWayPointsList& list) = 0;
+  virtual TSQLExpressionItem* ParseLogicalExpression() = 0;
+  virtual void ParseFromSourceWayCalc(TmvWayPointsList& list) = 0;
+  virtual TSQLFromSource* ParseFromSource() = 0;
+  virtual void ParseIdentifierWayCalc(TmvWayPointsList& list) = 0;
+  virtual TastTokenIdentifier* ParseIdentifier() = 0;
+
+  // The first-pass operation of an entry.
+  void EntryWayCalc(TmvParserEntry entry, TmvWayPointsList& list);
+
+  // --- The driver. ---
+  // Runs a first pass from a fresh root and keeps the ways that read up to the
+  // end token. With a survivor, the first one is unrolled into Way (its root
+  // already stepped over), the second pass may run, and the result is true.
+  // Without one the result is false and GetBadToken names the token to blame.
+  bool FindWay(const std::function<void(TmvWayPointsList&)>& firstPass);
+  bool FindWay(TmvParserEntry entry);
+  // The same test without preparing a second pass (identifier checks).
+  bool TestWay(const std::function<void(TmvWayPointsList&)>& firstPass);
+  // The last first pass ran into one of the limits above.
+  bool LimitExceeded() const { return limitExceeded_; }
+
+  // --- First-pass primitives. Each works on every way of the list and only
+  // deletes ways; survivors keep their order. The CheckLA... tests answer
+  // whether a way is left, false also for a list that was empty. ---
+
+  // Consumes one token of `kind` on every way, or deletes the way.
+  void Expect(TmvWayPointsList& list, int32_t kind);
+  // Deletes each way whose next token is not of a listed kind.
+  bool CheckLAToken(TmvWayPointsList& list, int32_t kind);
+  bool CheckLAToken(TmvWayPointsList& list, TmvTokenKinds kinds);
+  // Deletes each way whose next token is of a listed kind.
+  bool CheckLANotToken(TmvWayPointsList& list, int32_t kind);
+  bool CheckLANotToken(TmvWayPointsList& list, TmvTokenKinds kinds);
+  // The same for the token after the next.
+  bool CheckLA2NotToken(TmvWayPointsList& list, TmvTokenKinds kinds);
+  // Deletes each way whose next token's text is one of `strings`.
+  bool CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& strings);
+  // Replaces each tip by a new point with `choice`.
+  void AddWayNode(TmvWayPointsList& list, int32_t choice);
+  // Appends to `dest`, for each way of `src` in order, a new point with `choice`.
+  void ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice);
+  // The same for the ways of `src` whose next token is of a `follow` kind.
+  // Repetitions leave through it: a way that leaves where nothing that may
+  // follow stands would die at its next token anyway, and a long list would
+  // otherwise keep one leaving way per item alive to its end.
+  void ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
+                          TmvTokenKinds follow);
+
+  // --- Second-pass primitives. ---
+
+  // The next decision of the picked way.
+  TmvWayPoint* GetWayNode();
+  // Moves to the next visible token and returns it (also in Token).
+  const TmvToken& Get();
+  // Prepares the second pass from a tip.
+  void UnrollWay(TmvWayPoint* tip);
+  // After a failed first pass: the index of the first visible token that no
+  // way could consume. Never -1; GetToken of it always exists.
+  int32_t GetBadToken() const;
+  // The decimal Choice values of a way, root first, without separators.
+  static std::string UnrollWayStr(const TmvWayPoint* point);
+
+ protected:
+  // Opens a rule of the first pass; generated rules hold one for their whole
+  // body. It is false when there is nothing to do: the list is empty, or the
+  // rule nesting went past MaxRuleDepth, which ends the parse.
+  class TmvRuleScope {
+   public:
+    TmvRuleScope(TmvBaseParser& parser, TmvWayPointsList& list) : parser_(parser) {
+      ++parser.ruleDepth_;
+      ok_ = !list.IsEmpty() && (parser.ruleDepth_ <= MaxRuleDepth || parser.Abort(list));
+    }
+    ~TmvRuleScope() { --parser_.ruleDepth_; }
+    TmvRuleScope(const TmvRuleScope&) = delete;
+    TmvRuleScope& operator=(const TmvRuleScope&) = delete;
+    explicit operator bool() const { return ok_; }
+
+   private:
+    TmvBaseParser& parser_;
+    bool ok_;
+  };
+
+ private:
+  // Ends the running first pass: every way dies from here on. Returns false.
+  bool Abort(TmvWayPointsList& list);
+  bool RunFirstPass(const std::function<void(TmvWayPointsList&)>& firstPass, bool unroll);
+
+  int32_t ruleDepth_ = 0;
+  bool limitExceeded_ = false;
+};
+
+}  // namespace mv

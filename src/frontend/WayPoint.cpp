@@ -1,0 +1,242 @@
+#include "frontend/WayPoint.h"
+
+#include <memory>
+#include <mutex>
+#include <utility>
+
+namespace mv {
+
+// ---------------------------------------------------------------------------
+// Records. Way points are allocated in slabs and recycled through free chains
+// linked by Prev. Each thread keeps a private chain; chains of kBatch records
+// travel between the threads and the process-wide stock under its lock.
+
+namespace {
+
+constexpr size_t kSlabSize = 4096;      // records per allocation
+constexpr size_t kBatch = 512;          // records moved to or from the stock at once
+constexpr size_t kLocalLimit = 4 * kBatch;  // a thread keeps at most this many spare
+
+struct Chain {
+  TmvWayPoint* head = nullptr;
+  size_t count = 0;
+};
+
+struct TmvWayPointRecords {
+  std::mutex lock;
+  std::vector<std::unique_ptr<TmvWayPoint[]>> slabs;
+  std::vector<Chain> spare;
+
+  // A chain for a thread that has run dry: a spare one, or a new slab.
+  Chain Take() {
+    std::lock_guard<std::mutex> guard(lock);
+    if (!spare.empty()) {
+      Chain c = spare.back();
+      spare.pop_back();
+      return c;
+    }
+    slabs.push_back(std::make_unique<TmvWayPoint[]>(kSlabSize));
+    TmvWayPoint* slab = slabs.back().get();
+    for (size_t i = 0; i + 1 < kSlabSize; ++i) slab[i].Prev = &slab[i + 1];
+    slab[kSlabSize - 1].Prev = nullptr;
+    return Chain{slab, kSlabSize};
+  }
+
+  void Give(Chain c) {
+    if (!c.head) return;
+    std::lock_guard<std::mutex> guard(lock);
+    spare.push_back(c);
+  }
+};
+
+TmvWayPointRecords& Records() {
+  static TmvWayPointRecords records;
+  return records;
+}
+
+// The spare records of one thread; they go back to the stock when it ends.
+struct ThreadRecords {
+  Chain free;
+  int64_t live = 0;
+  ~ThreadRecords() { Records().Give(free); }
+
+  TmvWayPoint* Alloc() {
+    if (!free.head) free = Records().Take();
+    TmvWayPoint* p = free.head;
+    free.head = p->Prev;
+    --free.count;
+    ++live;
+    return p;
+  }
+
+  void Free(TmvWayPoint* p) {
+    --live;
+    p->Prev = free.head;
+    free.head = p;
+    if (++free.count > kLocalLimit) {
+      // Hand a batch to the stock so that a thread that frees what others
+      // allocate does not hoard records.
+      Chain batch{free.head, kBatch};
+      TmvWayPoint* last = free.head;
+      for (size_t i = 1; i < kBatch; ++i) last = last->Prev;
+      free.head = last->Prev;
+      free.count -= kBatch;
+      last->Prev = nullptr;
+      Records().Give(batch);
+    }
+  }
+};
+
+thread_local ThreadRecords threadRecords;
+
+}  // namespace
+
+void ReleaseWayPoint(TmvWayPoint* point) {
+  while (point) {
+    if (point->RefCount > 1) {
+      --point->RefCount;
+      return;
+    }
+    TmvWayPoint* prev = point->Prev;
+    threadRecords.Free(point);
+    point = prev;
+  }
+}
+
+TmvQBWayPointsCache::~TmvQBWayPointsCache() = default;
+
+TmvWayPoint* TmvQBWayPointsCache::Get(TmvWayPoint* prev, int32_t choice) {
+  TmvWayPoint* p = threadRecords.Alloc();
+  p->Prev = prev;
+  p->RefCount = 0;
+  p->Choice = choice;
+  if (prev) {
+    ++prev->RefCount;
+    p->TokenIndex = prev->TokenIndex;
+  } else {
+    p->TokenIndex = -1;
+  }
+  return p;
+}
+
+void TmvQBWayPointsCache::Put(TmvWayPoint* point) {
+  TmvWayPoint* prev = point->Prev;
+  threadRecords.Free(point);
+  ReleaseWayPoint(prev);
+}
+
+int64_t TmvQBWayPointsCache::LiveRecordsOfThisThread() { return threadRecords.live; }
+
+// ---------------------------------------------------------------------------
+// Lists.
+
+void TmvWayPointsList::Insert(int32_t index, TmvWayPoint* point) {
+  ++point->RefCount;
+  items_.insert(items_.begin() + index, point);
+}
+
+void TmvWayPointsList::Delete(int32_t index) {
+  TmvWayPoint* p = items_[index];
+  items_.erase(items_.begin() + index);
+  ReleaseWayPoint(p);
+}
+
+void TmvWayPointsList::Clear() {
+  for (size_t i = items_.size(); i-- > 0;) {
+    TmvWayPoint* p = items_[i];
+    items_[i] = nullptr;
+    ReleaseWayPoint(p);
+  }
+  items_.clear();
+}
+
+void TmvWayPointsList::AddFrom(const TmvWayPointsList& src) {
+  Reserve(items_.size() + src.items_.size());
+  for (TmvWayPoint* p : src.items_) {
+    if (p) Add(p);
+  }
+}
+
+void TmvWayPointsList::CopyFrom(const TmvWayPointsList& src) {
+  Clear();
+  Reserve(src.items_.size());
+  for (TmvWayPoint* p : src.items_) Add(p);
+}
+
+void TmvWayPointsList::MoveFrom(TmvWayPointsList& src) {
+  Clear();
+  items_.swap(src.items_);
+}
+
+namespace {
+
+constexpr size_t kLocalLists = 64;  // spare lists a thread keeps for itself
+
+struct SharedLists {
+  std::mutex lock;
+  std::vector<std::unique_ptr<TmvWayPointsList>> pool;
+};
+
+SharedLists& Lists() {
+  static SharedLists lists;
+  return lists;
+}
+
+struct ThreadLists {
+  std::vector<TmvWayPointsList*> pool;
+  ~ThreadLists() {
+    SharedLists& shared = Lists();
+    std::lock_guard<std::mutex> guard(shared.lock);
+    for (TmvWayPointsList* l : pool) shared.pool.emplace_back(l);
+  }
+};
+
+thread_local ThreadLists threadLists;
+
+}  // namespace
+
+TmvQBWayPointListsCache::~TmvQBWayPointListsCache() = default;
+
+TmvWayPointsList* TmvQBWayPointListsCache::Get() {
+  auto& local = threadLists.pool;
+  if (!local.empty()) {
+    TmvWayPointsList* l = local.back();
+    local.pop_back();
+    return l;
+  }
+  SharedLists& shared = Lists();
+  {
+    std::lock_guard<std::mutex> guard(shared.lock);
+    if (!shared.pool.empty()) {
+      TmvWayPointsList* l = shared.pool.back().release();
+      shared.pool.pop_back();
+      return l;
+    }
+  }
+  return new TmvWayPointsList();
+}
+
+void TmvQBWayPointListsCache::Put(TmvWayPointsList* list) {
+  if (!list) return;
+  list->Clear();
+  auto& local = threadLists.pool;
+  if (local.size() < kLocalLists) {
+    local.push_back(list);
+    return;
+  }
+  SharedLists& shared = Lists();
+  std::lock_guard<std::mutex> guard(shared.lock);
+  shared.pool.emplace_back(list);
+}
+
+TmvQBWayPointsCache& WayPointCache() {
+  static TmvQBWayPointsCache cache;
+  return cache;
+}
+
+TmvQBWayPointListsCache& WayPointListCache() {
+  static TmvQBWayPointListsCache cache;
+  return cache;
+}
+
+}  // namespace mv

@@ -1,0 +1,153 @@
+// Way points: the persistent record of the decisions the first pass of the
+// parser has taken. A way point is one decision; a way is the chain from a tip
+// back to the root; ways share their common prefix, so the tree of points is
+// the only copy of the decisions. A way list is the set of ways alive at one
+// place of the grammar, in order of preference.
+//
+// Reference rules:
+// - A new point has RefCount 0; it takes one reference on Prev and copies
+//   Prev's TokenIndex (-1 without Prev).
+// - Adding a point to a way list adds a reference; removing it releases one.
+// - Releasing walks the chain iteratively: a point whose last reference goes
+//   is freed and the walk goes on with its Prev; the first point that keeps
+//   references stops it. Ways are as long as the text has decisions, so this
+//   never recurses.
+//
+// A parse, its lists and its points belong to one thread, so the counts are
+// plain integers. Records and lists come from two process-wide pools shared by
+// all threads; each thread keeps a small private stock in front of them so
+// that the hot path takes no lock.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace mv {
+
+struct TmvWayPoint {
+  TmvWayPoint* Prev;   // the decision before this one; null at the root; holds a reference
+  int32_t RefCount;    // references from successors and from way lists
+  int32_t TokenIndex;  // index of the last token this way has read; -1 when none
+  int32_t Choice;      // the decision's value; 0 at the root
+};
+
+// Releases one reference on `point` and frees what is no longer referenced.
+void ReleaseWayPoint(TmvWayPoint* point);
+
+// A list of way points that counts its references.
+class TmvWayPointsList {
+ public:
+  TmvWayPointsList() = default;
+  ~TmvWayPointsList() { Clear(); }
+  TmvWayPointsList(const TmvWayPointsList&) = delete;
+  TmvWayPointsList& operator=(const TmvWayPointsList&) = delete;
+
+  int32_t Count() const { return static_cast<int32_t>(items_.size()); }
+  bool IsEmpty() const { return items_.empty(); }
+  TmvWayPoint* Items(int32_t index) const { return items_[index]; }
+  TmvWayPoint* operator[](int32_t index) const { return items_[index]; }
+  // Stores the pointer without touching any count.
+  void SetItems(int32_t index, TmvWayPoint* point) { items_[index] = point; }
+
+  // Adds a reference and appends.
+  void Add(TmvWayPoint* point) {
+    ++point->RefCount;
+    items_.push_back(point);
+  }
+  // Adds a reference and inserts.
+  void Insert(int32_t index, TmvWayPoint* point);
+  // Removes and releases.
+  void Delete(int32_t index);
+  // Releases from last to first and empties the list.
+  void Clear();
+  // Adds each non-null point of `src` in order; `src` is unchanged.
+  void AddFrom(const TmvWayPointsList& src);
+  // Clear, then add each point of `src` in order.
+  void CopyFrom(const TmvWayPointsList& src);
+  // Clear, then take over the points of `src` in order without touching
+  // counts; `src` ends empty.
+  void MoveFrom(TmvWayPointsList& src);
+
+  // Keeps the points for which `keep(point)` holds, in order, and releases
+  // the others: the deleting walk of the first-pass primitives.
+  template <class Keep>
+  void Filter(Keep keep) {
+    size_t out = 0;
+    for (size_t i = 0; i < items_.size(); ++i) {
+      TmvWayPoint* p = items_[i];
+      if (keep(p)) {
+        items_[out++] = p;
+      } else {
+        ReleaseWayPoint(p);
+      }
+    }
+    items_.resize(out);
+  }
+
+  // Makes room for `count` items; capacity grows at least twofold, so that
+  // lists that grow a little at a time are not copied again and again.
+  void Reserve(size_t count) {
+    if (count > items_.capacity()) items_.reserve(std::max(count, 2 * items_.capacity()));
+  }
+
+  // Direct access for the engine's loops.
+  std::vector<TmvWayPoint*>& Raw() { return items_; }
+
+ private:
+  std::vector<TmvWayPoint*> items_;
+};
+
+// The one place where way points are made and freed.
+class TmvQBWayPointsCache {
+ public:
+  TmvQBWayPointsCache() = default;
+  ~TmvQBWayPointsCache();
+  TmvQBWayPointsCache(const TmvQBWayPointsCache&) = delete;
+  TmvQBWayPointsCache& operator=(const TmvQBWayPointsCache&) = delete;
+
+  // A new point after `prev` (which gains a reference) with `choice`.
+  TmvWayPoint* Get(TmvWayPoint* prev, int32_t choice);
+  // Releases the point's Prev, if any, and frees the record.
+  void Put(TmvWayPoint* point);
+
+  // Points made and not yet freed by the calling thread. A parse makes and
+  // frees its points on one thread, so this returns to its earlier value
+  // once the parse and its parser are gone (tests check the reference rules
+  // with it).
+  static int64_t LiveRecordsOfThisThread();
+};
+
+// A pool of empty way lists.
+class TmvQBWayPointListsCache {
+ public:
+  TmvQBWayPointListsCache() = default;
+  ~TmvQBWayPointListsCache();
+  TmvQBWayPointListsCache(const TmvQBWayPointListsCache&) = delete;
+  TmvQBWayPointListsCache& operator=(const TmvQBWayPointListsCache&) = delete;
+
+  TmvWayPointsList* Get();
+  // Clears the list (releasing its points) and pools it.
+  void Put(TmvWayPointsList* list);
+};
+
+// The process-wide instances, shared by all parsers on all threads.
+TmvQBWayPointsCache& WayPointCache();
+TmvQBWayPointListsCache& WayPointListCache();
+
+// A way list taken from the pool for the lifetime of a scope.
+class TmvPooledWayList {
+ public:
+  TmvPooledWayList() : list_(WayPointListCache().Get()) {}
+  ~TmvPooledWayList() { WayPointListCache().Put(list_); }
+  TmvPooledWayList(const TmvPooledWayList&) = delete;
+  TmvPooledWayList& operator=(const TmvPooledWayList&) = delete;
+  TmvWayPointsList& operator*() const { return *list_; }
+  TmvWayPointsList* operator->() const { return list_; }
+
+ private:
+  TmvWayPointsList* list_;
+};
+
+}  // namespace mv

@@ -1,0 +1,516 @@
+#include "ParserWriter.h"
+
+#include <functional>
+#include <sstream>
+
+#include "Output.h"
+
+namespace grammargen {
+
+namespace {
+
+std::string KindList(const std::set<int>& kinds) {
+  std::string out;
+  for (int k : kinds) out += (out.empty() ? "" : ", ") + std::to_string(k);
+  return out;
+}
+
+const char* HelperPrefix(Node::Type t) {
+  return t == Node::Type::Opt ? "Opt" : t == Node::Type::Iter ? "Iter" : "Alt";
+}
+
+std::string HelperName(const Node& n) { return HelperPrefix(n.type) + std::to_string(n.number); }
+
+// A short reminder of what a piece of grammar says, for comments.
+std::string Summary(const Node& n, const TokenDescription& tokens, size_t limit = 70) {
+  std::string out;
+  std::function<void(const Node&)> walk = [&](const Node& x) {
+    if (out.size() > limit) return;
+    switch (x.type) {
+      case Node::Type::Token: out += tokens.KindName(x.kind) + " "; break;
+      case Node::Type::Call: out += x.rule + " "; break;
+      case Node::Type::Action: break;
+      case Node::Type::Seq:
+        for (auto& i : x.items) walk(*i);
+        break;
+      case Node::Type::Alt:
+        out += "( ";
+        for (size_t i = 0; i < x.items.size(); ++i) {
+          if (i) out += "| ";
+          walk(*x.items[i]);
+        }
+        out += ") ";
+        break;
+      case Node::Type::Opt:
+        out += "[ ";
+        walk(*x.items[0]);
+        out += "] ";
+        break;
+      case Node::Type::Iter:
+        out += "{ ";
+        walk(*x.items[0]);
+        out += "} ";
+        break;
+    }
+  };
+  walk(n);
+  while (!out.empty() && out.back() == ' ') out.pop_back();
+  if (out.size() > limit) out = out.substr(0, limit) + " ...";
+  if (out.empty()) out = "(nothing)";
+  // Keep comments single-line and free of comment closers.
+  for (char& c : out) {
+    if (c == '\n' || c == '\r') c = ' ';
+  }
+  size_t p;
+  while ((p = out.find("*/")) != std::string::npos) out.replace(p, 2, "* /");
+  return out;
+}
+
+// Strips the indentation the lines of an action share.
+std::vector<std::string> ActionLines(const std::string& code) {
+  std::vector<std::string> lines;
+  std::istringstream in(code);
+  std::string line;
+  while (std::getline(in, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    lines.push_back(line);
+  }
+  while (!lines.empty() && lines.front().find_first_not_of(" \t") == std::string::npos) lines.erase(lines.begin());
+  while (!lines.empty() && lines.back().find_first_not_of(" \t") == std::string::npos) lines.pop_back();
+  size_t common = std::string::npos;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    size_t indent = lines[i].find_first_not_of(" \t");
+    if (indent == std::string::npos) continue;
+    // The first line may follow the opening %{ on its own line or not.
+    if (i == 0 && lines.size() > 1) continue;
+    common = std::min(common, indent);
+  }
+  for (size_t i = 0; i < lines.size(); ++i) {
+    size_t indent = lines[i].find_first_not_of(" \t");
+    if (indent == std::string::npos) {
+      lines[i].clear();
+    } else if (i == 0) {
+      lines[i] = lines[i].substr(indent);
+    } else {
+      lines[i] = lines[i].substr(std::min(common, indent));
+    }
+  }
+  return lines;
+}
+
+class Writer {
+ public:
+  Writer(const Grammar& g, std::string sourceName, std::string headerName)
+      : g_(g), sourceName_(std::move(sourceName)), headerName_(std::move(headerName)) {}
+
+  GeneratedFiles Run() {
+    for (const Rule& r : g_.rules) CollectHelpers(*r.body);
+    WriteSource();
+    WriteHeader();
+    return {h_.Text(), s_.Text()};
+  }
+
+ private:
+  void CollectHelpers(const Node& n) {
+    if (n.type == Node::Type::Opt || n.type == Node::Type::Iter || n.type == Node::Type::Alt) helpers_.push_back(&n);
+    for (auto& item : n.items) CollectHelpers(*item);
+  }
+
+  const std::string& Cls() const { return g_.parserClass; }
+
+  // --- Header. ---
+  void WriteHeader() {
+    h_.Verbatim(Banner(sourceName_));
+    h_.Line("#pragma once");
+    h_.Line();
+    h_.Line("#include \"frontend/Parser.h\"");
+    for (const std::string& code : g_.headerCode) {
+      h_.Line();
+      h_.Verbatim(code);
+    }
+    h_.Line();
+    h_.Line("namespace mv {");
+    h_.Line();
+    h_.Line("class " + Cls() + " : public TmvBaseParser {");
+    h_.Line("  MV_DECLARE_CLASS()");
+    h_.Line();
+    h_.Line(" public:");
+    h_.Indent();
+    h_.Line(Cls() + "(TmvBaseScanner* scanner, TmvBaseSQLContext* context);");
+    h_.Line("static const TmvParserClass& ParserClass();");
+    h_.Line();
+    h_.Line("// Entries.");
+    for (const EntryKind& k : kEntryKinds) {
+      h_.Line(std::string("void Parse") + k.name + "WayCalc(TmvWayPointsList& list) override;");
+      h_.Line(std::string(k.resultType) + "* Parse" + k.name + "() override;");
+    }
+    h_.Line();
+    h_.Line("// Rules: the first pass over a way list, and the second pass.");
+    for (const Rule& r : g_.rules) {
+      h_.Line("void " + r.name + "WayCalc(TmvWayPointsList& list);");
+      h_.Line("void " + r.name + "(" + OneLine(r.params) + ");");
+    }
+    h_.Line();
+    h_.Line("// Options, repetitions and choices of the first pass.");
+    for (const Node* n : helpers_) h_.Line("void " + HelperName(*n) + "(TmvWayPointsList& list);");
+    h_.Dedent();
+    for (const std::string& code : g_.memberCode) {
+      h_.Line();
+      h_.Verbatim(code);
+    }
+    h_.Line("};");
+    h_.Line();
+    h_.Line("}  // namespace mv");
+  }
+
+  static std::string OneLine(const std::string& text) {
+    std::string out;
+    bool blank = false;
+    for (char c : text) {
+      if (c == '\n' || c == '\r' || c == '\t' || c == ' ') {
+        blank = !out.empty();
+        continue;
+      }
+      if (blank) out += ' ';
+      blank = false;
+      out += c;
+    }
+    return out;
+  }
+
+  // --- Source. ---
+  void WriteSource() {
+    s_.Verbatim(Banner(sourceName_));
+    s_.Line("#include \"" + headerName_ + "\"");
+    s_.Line();
+    s_.Line("#include \"" + ScannerHeaderName(g_.tokens) + "\"");
+    for (const std::string& code : g_.sourceCode) {
+      s_.Line();
+      s_.Verbatim(code);
+    }
+    s_.Line();
+    s_.Line("namespace mv {");
+    s_.Line();
+    s_.Line("const TmvParserClass& " + Cls() + "::ParserClass() {");
+    s_.Line("  static const TmvParserClass info(");
+    s_.Line("      \"" + Cls() + "\", &TmvBaseParser::StaticClass(),");
+    s_.Line("      [](TmvBaseScanner* scanner, TmvBaseSQLContext* context) -> TmvBaseParser* {");
+    s_.Line("        return new " + Cls() + "(scanner, context);");
+    s_.Line("      });");
+    s_.Line("  return info;");
+    s_.Line("}");
+    s_.Line();
+    s_.Line("const TmvClass& " + Cls() + "::StaticClass() { return ParserClass(); }");
+    s_.Line();
+    s_.Line(Cls() + "::" + Cls() + "(TmvBaseScanner* scanner, TmvBaseSQLContext* context)");
+    s_.Line("    : TmvBaseParser(scanner, context) {}");
+    WriteEntries();
+    for (const Rule& r : g_.rules) WriteRule(r);
+    s_.Line();
+    s_.Line("}  // namespace mv");
+  }
+
+  void WriteEntries() {
+    for (const EntryKind& k : kEntryKinds) {
+      const EntryPoint* entry = nullptr;
+      for (const EntryPoint& e : g_.entries) {
+        if (e.name == k.name) entry = &e;
+      }
+      std::string name = std::string("Parse") + k.name;
+      s_.Line();
+      if (!entry) {
+        s_.Line("// This grammar has no rule for " + name + ": nothing parses through it.");
+        s_.Line("void " + Cls() + "::" + name + "WayCalc(TmvWayPointsList& list) { list.Clear(); }");
+        s_.Line();
+        s_.Line(std::string(k.resultType) + "* " + Cls() + "::" + name + "() { return nullptr; }");
+        continue;
+      }
+      s_.Line("void " + Cls() + "::" + name + "WayCalc(TmvWayPointsList& list) { " + entry->rule + "WayCalc(list); }");
+      s_.Line();
+      s_.Line(std::string(k.resultType) + "* " + Cls() + "::" + name + "() {");
+      s_.Line("  " + entry->resultType + "* result = nullptr;");
+      s_.Line("  " + entry->rule + "(result);");
+      s_.Line("  return result;");
+      s_.Line("}");
+    }
+  }
+
+  void WriteRule(const Rule& r) {
+    s_.Line();
+    s_.Line("// " + r.name + " ::= " + Summary(*r.body, g_.tokens));
+    s_.Line("void " + Cls() + "::" + r.name + "WayCalc(TmvWayPointsList& list) {");
+    s_.Indent();
+    s_.Line("TmvRuleScope scope(*this, list);");
+    s_.Line("if (!scope) return;");
+    FirstPass(*r.body);
+    s_.Dedent();
+    s_.Line("}");
+    std::vector<const Node*> own;
+    std::function<void(const Node&)> collect = [&](const Node& n) {
+      if (n.type == Node::Type::Opt || n.type == Node::Type::Iter || n.type == Node::Type::Alt) own.push_back(&n);
+      for (auto& item : n.items) collect(*item);
+    };
+    collect(*r.body);
+    for (const Node* n : own) WriteHelper(*n);
+    s_.Line();
+    s_.Line("void " + Cls() + "::" + r.name + "(" + OneLine(r.params) + ") {");
+    s_.Indent();
+    SecondPass(*r.body);
+    s_.Dedent();
+    s_.Line("}");
+  }
+
+  // The first pass of a sequence element or a whole body.
+  void FirstPass(const Node& n) {
+    switch (n.type) {
+      case Node::Type::Token: s_.Line("Expect(list, " + n.kindConstant + ");"); break;
+      case Node::Type::Call: s_.Line(n.rule + "WayCalc(list);"); break;
+      case Node::Type::Action: break;
+      case Node::Type::Seq:
+        for (auto& item : n.items) FirstPass(*item);
+        break;
+      default: s_.Line(HelperName(n) + "(list);"); break;
+    }
+  }
+
+  // Lookahead arrays live in the function as constants.
+  std::string KindsConstant(const std::string& name, const std::set<int>& kinds) {
+    s_.Line("static constexpr int32_t " + name + "[] = {" + KindList(kinds) + "};");
+    return name;
+  }
+
+  // The state tests of a set of guards, joined with &&; "" when there are none.
+  static std::string StateCondition(const std::vector<Guard>& guards) {
+    std::string out;
+    for (const Guard& g : guards) {
+      if (g.type != Guard::Type::State) continue;
+      out += (out.empty() ? "" : " && ") + std::string("(") + OneLine(g.code) + ")";
+    }
+    return out;
+  }
+
+  // The token tests on `list`: the first kinds (unless `first` is empty) and
+  // the guards in the order written. Declares the arrays they need; returns
+  // the calls joined with &&, or "".
+  std::string TokenTests(const std::string& list, const std::set<int>& first, const std::vector<Guard>& guards,
+                         const std::string& prefix, const std::string& firstName = "First") {
+    std::vector<std::string> calls;
+    if (!first.empty()) {
+      if (first.size() == 1) {
+        calls.push_back("CheckLAToken(" + list + ", " + std::to_string(*first.begin()) + ")");
+      } else {
+        calls.push_back("CheckLAToken(" + list + ", " + KindsConstant(prefix + firstName, first) + ")");
+      }
+    }
+    int n = 0;
+    for (const Guard& g : guards) {
+      std::string name = prefix + "Guard" + std::to_string(++n);
+      switch (g.type) {
+        case Guard::Type::NotNext:
+          calls.push_back("CheckLANotToken(" + list + ", " + KindsConstant(name, {g.kinds.begin(), g.kinds.end()}) + ")");
+          break;
+        case Guard::Type::NotNext2:
+          calls.push_back("CheckLA2NotToken(" + list + ", " + KindsConstant(name, {g.kinds.begin(), g.kinds.end()}) + ")");
+          break;
+        case Guard::Type::Next:
+          calls.push_back("CheckLAToken(" + list + ", " + KindsConstant(name, {g.kinds.begin(), g.kinds.end()}) + ")");
+          break;
+        case Guard::Type::NotNextText: calls.push_back("CheckLANotIn(" + list + ", " + g.code + ")"); break;
+        case Guard::Type::Check: calls.push_back(g.code + "(" + list + ")"); break;
+        case Guard::Type::State: break;
+      }
+    }
+    std::string out;
+    for (const std::string& c : calls) out += (out.empty() ? "" : " && ") + c;
+    return out;
+  }
+
+  // The guards of an alternative or body: those it was written with.
+  static const std::vector<Guard>& GuardsOf(const Node& body) { return body.guards; }
+
+  void WriteHelper(const Node& n) {
+    s_.Line();
+    s_.Line("// " + Summary(n, g_.tokens));
+    s_.Line("void " + Cls() + "::" + HelperName(n) + "(TmvWayPointsList& list) {");
+    s_.Indent();
+    s_.Line("if (list.IsEmpty()) return;");
+    if (n.type == Node::Type::Opt) WriteOpt(n);
+    if (n.type == Node::Type::Iter) WriteIter(n);
+    if (n.type == Node::Type::Alt) WriteAlt(n);
+    s_.Dedent();
+    s_.Line("}");
+  }
+
+  // Ways that skip the option, or leave the repetition before its first
+  // round, go into `other` with the decision 0, where what follows allows.
+  void WriteLeave(const Node& n, const std::string& other, const std::vector<Guard>& guards) {
+    s_.Line(other + "->CopyFrom(list);");
+    std::string state = StateCondition(guards);
+    std::string tests = TokenTests("*" + other, n.follow, guards, "kLeave", "Follow");
+    if (!state.empty()) {
+      s_.Line("if (!(" + state + ")) {");
+      s_.Line("  " + other + "->Clear();");
+      s_.Line("} else if (" + tests + ") {");
+      s_.Line("  AddWayNode(*" + other + ", 0);");
+      s_.Line("}");
+    } else {
+      s_.Line("if (" + tests + ") AddWayNode(*" + other + ", 0);");
+    }
+  }
+
+  void WriteOpt(const Node& n) {
+    const Node& body = *n.items[0];
+    s_.Line("TmvPooledWayList skip;");
+    WriteLeave(n, "skip", n.skipGuards);
+    std::string state = StateCondition(GuardsOf(body));
+    std::string tests = TokenTests("list", body.nullable ? std::set<int>{} : body.first, GuardsOf(body), "k");
+    std::string cond = state;
+    if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
+    if (cond.empty()) {
+      s_.Line("AddWayNode(list, 1);");
+      FirstPass(body);
+    } else {
+      s_.Line("if (" + cond + ") {");
+      s_.Indent();
+      s_.Line("AddWayNode(list, 1);");
+      FirstPass(body);
+      s_.Dedent();
+      s_.Line("} else {");
+      s_.Line("  list.Clear();");
+      s_.Line("}");
+    }
+    s_.Line("list.AddFrom(*skip);");
+  }
+
+  void WriteIter(const Node& n) {
+    const Node& body = *n.items[0];
+    // What may follow the repetition; ways leave it only where that stands.
+    s_.Line("static constexpr int32_t kFollow[] = {" + KindList(n.follow) + "};");
+    s_.Line("TmvPooledWayList done;");
+    s_.Line("done->CopyFrom(list);");
+    s_.Line("if (CheckLAToken(*done, kFollow)) AddWayNode(*done, 0);");
+    std::string state = StateCondition(GuardsOf(body));
+    // The body can not match nothing (the generator refuses that), so each
+    // round reads a token and the loop ends.
+    std::string tests = TokenTests("list", body.first, GuardsOf(body), "k");
+    std::string cond = state;
+    if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
+    s_.Line("while (!list.IsEmpty()) {");
+    s_.Indent();
+    s_.Line("if (!(" + cond + ")) {");
+    s_.Line("  list.Clear();");
+    s_.Line("  break;");
+    s_.Line("}");
+    s_.Line("AddWayNode(list, 1);");
+    FirstPass(body);
+    s_.Line("ListAddWithWayNode(*done, list, 0, kFollow);");
+    s_.Dedent();
+    s_.Line("}");
+    s_.Line("list.MoveFrom(*done);");
+  }
+
+  void WriteAlt(const Node& n) {
+    s_.Line("TmvPooledWayList input;");
+    s_.Line("TmvPooledWayList result;");
+    s_.Line("input->MoveFrom(list);");
+    for (size_t k = 0; k < n.items.size(); ++k) {
+      const Node& alt = *n.items[k];
+      std::string prefix = "k" + std::to_string(k);
+      s_.Line("// " + std::to_string(k) + ": " + Summary(alt, g_.tokens));
+      std::string state = StateCondition(GuardsOf(alt));
+      if (!state.empty()) {
+        s_.Line("if (" + state + ") {");
+        s_.Indent();
+      } else {
+        s_.Line("{");
+        s_.Indent();
+      }
+      s_.Line("list.CopyFrom(*input);");
+      // An alternative that can match nothing has no lookahead of its own.
+      std::string tests = TokenTests("list", alt.nullable ? std::set<int>{} : alt.first, GuardsOf(alt), prefix);
+      if (!tests.empty()) {
+        s_.Line("if (" + tests + ") {");
+        s_.Indent();
+      }
+      s_.Line("AddWayNode(list, " + std::to_string(k) + ");");
+      FirstPass(alt);
+      s_.Line("result->AddFrom(list);");
+      if (!tests.empty()) {
+        s_.Dedent();
+        s_.Line("}");
+      }
+      s_.Dedent();
+      s_.Line("}");
+    }
+    s_.Line("list.MoveFrom(*result);");
+  }
+
+  // The second pass reads one decision wherever the first recorded one.
+  void SecondPass(const Node& n) {
+    switch (n.type) {
+      case Node::Type::Token: s_.Line("Get();"); break;
+      case Node::Type::Call: s_.Line(n.rule + "(" + OneLine(n.args) + ");"); break;
+      case Node::Type::Action:
+        for (const std::string& line : ActionLines(n.code)) s_.Line(line);
+        break;
+      case Node::Type::Seq:
+        for (auto& item : n.items) SecondPass(*item);
+        break;
+      case Node::Type::Opt:
+        s_.Line("if (GetWayNode()->Choice == 1) {");
+        s_.Indent();
+        SecondPass(*n.items[0]);
+        s_.Dedent();
+        s_.Line("}");
+        break;
+      case Node::Type::Iter:
+        s_.Line("while (GetWayNode()->Choice == 1) {");
+        s_.Indent();
+        SecondPass(*n.items[0]);
+        s_.Dedent();
+        s_.Line("}");
+        break;
+      case Node::Type::Alt:
+        if (n.items.size() == 1) {
+          s_.Line("GetWayNode();");
+          s_.Line("{");
+          s_.Indent();
+          SecondPass(*n.items[0]);
+          s_.Dedent();
+          s_.Line("}");
+          break;
+        }
+        s_.Line("switch (GetWayNode()->Choice) {");
+        s_.Indent();
+        for (size_t k = 0; k < n.items.size(); ++k) {
+          s_.Line("case " + std::to_string(k) + ": {");
+          s_.Indent();
+          SecondPass(*n.items[k]);
+          s_.Line("break;");
+          s_.Dedent();
+          s_.Line("}");
+        }
+        s_.Line("default:");
+        s_.Line("  break;");
+        s_.Dedent();
+        s_.Line("}");
+        break;
+    }
+  }
+
+  const Grammar& g_;
+  std::string sourceName_;
+  std::string headerName_;
+  std::vector<const Node*> helpers_;
+  CodeWriter h_;
+  CodeWriter s_;
+};
+
+}  // namespace
+
+GeneratedFiles WriteParser(const Grammar& grammar, const std::string& sourceName,
+                           const std::string& headerName) {
+  return Writer(grammar, sourceName, headerName).Run();
+}
+
+}  // namespace grammargen
