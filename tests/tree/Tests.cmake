@@ -1,0 +1,4 @@
+# The tree suite has node classes of its own (test extenders), generated from
+# TestNodes.def like the engine's.
+mv_generate_nodes(${target} TABLE ${CMAKE_CURRENT_SOURCE_DIR}/tree/TestNodes.def NAME TestNodes DIR testtree)
+target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/tree)
