@@ -80,8 +80,11 @@ void TSQLExpressionIs::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSel
     builder.Space(3);
     builder.WriteKeyword(u"Not");
   }
-  builder.Space(3);
-  builder.WriteKeyword(IsWord());
+  // The Is forms with an operand of their own (Of (types), a value) have no word here.
+  if (const char16_t* word = IsWord(); *word) {
+    builder.Space(3);
+    builder.WriteKeyword(word);
+  }
 }
 
 void TSQLExpressionIn::BuildInPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
