@@ -18,4 +18,18 @@ void TTestBusyExtender::AfterConstruction() {
   TastCreate<TastTokenKeyword>(SQLContext(), u"Gone");
 }
 
+TmvOwned<TSQLSubSelectStatement> TTestProxy::GenerateASTTree(TmvBaseSQLContext* context) {
+  return Statement() ? Statement()->CloneAs<TSQLSubSelectStatement>(context) : nullptr;
+}
+
+const TSQLSubSelectStatementProxyClass& TestProxyClass() {
+  static const TSQLSubSelectStatementProxyClass info(
+      "TTestProxy", &TTestProxy::StaticClass(),
+      [](TmvBaseSQLContext* context, TmvObject* owner, TastNodeBase* parent,
+         TSQLSubSelectStatement* statement) -> TSQLSubSelectStatementProxy* {
+        return new TTestProxy(context, owner, parent, statement);
+      });
+  return info;
+}
+
 }  // namespace mv

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tree/AstNode.h"
+#include "tree/SelectStatement.h"
 #include "testtree/TestNodes.gen.h"
 
 namespace mv {
@@ -32,5 +33,17 @@ class TTestBusyExtender : public TastExtender {
   // Makes a spare node and a temporary one (freed at once) in its context.
   void AfterConstruction() override;
 };
+
+class TTestProxy : public TSQLSubSelectStatementProxy {
+  MV_AST_NODE(TTestProxy);
+
+ public:
+  TTestProxy(TmvBaseSQLContext* context, TmvObject* owner, TastNodeBase* parent, TSQLSubSelectStatement* statement)
+      : TSQLSubSelectStatementProxy(context, owner, parent, statement) {}
+  TmvOwned<TSQLSubSelectStatement> GenerateASTTree(TmvBaseSQLContext* context) override;
+};
+
+// The proxy class handed to MoveSubQueryInProxy.
+const TSQLSubSelectStatementProxyClass& TestProxyClass();
 
 }  // namespace mv
