@@ -3,6 +3,7 @@
 // its class (the logger reports the class name).
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <string>
 
@@ -56,5 +57,16 @@ class EConvertError : public Exception {
   using Exception::Exception;
   const char* ClassName() const override { return "EConvertError"; }
 };
+
+// An index outside a list, or a key that a keyed list does not hold.
+class EListError : public Exception {
+ public:
+  using Exception::Exception;
+  const char* ClassName() const override { return "EListError"; }
+};
+
+// Raises EListError for `index` of a list with `count` entries:
+// "List index out of bounds (5)", with the count for a quick diagnosis.
+[[noreturn]] void RaiseListIndexError(int64_t index, int64_t count);
 
 }  // namespace mv

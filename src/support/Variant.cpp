@@ -1,9 +1,10 @@
 #include "support/Variant.h"
 
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
+#include "support/FormatSettings.h"
 #include "support/WideFormat.h"
 
 namespace mv {
@@ -15,18 +16,14 @@ namespace {
                                  {WideFromAscii(v.TypeName()), WideFromAscii(target)}));
 }
 
-bool TextToDouble(const WideString& text, double& out) {
-  const std::string s = WideToAnsi(WideTrim(text));
-  if (s.empty()) return false;
-  char* end = nullptr;
-  out = std::strtod(s.c_str(), &end);
-  return end && *end == '\0';
-}
+// Numbers in text use the C form whatever the process locale is (a GUI host
+// may have switched it): a dot for the decimal point, no "inf" or "nan".
+bool TextToDouble(const WideString& text, double& out) { return TryStrToFloat(text, out); }
 
 WideString DoubleToText(double v) {
   char buf[64];
-  std::snprintf(buf, sizeof buf, "%.15g", v);
-  return WideFromAscii(buf);
+  const auto result = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::general, 15);
+  return WideFromAscii(std::string_view(buf, result.ptr - buf));
 }
 
 }  // namespace

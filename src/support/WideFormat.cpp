@@ -1,5 +1,6 @@
 #include "support/WideFormat.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -24,9 +25,13 @@ WideString Pad(WideString text, int width, bool leftJustify) {
   return text;
 }
 
+// The floating-point forms use std::to_chars, which follows no locale: the
+// decimal point is a dot even when a GUI host has switched the locale.
 std::string FormatFixed(double value, int precision) {
-  char buf[512];
-  std::snprintf(buf, sizeof buf, "%.*f", precision, value);
+  if (precision > 1000) precision = 1000;
+  std::string buf(static_cast<size_t>(precision) + 400, '\0');
+  const auto result = std::to_chars(buf.data(), buf.data() + buf.size(), value, std::chars_format::fixed, precision);
+  buf.resize(result.ptr - buf.data());
   return buf;
 }
 
@@ -36,9 +41,10 @@ std::string FormatScientific(double value, int precision) {
   if (precision < 1) precision = 1;
   if (precision > 18) precision = 18;
   char buf[128];
-  std::snprintf(buf, sizeof buf, "%.*E", precision - 1, value);
-  std::string s(buf);
-  size_t e = s.find('E');
+  const auto result =
+      std::to_chars(buf, buf + sizeof buf, value, std::chars_format::scientific, precision - 1);
+  std::string s(buf, result.ptr);
+  size_t e = s.find('e');
   if (e == std::string::npos) return s;
   std::string mantissa = s.substr(0, e);
   char sign = s[e + 1];
@@ -64,8 +70,8 @@ std::string FormatGeneral(double value, int precision) {
     return mantissa + s.substr(e);
   }
   char buf[512];
-  std::snprintf(buf, sizeof buf, "%.*g", precision, value);
-  return buf;
+  const auto result = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general, precision);
+  return std::string(buf, result.ptr);
 }
 
 std::string WithThousands(const std::string& fixed) {

@@ -35,6 +35,12 @@ TEST(Variant, Conversions) {
   EXPECT_EQ(TmvVariant(true).AsWideString(), u"True");
   EXPECT_TRUE(TmvVariant(u"TRUE").AsBoolean());
   EXPECT_THROW(TmvVariant(u"x").AsFloat(), EVariantError);
+  // Numbers in text take the C form only, whatever the locale.
+  EXPECT_EQ(TmvVariant(u" 1e3 ").AsFloat(), 1000.0);
+  EXPECT_THROW(TmvVariant(u"inf").AsFloat(), EVariantError);
+  EXPECT_THROW(TmvVariant(u"2,5").AsFloat(), EVariantError);
+  EXPECT_EQ(TmvVariant(1e20).AsWideString(), u"1e+20");
+  EXPECT_EQ(TmvVariant(0.1 + 0.2).AsWideString(), u"0.3");
   EXPECT_THROW(TmvVariant(int64_t(1) << 40).AsInteger(), EVariantError);
   try {
     TmvVariant::Null().AsWideString();

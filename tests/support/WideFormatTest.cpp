@@ -37,6 +37,10 @@ TEST(WideFormat, FloatingPointForms) {
   EXPECT_EQ(WideFormat(u"%n", {1234567.891}), u"1,234,567.89");
   EXPECT_EQ(WideFormat(u"%g", {0.5}), u"0.5");
   EXPECT_EQ(WideFormat(u"%e", {1500.0}), u"1.50000000000000E+003");
+  EXPECT_EQ(WideFormat(u"%.3e", {-0.000125}), u"-1.25E-004");
+  EXPECT_EQ(WideFormat(u"%g", {1e20}), u"1E+020");
+  // A huge precision from the arguments is bounded, not a crash.
+  EXPECT_EQ(WideFormat(u"%.*f", {1000000, 1.0}).size(), 1002u);
 }
 
 TEST(WideFormat, MismatchAndMissingArgumentsRaise) {
