@@ -8,7 +8,7 @@
 
 namespace mv {
 
-MV_DEFINE_CLASS(TmvBaseSQLContext, TmvObject)
+MV_DEFINE_CLASS(TmvBaseSQLContext, TmvUpdatablePersistent)
 
 TmvBaseSQLContext::TmvBaseSQLContext() {
   for (auto& builder : builders_) {
@@ -32,13 +32,17 @@ TmvBaseSQLContext::~TmvBaseSQLContext() {
   if (syntaxProvider_) syntaxProvider_->RemoveNotificationHandlers(this);
 }
 
-void TmvBaseSQLContext::Assign(const TmvBaseSQLContext& source) {
-  if (&source == this) return;
-  BeginUpdate();
-  SetSyntaxProvider(source.syntaxProvider_);
-  SetMetadataProvider(source.metadataProvider_);
-  for (int i = 0; i < 6; ++i) SetBuilder(i, *source.builders_[i]);
-  EndUpdate();
+void TmvBaseSQLContext::Assign(const TmvPersistent* persistent) {
+  const auto* source = TmvCast<TmvBaseSQLContext>(persistent);
+  if (!source) {
+    TmvUpdatablePersistent::Assign(persistent);
+    return;
+  }
+  if (source == this) return;
+  TmvUpdateBatch batch(*this);
+  SetSyntaxProvider(source->syntaxProvider_);
+  SetMetadataProvider(source->metadataProvider_);
+  for (int i = 0; i < 6; ++i) SetBuilder(i, *source->builders_[i]);
 }
 
 void TmvBaseSQLContext::SetBuilder(int index, const TSQLBuilder& value) {
@@ -49,7 +53,7 @@ void TmvBaseSQLContext::SetBuilder(int index, const TSQLBuilder& value) {
 
 void TmvBaseSQLContext::SetSyntaxProvider(TmvBaseSyntaxProvider* provider) {
   if (provider == syntaxProvider_) return;
-  BeginUpdate();
+  TmvUpdateBatch batch(*this);
   if (syntaxProvider_) syntaxProvider_->RemoveNotificationHandlers(this);
   syntaxProvider_ = provider;
   if (syntaxProvider_)
@@ -57,7 +61,6 @@ void TmvBaseSQLContext::SetSyntaxProvider(TmvBaseSyntaxProvider* provider) {
         this, [this](TmvBaseSyntaxProvider*) { NotifySyntaxProviderChanged(); },
         [this](TmvBaseSyntaxProvider*) { SyntaxProviderDestroying(); });
   NotifySyntaxProviderChanged();
-  EndUpdate();
 }
 
 void TmvBaseSQLContext::SyntaxProviderDestroying() {
@@ -95,9 +98,9 @@ void TmvBaseSQLContext::DoUpdated() {
   if (syntaxProviderChanged_) {
     syntaxProviderChanged_ = false;
     comparisonOperators_.reset();
-    if (OnSyntaxProviderChanged) OnSyntaxProviderChanged(this);
+    onSyntaxProviderChanged_.Fire(this);
   }
-  TmvSimpleUpdatable::DoUpdated();
+  TmvUpdatablePersistent::DoUpdated();
 }
 
 int TmvBaseSQLContext::RegisterAstNode(TastNode* node) {

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "sqlgen/SQLBuilder.h"
-#include "sqlgen/SimpleUpdatable.h"
+#include "support/UpdatablePersistent.h"
 #include "support/WideString.h"
 
 namespace mv {
@@ -29,14 +29,16 @@ class TastTokenIdentifier;
 class TSQLQualifiedName;
 class TSQLQualifiedNamesList;
 
-class TmvBaseSQLContext : public TmvSimpleUpdatable {
+class TmvBaseSQLContext : public TmvUpdatablePersistent {
   MV_DECLARE_CLASS()
  public:
   TmvBaseSQLContext();
   ~TmvBaseSQLContext() override;
 
-  // Takes over the providers and the six builders' settings of another context.
-  void Assign(const TmvBaseSQLContext& source);
+  // From another context, inside one batch: the providers and the six
+  // builders' settings (not the container). Other sources fall to the inherited Assign.
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TmvBaseSQLContext& source) { Assign(&source); }
 
   // --- What gives text its meaning. None is owned. ---
   TmvBaseSyntaxProvider* SyntaxProvider() const { return syntaxProvider_; }
@@ -47,8 +49,8 @@ class TmvBaseSQLContext : public TmvSimpleUpdatable {
   TmvMetadataContainer* MetadataContainer() const { return metadataContainer_; }
   void SetMetadataContainer(TmvMetadataContainer* container);
 
-  // Fired (from DoUpdated) after the dialect changed.
-  std::function<void(TmvBaseSQLContext* sender)> OnSyntaxProviderChanged;
+  // Fired (from DoUpdated) after the dialect changed, with the context as sender.
+  TmvNotificationEvent& GetOnSyntaxProviderChanged() { return onSyntaxProviderChanged_; }
 
   // --- The six one-line builders; setters copy settings into them. ---
   TSQLBuilderFast& SQLBuilderExpression() { return *builders_[0]; }
@@ -127,6 +129,7 @@ class TmvBaseSQLContext : public TmvSimpleUpdatable {
   std::vector<TastNode*> astNodes_;
   std::vector<int> freeAstNodeSlots_;
   bool syntaxProviderChanged_ = false;
+  TmvNotificationEvent onSyntaxProviderChanged_;
 };
 
 }  // namespace mv

@@ -4,7 +4,7 @@
 
 namespace mv {
 
-MV_DEFINE_CLASS(TSQLBuilder, TmvObject)
+MV_DEFINE_CLASS(TSQLBuilder, TmvUpdatablePersistent)
 MV_DEFINE_CLASS(TSQLBuilderPlainText, TSQLBuilder)
 MV_DEFINE_CLASS(TSQLBuilderFast, TSQLBuilder)
 
@@ -21,9 +21,15 @@ TSQLBuilder::TSQLBuilder()
 
 TSQLBuilder::~TSQLBuilder() = default;
 
-void TSQLBuilder::Assign(const TSQLBuilder& source) {
-  if (&source == this) return;
-  BeginUpdate();
+void TSQLBuilder::Assign(const TmvPersistent* persistent) {
+  const auto* typed = TmvCast<TSQLBuilder>(persistent);
+  if (!typed) {
+    TmvUpdatablePersistent::Assign(persistent);
+    return;
+  }
+  if (typed == this) return;
+  const TSQLBuilder& source = *typed;
+  TmvUpdateBatch batch(*this);
   SetRightMargin(source.rightMargin_);
   SetKeywordFormat(source.keywordFormat_);
   SetQuoteIdentifiers(source.quoteIdentifiers_);
@@ -37,7 +43,6 @@ void TSQLBuilder::Assign(const TSQLBuilder& source) {
   SetExpandVirtualObjects(source.expandVirtualObjects_);
   SetParenthesizeANDGroups(source.parenthesizeANDGroups_);
   SetParenthesizeSingleCriterion(source.parenthesizeSingleCriterion_);
-  EndUpdate();
 }
 
 void TSQLBuilder::SetRightMargin(int value) {
@@ -168,6 +173,6 @@ void TSQLBuilder::DoEndBuildSQLForNode(TastNode* node) {
   if (OnEndBuildSQLForNode) OnEndBuildSQLForNode(this, node);
 }
 
-TSQLBuilderFast::TSQLBuilderFast() { newLineText_ = u" "; }
+TSQLBuilderFast::TSQLBuilderFast() { newLineText_.assign(1, u' '); }
 
 }  // namespace mv

@@ -15,7 +15,7 @@
 #include "sqlgen/SQLFormat.h"
 #include "sqlgen/SQLOptions.h"
 #include "sqlgen/SimpleStringBuilder.h"
-#include "sqlgen/SimpleUpdatable.h"
+#include "support/UpdatablePersistent.h"
 
 namespace mv {
 
@@ -25,14 +25,16 @@ class TSQLBuilder;
 using TmvOnBeginBuildSQLForNode = std::function<void(TSQLBuilder* sender, TastNode* node)>;
 using TmvOnEndBuildSQLForNode = std::function<void(TSQLBuilder* sender, TastNode* node)>;
 
-class TSQLBuilder : public TmvSimpleUpdatable {
+class TSQLBuilder : public TmvUpdatablePersistent {
   MV_DECLARE_CLASS()
  public:
   TSQLBuilder();
   ~TSQLBuilder() override;
 
-  // Copies the layout settings (not the keyword modes, not the events).
-  virtual void Assign(const TSQLBuilder& source);
+  // From another builder, inside one batch: the layout settings (not the
+  // keyword modes, not the events). Other sources fall to the inherited Assign.
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilder& source) { Assign(&source); }
 
   // --- Properties. ---
   int RightMargin() const { return rightMargin_; }  // 80; below 1 turns wrapping off

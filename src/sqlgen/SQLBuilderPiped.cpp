@@ -4,15 +4,14 @@ namespace mv {
 
 MV_DEFINE_CLASS(TSQLBuilderPiped, TSQLBuilder)
 
-void TSQLBuilderPiped::Assign(const TSQLBuilder& source) {
-  if (&source == this) return;
-  BeginUpdate();
+void TSQLBuilderPiped::Assign(const TmvPersistent* source) {
+  if (source == this) return;
+  TmvUpdateBatch batch(*this);
   TSQLBuilder::Assign(source);
-  if (const auto* piped = TmvCast<TSQLBuilderPiped>(&source)) {
+  if (const auto* piped = TmvCast<TSQLBuilderPiped>(source)) {
     SetDynamicIndents(piped->dynamicIndents_);
     SetDynamicRightMargin(piped->dynamicRightMargin_);
   }
-  EndUpdate();
 }
 
 double TSQLBuilderPiped::BreakScore(int priority, double distance) {

@@ -38,7 +38,9 @@ struct TSQLBuilderElement {
 class TSQLBuilderPiped : public TSQLBuilder {
   MV_DECLARE_CLASS()
  public:
-  void Assign(const TSQLBuilder& source) override;
+  using TSQLBuilder::Assign;
+  // Also copies the two dynamic flags from another piped builder.
+  void Assign(const TmvPersistent* source) override;
 
   // Continuation lines align under the text after the keyword, instead of
   // the configured indent. Default false.

@@ -2,45 +2,60 @@
 
 namespace mv {
 
-MV_DEFINE_CLASS(TSQLBuilderItemsListFormat, TmvObject)
-MV_DEFINE_CLASS(TSQLBuilderConditionFormat, TmvObject)
-MV_DEFINE_CLASS(TSQLBuilderFromClauseFormat, TmvObject)
-MV_DEFINE_CLASS(TSQLBuilderSelectFormat, TmvObject)
+MV_DEFINE_CLASS(TSQLBuilderItemsListFormat, TmvUpdatablePersistent)
+MV_DEFINE_CLASS(TSQLBuilderConditionFormat, TmvUpdatablePersistent)
+MV_DEFINE_CLASS(TSQLBuilderFromClauseFormat, TmvUpdatablePersistent)
+MV_DEFINE_CLASS(TSQLBuilderSelectFormat, TmvUpdatablePersistent)
 
-void TSQLBuilderItemsListFormat::Assign(const TSQLBuilderItemsListFormat& source) {
-  if (&source == this) return;
-  BeginUpdate();
+void TSQLBuilderItemsListFormat::Assign(const TmvPersistent* persistent) {
+  const auto* typed = TmvCast<TSQLBuilderItemsListFormat>(persistent);
+  if (!typed) {
+    TmvUpdatablePersistent::Assign(persistent);
+    return;
+  }
+  if (typed == this) return;
+  const TSQLBuilderItemsListFormat& source = *typed;
+  TmvUpdateBatch batch(*this);
   SetNewLineAfterItem(source.newLineAfterItem_);
   SetNewLineBeforeComma(source.newLineBeforeComma_);
-  EndUpdate();
 }
 
-void TSQLBuilderConditionFormat::Assign(const TSQLBuilderConditionFormat& source) {
-  if (&source == this) return;
-  BeginUpdate();
+void TSQLBuilderConditionFormat::Assign(const TmvPersistent* persistent) {
+  const auto* typed = TmvCast<TSQLBuilderConditionFormat>(persistent);
+  if (!typed) {
+    TmvUpdatablePersistent::Assign(persistent);
+    return;
+  }
+  if (typed == this) return;
+  const TSQLBuilderConditionFormat& source = *typed;
+  TmvUpdateBatch batch(*this);
   SetNewLineBefore(source.newLineBefore_);
   SetNewLineAfter(source.newLineAfter_);
   SetIndentNestedConditions(source.indentNestedConditions_);
-  EndUpdate();
 }
 
-TSQLBuilderFromClauseFormat::TSQLBuilderFromClauseFormat(TmvSimpleUpdatable* parent)
+TSQLBuilderFromClauseFormat::TSQLBuilderFromClauseFormat(ImvBatchUpdatable* parent)
     : joinConditionFormat_(this) {
   SetParent(parent);
 }
 
-void TSQLBuilderFromClauseFormat::Assign(const TSQLBuilderFromClauseFormat& source) {
-  if (&source == this) return;
-  BeginUpdate();
+void TSQLBuilderFromClauseFormat::Assign(const TmvPersistent* persistent) {
+  const auto* typed = TmvCast<TSQLBuilderFromClauseFormat>(persistent);
+  if (!typed) {
+    TmvUpdatablePersistent::Assign(persistent);
+    return;
+  }
+  if (typed == this) return;
+  const TSQLBuilderFromClauseFormat& source = *typed;
+  TmvUpdateBatch batch(*this);
   SetNewLineAfterDatasource(source.newLineAfterDatasource_);
   SetNewLineAfterJoin(source.newLineAfterJoin_);
   SetNewLineBeforeComma(source.newLineBeforeComma_);
   SetNewLineBeforeJoinExpression(source.newLineBeforeJoinExpression_);
   joinConditionFormat_.Assign(source.joinConditionFormat_);
-  EndUpdate();
 }
 
-TSQLBuilderSelectFormat::TSQLBuilderSelectFormat(TmvSimpleUpdatable* parent)
+TSQLBuilderSelectFormat::TSQLBuilderSelectFormat(ImvBatchUpdatable* parent)
     : selectListFormat_(this),
       fromClauseFormat_(this),
       whereFormat_(this),
@@ -51,9 +66,15 @@ TSQLBuilderSelectFormat::TSQLBuilderSelectFormat(TmvSimpleUpdatable* parent)
   SetParent(parent);
 }
 
-void TSQLBuilderSelectFormat::Assign(const TSQLBuilderSelectFormat& source) {
-  if (&source == this) return;
-  BeginUpdate();
+void TSQLBuilderSelectFormat::Assign(const TmvPersistent* persistent) {
+  const auto* typed = TmvCast<TSQLBuilderSelectFormat>(persistent);
+  if (!typed) {
+    TmvUpdatablePersistent::Assign(persistent);
+    return;
+  }
+  if (typed == this) return;
+  const TSQLBuilderSelectFormat& source = *typed;
+  TmvUpdateBatch batch(*this);
   SetIndentGlobal(source.indentGlobal_);
   SetMainPartsFromNewLine(source.mainPartsFromNewLine_);
   SetIndentInPart(source.indentInPart_);
@@ -65,7 +86,6 @@ void TSQLBuilderSelectFormat::Assign(const TSQLBuilderSelectFormat& source) {
   havingFormat_.Assign(source.havingFormat_);
   windowFormat_.Assign(source.windowFormat_);
   orderByFormat_.Assign(source.orderByFormat_);
-  EndUpdate();
 }
 
 }  // namespace mv

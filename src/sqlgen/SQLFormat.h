@@ -5,12 +5,14 @@
 #pragma once
 
 #include "sqlgen/SQLOptions.h"
-#include "sqlgen/SimpleUpdatable.h"
+#include "support/UpdatablePersistent.h"
 
 namespace mv {
 
-// Base of the format objects: change-checked setters that notify.
-class TSQLBuilderFormatBase : public TmvSimpleUpdatable {
+// Base of the format objects: change-checked setters that notify. A nested
+// format has its owner as update parent, so a change deep inside reaches the
+// builder.
+class TSQLBuilderFormatBase : public TmvUpdatablePersistent {
  protected:
   template <class T>
   void SetValue(T& field, T value) {
@@ -24,8 +26,10 @@ class TSQLBuilderFormatBase : public TmvSimpleUpdatable {
 class TSQLBuilderItemsListFormat : public TSQLBuilderFormatBase {
   MV_DECLARE_CLASS()
  public:
-  explicit TSQLBuilderItemsListFormat(TmvSimpleUpdatable* parent = nullptr) { SetParent(parent); }
-  void Assign(const TSQLBuilderItemsListFormat& source);
+  explicit TSQLBuilderItemsListFormat(ImvBatchUpdatable* parent = nullptr) { SetParent(parent); }
+  // Copies every property inside one batch; other sources fall to the inherited Assign.
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilderItemsListFormat& source) { Assign(&source); }
 
   // After the comma: a line break, otherwise a blank. Default true.
   bool NewLineAfterItem() const { return newLineAfterItem_; }
@@ -43,8 +47,9 @@ class TSQLBuilderItemsListFormat : public TSQLBuilderFormatBase {
 class TSQLBuilderConditionFormat : public TSQLBuilderFormatBase {
   MV_DECLARE_CLASS()
  public:
-  explicit TSQLBuilderConditionFormat(TmvSimpleUpdatable* parent = nullptr) { SetParent(parent); }
-  void Assign(const TSQLBuilderConditionFormat& source);
+  explicit TSQLBuilderConditionFormat(ImvBatchUpdatable* parent = nullptr) { SetParent(parent); }
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilderConditionFormat& source) { Assign(&source); }
 
   // Line break before "And"/"Or". Default nlNone.
   TSQLBuilderConditionFormatNL NewLineBefore() const { return newLineBefore_; }
@@ -66,8 +71,9 @@ class TSQLBuilderConditionFormat : public TSQLBuilderFormatBase {
 class TSQLBuilderFromClauseFormat : public TSQLBuilderFormatBase {
   MV_DECLARE_CLASS()
  public:
-  explicit TSQLBuilderFromClauseFormat(TmvSimpleUpdatable* parent = nullptr);
-  void Assign(const TSQLBuilderFromClauseFormat& source);
+  explicit TSQLBuilderFromClauseFormat(ImvBatchUpdatable* parent = nullptr);
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilderFromClauseFormat& source) { Assign(&source); }
 
   // Line break before a join operator and after a comma. Default true.
   bool NewLineAfterDatasource() const { return newLineAfterDatasource_; }
@@ -98,8 +104,9 @@ class TSQLBuilderFromClauseFormat : public TSQLBuilderFormatBase {
 class TSQLBuilderSelectFormat : public TSQLBuilderFormatBase {
   MV_DECLARE_CLASS()
  public:
-  explicit TSQLBuilderSelectFormat(TmvSimpleUpdatable* parent = nullptr);
-  void Assign(const TSQLBuilderSelectFormat& source);
+  explicit TSQLBuilderSelectFormat(ImvBatchUpdatable* parent = nullptr);
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilderSelectFormat& source) { Assign(&source); }
 
   // Indent of the whole statement. Default 0.
   int IndentGlobal() const { return indentGlobal_; }

@@ -232,12 +232,16 @@ TEST(SQLBuilder, AssignCopiesLayoutButNotKeywordModesOrEvents) {
   TSQLBuilderPiped fromBase;
   fromBase.Assign(base);
   EXPECT_FALSE(fromBase.DynamicIndents());
+  // Any other class falls to the inherited Assign, which refuses.
+  TSQLBuilderSelectFormat format;
+  EXPECT_THROW(base.Assign(&format), EConvertError);
+  EXPECT_THROW(format.Assign(&base), EConvertError);
 }
 
 TEST(SQLBuilder, ChangesNotifyOnceAndOnlyOnAChange) {
   TSQLBuilder builder;
   int updates = 0;
-  builder.OnUpdated = [&updates](TmvObject*) { ++updates; };
+  builder.GetOnUpdated().AddHandler(TmvHandlerId::Unique(), [&updates](TmvObject*) { ++updates; });
   builder.SetRightMargin(80);  // the same value: no notification
   EXPECT_EQ(updates, 0);
   builder.SetRightMargin(60);

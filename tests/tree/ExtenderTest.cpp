@@ -92,7 +92,7 @@ TEST_F(ExtenderTest, ChangeOfDialectMakesKeepsAndFreesExtenders) {
   EXPECT_FALSE(constant->Extender);
 
   int changed = 0;
-  context.OnSyntaxProviderChanged = [&changed](TmvBaseSQLContext*) { ++changed; };
+  context.GetOnSyntaxProviderChanged().AddHandler(TmvHandlerId::Unique(), [&changed](TmvObject*) { ++changed; });
   context.SetSyntaxProvider(&second);
   EXPECT_EQ(changed, 1);
   // A subclass extender keeps what Assign carries: the base class's fields.
