@@ -30,6 +30,10 @@ TmvBaseSQLContext::TmvBaseSQLContext() {
 
 TmvBaseSQLContext::~TmvBaseSQLContext() {
   if (syntaxProvider_) syntaxProvider_->RemoveNotificationHandlers(this);
+  // The cached names are nodes of this context: they go while the registry
+  // they unregister from is still there.
+  InvalidateAggregateNamesCache();
+  InvalidateBuiltinFunctionNamesCache();
 }
 
 void TmvBaseSQLContext::Assign(const TmvPersistent* persistent) {

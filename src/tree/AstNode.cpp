@@ -103,8 +103,10 @@ void TastNodeBase::Assign(const TastNodeBase& source) {
       const TastNodeList& sourceList = other[i].ListAt(from);
       std::vector<TmvOwned<TastNode>> clones;
       clones.reserve(sourceList.Count());
-      for (int k = 0; k < sourceList.Count(); ++k)
-        clones.push_back(TmvOwned<TastNode>(static_cast<TastNode*>(sourceList.Item(k)->Clone(context_).release())));
+      for (int k = 0; k < sourceList.Count(); ++k) {
+        TmvOwned<TastNode> clone(static_cast<TastNode*>(sourceList.Item(k)->Clone(context_).release()));
+        if (clone) clones.push_back(std::move(clone));
+      }
       list.Clear();
       for (auto& clone : clones) list.Add(std::move(clone));
     }

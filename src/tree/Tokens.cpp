@@ -106,6 +106,12 @@ void TastTokenIdentifier::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilder
   BuildIdentifier(builder, format, builder.QuoteIdentifiers());
 }
 
+WideString CreateQuotedIdentifier(WideStringView name, WideStringView quoteBegin, WideStringView quoteEnd) {
+  WideString text(name);
+  if (!quoteEnd.empty()) text = WideStringReplace(text, quoteEnd, WideString(quoteEnd) + WideString(quoteEnd), rfReplaceAll);
+  return WideString(quoteBegin) + text + WideString(quoteEnd);
+}
+
 const char* XmlBoolText(bool value) { return value ? "1" : "0"; }
 
 bool XmlBoolValue(const char* text, bool& value) {

@@ -143,6 +143,9 @@ class TSQLIdentifiersCollection : public TastNodeWithCollection {
   void LoadFromXMLNode(pugi::xml_node element);
 };
 
+// begin + name + end, with every occurrence of `end` in the name doubled.
+WideString CreateQuotedIdentifier(WideStringView name, WideStringView quoteBegin, WideStringView quoteEnd);
+
 // Text of a boolean as the XML files write it, and the reading that accepts
 // 1/0, -1 and true/false in any case.
 const char* XmlBoolText(bool value);

@@ -356,3 +356,35 @@ TEST(NodeFoundation, EveryCoreClassIsRegisteredByName) {
   EXPECT_TRUE(registry.Find("TSQLExpressionItem")->IsAbstract());
   EXPECT_FALSE(registry.Find("TSQLSelectStatement")->IsAbstract());
 }
+
+TEST(NodeFoundation, ContextWithFilledNameCachesGoesCleanly) {
+  TTestSyntaxProvider provider;
+  provider.builtinFunctions = {u"Upper", u"Lower"};
+  auto context = std::make_unique<TmvBaseSQLContext>();
+  context->SetSyntaxProvider(&provider);
+  {
+    auto name = Name(context.get(), {u"upper"});
+    EXPECT_TRUE(context->IsNameOfBuiltinFunction(name.get()));
+    EXPECT_TRUE(context->IsNameOfPrefixedAggregate(Name(context.get(), {u"SUM"}).get()));
+    EXPECT_TRUE(context->IsNameOfStarAggregate(Name(context.get(), {u"count"}).get()));
+    EXPECT_FALSE(context->IsNameOfAggregate(Name(context.get(), {u"count"}).get()));
+    // Normalizing gives a name the dialect's spelling, as a built-in word.
+    auto sum = Name(context.get(), {u"SUM"});
+    context->AggregateNormalize(sum.get());
+    ASSERT_EQ(sum->GetCount(), 1);
+    EXPECT_TRUE(TmvCast<TastTokenBuiltin>(sum->Token(0)));
+    EXPECT_EQ(sum->Token(0)->Token, u"Sum");
+    context->BuiltinFunctionNormalize(name.get());
+    EXPECT_EQ(name->Token(0)->Token, u"Upper");
+    auto unknown = Name(context.get(), {u"foo"});
+    context->AggregateNormalize(unknown.get());
+    EXPECT_TRUE(TmvCast<TastTokenIdentifier>(unknown->Token(0)));
+    // A change of dialect refills the caches from the new answers.
+    provider.builtinFunctions = {u"Lower"};
+    provider.SendNotifications();
+    EXPECT_FALSE(context->IsNameOfBuiltinFunction(name.get()));
+  }
+  // Only the cached names are left, and they go with the context.
+  EXPECT_GT(context->AstNodeCount(), 0);
+  context.reset();
+}

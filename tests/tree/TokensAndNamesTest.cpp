@@ -83,6 +83,13 @@ TEST_F(NamesTest, ClosingQuoteInsideIsDoubled) {
   EXPECT_EQ(Quote(u"say \"hi\"", true, icIfNeed), u"\"say \"\"hi\"\"\"");
 }
 
+TEST_F(NamesTest, CreateQuotedIdentifierAlwaysDoublesTheClosingQuote) {
+  EXPECT_EQ(CreateQuotedIdentifier(u"a]b", u"[", u"]"), u"[a]]b]");
+  EXPECT_EQ(CreateQuotedIdentifier(u"ab", u"`", u"`"), u"`ab`");
+  EXPECT_EQ(CreateQuotedIdentifier(u"x\"\"y", u"\"", u"\""), u"\"x\"\"\"\"y\"");
+  EXPECT_EQ(CreateQuotedIdentifier(u"", u"\"", u"\""), u"\"\"");
+}
+
 TEST_F(NamesTest, WithoutProviderTheTextStandsAsItIs) {
   TmvBaseSQLContext bare;
   auto id = Id(&bare, u"my name", true);
