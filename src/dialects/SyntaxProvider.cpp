@@ -10,11 +10,11 @@ MV_DEFINE_CLASS(TmvBaseSyntaxProvider, TmvObject)
 TmvBaseSyntaxProvider::TmvBaseSyntaxProvider() = default;
 
 TmvBaseSyntaxProvider::~TmvBaseSyntaxProvider() {
-  // A handler may remove itself (or others) while we walk.
-  std::vector<Handlers> handlers;
-  handlers.swap(handlers_);
-  for (Handlers& h : handlers)
-    if (h.onDestroying) h.onDestroying(this);
+  // A destructor must not throw: a listener's exception ends here.
+  try {
+    onDestroying_.Fire(this);
+  } catch (...) {
+  }
 }
 
 void TmvBaseSyntaxProvider::SetIdentCaseSens(TmvIdentCaseSensitivity value) {
@@ -76,26 +76,6 @@ void TmvBaseSyntaxProvider::GetBuiltinFunctionNames(TSQLQualifiedNamesList& list
 
 void TmvBaseSyntaxProvider::GetComparisonOperators(std::vector<std::string>& list) const {
   list.insert(list.end(), {"=", ">", ">=", "<", "<=", "<>"});
-}
-
-void TmvBaseSyntaxProvider::AddNotificationHandlers(const void* owner, TmvProviderHandler onChanged,
-                                                    TmvProviderHandler onDestroying) {
-  RemoveNotificationHandlers(owner);
-  handlers_.push_back({owner, std::move(onChanged), std::move(onDestroying)});
-}
-
-void TmvBaseSyntaxProvider::RemoveNotificationHandlers(const void* owner) {
-  for (size_t i = 0; i < handlers_.size(); ++i)
-    if (handlers_[i].owner == owner) {
-      handlers_.erase(handlers_.begin() + i);
-      return;
-    }
-}
-
-void TmvBaseSyntaxProvider::SendNotifications() {
-  std::vector<Handlers> handlers = handlers_;
-  for (Handlers& h : handlers)
-    if (h.onChanged) h.onChanged(this);
 }
 
 }  // namespace mv

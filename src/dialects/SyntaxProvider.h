@@ -9,11 +9,11 @@
 // server detection, limits and dates join it with the dialects.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "support/Class.h"
+#include "support/Event.h"
 #include "support/WideString.h"
 #include "tree/NodeClass.h"
 
@@ -84,29 +84,23 @@ class TmvBaseSyntaxProvider : public TmvObject {
   virtual void BeginBuildWrapperForStoredProc(TSQLBuilder&, const TSQLBuilderSelectFormat&) const {}
   virtual void EndBuildWrapperForStoredProc(TSQLBuilder&, const TSQLBuilderSelectFormat&) const {}
 
-  // --- Notification of the contexts that use this provider. ---
-  using TmvProviderHandler = std::function<void(TmvBaseSyntaxProvider* sender)>;
-  // `onChanged` runs on each SendNotifications, `onDestroying` once when the
-  // provider goes away. Handlers are keyed by their owner.
-  void AddNotificationHandlers(const void* owner, TmvProviderHandler onChanged, TmvProviderHandler onDestroying);
-  void RemoveNotificationHandlers(const void* owner);
+  // --- Notification of the contexts that use this provider; the sender is the provider. ---
+  // Fired by SendNotifications.
+  TmvNotificationEvent& GetOnUpdate() { return onUpdate_; }
+  // Fired once when the provider goes away.
+  TmvNotificationEvent& GetOnDestroying() { return onDestroying_; }
   // Tells every context that a setting that changes parsing or output changed.
-  void SendNotifications();
+  void SendNotifications() { onUpdate_.Fire(this); }
 
  private:
   struct ExtenderEntry {
     const TastNodeClass* nodeClass;
     const TastNodeClass* extenderClass;
   };
-  struct Handlers {
-    const void* owner;
-    TmvProviderHandler onChanged;
-    TmvProviderHandler onDestroying;
-  };
-
   TmvIdentCaseSensitivity identCaseSens_ = icsSensitiveUpperCase;
   std::vector<ExtenderEntry> extenders_;
-  std::vector<Handlers> handlers_;
+  TmvNotificationEvent onUpdate_;
+  TmvNotificationEvent onDestroying_;
 };
 
 }  // namespace mv

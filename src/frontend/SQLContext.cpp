@@ -28,8 +28,15 @@ TmvBaseSQLContext::TmvBaseSQLContext() {
   astNodes_.reserve(2048);
 }
 
+namespace {
+
+// Keys of the context's handlers on its provider's events.
+enum : uintptr_t { kProviderChanged = 1, kProviderDestroying = 2 };
+
+}  // namespace
+
 TmvBaseSQLContext::~TmvBaseSQLContext() {
-  if (syntaxProvider_) syntaxProvider_->RemoveNotificationHandlers(this);
+  HookSyntaxProvider(false);
   // The cached names are nodes of this context: they go while the registry
   // they unregister from is still there.
   InvalidateAggregateNamesCache();
@@ -58,13 +65,23 @@ void TmvBaseSQLContext::SetBuilder(int index, const TSQLBuilder& value) {
 void TmvBaseSQLContext::SetSyntaxProvider(TmvBaseSyntaxProvider* provider) {
   if (provider == syntaxProvider_) return;
   TmvUpdateBatch batch(*this);
-  if (syntaxProvider_) syntaxProvider_->RemoveNotificationHandlers(this);
+  HookSyntaxProvider(false);
   syntaxProvider_ = provider;
-  if (syntaxProvider_)
-    syntaxProvider_->AddNotificationHandlers(
-        this, [this](TmvBaseSyntaxProvider*) { NotifySyntaxProviderChanged(); },
-        [this](TmvBaseSyntaxProvider*) { SyntaxProviderDestroying(); });
+  HookSyntaxProvider(true);
   NotifySyntaxProviderChanged();
+}
+
+void TmvBaseSQLContext::HookSyntaxProvider(bool hook) {
+  if (!syntaxProvider_) return;
+  const TmvHandlerId changed(this, kProviderChanged);
+  const TmvHandlerId destroying(this, kProviderDestroying);
+  if (!hook) {
+    syntaxProvider_->GetOnUpdate().RemoveHandler(changed);
+    syntaxProvider_->GetOnDestroying().RemoveHandler(destroying);
+    return;
+  }
+  syntaxProvider_->GetOnUpdate().AddHandler(changed, [this](TmvObject*) { NotifySyntaxProviderChanged(); });
+  syntaxProvider_->GetOnDestroying().AddHandler(destroying, [this](TmvObject*) { SyntaxProviderDestroying(); });
 }
 
 void TmvBaseSQLContext::SyntaxProviderDestroying() {

@@ -115,6 +115,7 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   void FillBuiltinFunctionNamesCache();
   void RequireSyntaxProvider() const;
   void SyntaxProviderDestroying();
+  void HookSyntaxProvider(bool hook);
 
   TmvBaseSyntaxProvider* syntaxProvider_ = nullptr;
   TmvBaseMetadataProvider* metadataProvider_ = nullptr;
