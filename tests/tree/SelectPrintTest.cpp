@@ -254,9 +254,9 @@ TEST_F(SelectPrint, ClausesOfASelect) {
   builder.s->Window.Set(Make<TSQLWindowClause>());
   auto window = Make<TSQLWindowItem>();
   window->Name.Set(Id(c(), u"w"));
-  auto spec = Make<TastNodeWithList>();
-  spec->Keyword(u"Partition").Space().Keyword(u"By").Space().Identifier(u"a");
-  window->Specification.Set(std::move(spec));
+  auto definition = Make<TastNodeWithList>();
+  definition->Keyword(u"Partition").Space().Keyword(u"By").Space().Identifier(u"a");
+  window->Specification.Set(std::move(definition));
   builder.s->Window->Add(std::move(window));
   builder.s->OrderBy.Set(OrderBy({{u"a", false}}));
   builder.s->ResultOffset.Set(Make<TSQLResultOffsetClause>());
