@@ -1,0 +1,188 @@
+// The SQL builder: the text sink that node code prints through. Nodes call
+// typed writes (keyword, identifier, symbol, number, string, built-in name)
+// and layout requests (Space with a break priority, NewLine, indents, good
+// break points); the builder owns keyword case, line ends (CR LF), indents
+// and, in the piped form (SQLBuilderPiped.h), wrapping at a right margin.
+//
+//   TSQLBuilder           hard line breaks and indents written at once
+//   TSQLBuilderPlainText  the same, for hosts
+//   TSQLBuilderFast       one line: NewLine is a blank, no indents
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "sqlgen/SQLFormat.h"
+#include "sqlgen/SQLOptions.h"
+#include "sqlgen/SimpleStringBuilder.h"
+#include "support/UpdatablePersistent.h"
+
+namespace mv {
+
+class TastNode;
+class TSQLBuilder;
+
+using TmvOnBeginBuildSQLForNode = std::function<void(TSQLBuilder* sender, TastNode* node)>;
+using TmvOnEndBuildSQLForNode = std::function<void(TSQLBuilder* sender, TastNode* node)>;
+
+class TSQLBuilder : public TmvUpdatablePersistent {
+  MV_DECLARE_CLASS()
+ public:
+  TSQLBuilder();
+  ~TSQLBuilder() override;
+
+  // From another builder, inside one batch: the layout settings (not the
+  // keyword modes, not the events). Other sources fall to the inherited Assign.
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilder& source) { Assign(&source); }
+
+  // --- Properties. ---
+  int RightMargin() const { return rightMargin_; }  // 80; below 1 turns wrapping off
+  void SetRightMargin(int value);
+  TmvKeywordFormat KeywordFormat() const { return keywordFormat_; }  // akfFirstUpper
+  void SetKeywordFormat(TmvKeywordFormat value) { SetValue(keywordFormat_, value); }
+  TmvIdentQuotation QuoteIdentifiers() const { return quoteIdentifiers_; }  // icIfNeed
+  void SetQuoteIdentifiers(TmvIdentQuotation value) { SetValue(quoteIdentifiers_, value); }
+  TmvObjectPrefixSkipping ObjectPrefixSkipping() const { return objectPrefixSkipping_; }  // opsSkipAll
+  void SetObjectPrefixSkipping(TmvObjectPrefixSkipping value) { SetValue(objectPrefixSkipping_, value); }
+  bool UseAltNames() const { return useAltNames_; }  // true
+  void SetUseAltNames(bool value) { SetValue(useAltNames_, value); }
+  bool ExpandVirtualFields() const { return expandVirtualFields_; }  // false
+  void SetExpandVirtualFields(bool value) { SetValue(expandVirtualFields_, value); }
+  bool ExpandVirtualObjects() const { return expandVirtualObjects_; }  // false
+  void SetExpandVirtualObjects(bool value) { SetValue(expandVirtualObjects_, value); }
+  TmvSkipKeywordMode OuterKeywordInLinks() const { return outerKeywordInLinks_; }  // skDontCare
+  void SetOuterKeywordInLinks(TmvSkipKeywordMode value) { SetValue(outerKeywordInLinks_, value); }
+  TmvSkipKeywordMode InnerKeywordInLinks() const { return innerKeywordInLinks_; }  // skDontCare
+  void SetInnerKeywordInLinks(TmvSkipKeywordMode value) { SetValue(innerKeywordInLinks_, value); }
+  TmvSkipKeywordMode AsKeywordInExpressionAlias() const { return asKeywordInExpressionAlias_; }  // skDontCare
+  void SetAsKeywordInExpressionAlias(TmvSkipKeywordMode value) { SetValue(asKeywordInExpressionAlias_, value); }
+  TmvSkipKeywordMode AsKeywordInObjectAlias() const { return asKeywordInObjectAlias_; }  // skDontCare
+  void SetAsKeywordInObjectAlias(TmvSkipKeywordMode value) { SetValue(asKeywordInObjectAlias_, value); }
+  bool ParenthesizeANDGroups() const { return parenthesizeANDGroups_; }  // true
+  void SetParenthesizeANDGroups(bool value) { SetValue(parenthesizeANDGroups_, value); }
+  bool ParenthesizeSingleCriterion() const { return parenthesizeSingleCriterion_; }  // false
+  void SetParenthesizeSingleCriterion(bool value) { SetValue(parenthesizeSingleCriterion_, value); }
+
+  // The four select formats, owned; setters copy into them.
+  TSQLBuilderSelectFormat& MainQueryFormat() { return mainQueryFormat_; }
+  TSQLBuilderSelectFormat& ExpressionsSubQueryFormat() { return expressionsSubQueryFormat_; }
+  TSQLBuilderSelectFormat& FromSubQueryFormat() { return fromSubQueryFormat_; }
+  TSQLBuilderSelectFormat& CTESubQueryFormat() { return cteSubQueryFormat_; }
+  void SetMainQueryFormat(const TSQLBuilderSelectFormat& value) { mainQueryFormat_.Assign(value); }
+  void SetExpressionsSubQueryFormat(const TSQLBuilderSelectFormat& value) { expressionsSubQueryFormat_.Assign(value); }
+  void SetFromSubQueryFormat(const TSQLBuilderSelectFormat& value) { fromSubQueryFormat_.Assign(value); }
+  void SetCTESubQueryFormat(const TSQLBuilderSelectFormat& value) { cteSubQueryFormat_.Assign(value); }
+
+  TmvOnBeginBuildSQLForNode OnBeginBuildSQLForNode;
+  TmvOnEndBuildSQLForNode OnEndBuildSQLForNode;
+
+  // --- A build: BeginBuild, writes, EndBuild, GetResult. ---
+  void BeginBuild();
+  void EndBuild();
+  WideString GetResult() const { return resultText_.ToWideString(); }
+
+  // --- Writes. Each writes an owed indent, then a pending blank, then the text. ---
+  void WriteKeyword(WideStringView text);
+  void WriteKeywordAndSpace(WideStringView text, int priority);
+  void WriteBuiltin(WideStringView text);
+  void WriteIdentifier(WideStringView text);
+  void WriteSymbol(WideStringView text);
+  void WriteNumber(WideStringView text);
+  void WriteString(WideStringView text);
+
+  // --- Layout. ---
+  // Requests one blank; several requests before the next write give one
+  // blank with the best (lowest) break priority among them.
+  void Space(int priority);
+  void NewLineOrSpace(bool newLine, int priority);
+  void GoodNewLinePos(int priority);
+  virtual void NewLine();
+  virtual void AddIndent(double value);
+  virtual void EndIndent();
+  virtual void WriteIndent();
+  double CurrentIndent() const { return indentTop_ >= 0 ? indentStack_[indentTop_] : 0.0; }
+
+  virtual void DoBeginBuildSQLForNode(TastNode* node);
+  virtual void DoEndBuildSQLForNode(TastNode* node);
+
+  // Width of a text in the unit of RightMargin and indents: characters here.
+  virtual double CalcWeight(WideStringView text);
+
+ protected:
+  template <class T>
+  void SetValue(T& field, T value) {
+    if (field == value) return;
+    field = value;
+    NotifyUpdated();
+  }
+
+  virtual void DoAddIndent(double value);
+  virtual void DoEndIndent();
+  virtual void BeginBuildInternal();
+  virtual void EndBuildInternal() {}
+  virtual void SpaceInternal(int priority);
+  virtual void NewLineInternal();
+  virtual void WriteIndentInternal();
+  virtual void GoodNewLinePosInternal(int) {}
+  virtual void WriteKeywordInternal(WideStringView text) { WriteStringToResult(text); }
+  virtual void WriteBuiltinInternal(WideStringView text) { WriteStringToResult(text); }
+  virtual void WriteIdentifierInternal(WideStringView text) { WriteStringToResult(text); }
+  virtual void WriteSymbolInternal(WideStringView text) { WriteStringToResult(text); }
+  virtual void WriteNumberInternal(WideStringView text) { WriteStringToResult(text); }
+  virtual void WriteStringInternal(WideStringView text) { WriteStringToResult(text); }
+
+  void CheckIndentWritten();
+  void CheckSpaceWritten();
+  void DoIndent();
+  void WriteStringToResult(WideStringView text) { resultText_.Append(text); }
+
+  // Run-time state of a build.
+  bool atLineStart_ = true;      // the indent of this line is still owed
+  bool spacePending_ = false;    // a blank was requested and not yet written
+  int spacePriority_ = 2147483647;
+  double marginWidth_ = 80.0;
+  std::vector<double> indentStack_;  // absolute indents
+  int indentTop_ = -1;
+  WideString newLineText_ = u"\r\n";
+  TmvSimpleStringBuilder resultText_;
+
+ private:
+  int rightMargin_ = 80;
+  TmvKeywordFormat keywordFormat_ = akfFirstUpper;
+  TmvIdentQuotation quoteIdentifiers_ = icIfNeed;
+  TmvObjectPrefixSkipping objectPrefixSkipping_ = opsSkipAll;
+  bool useAltNames_ = true;
+  bool expandVirtualFields_ = false;
+  bool expandVirtualObjects_ = false;
+  TmvSkipKeywordMode outerKeywordInLinks_ = skDontCare;
+  TmvSkipKeywordMode innerKeywordInLinks_ = skDontCare;
+  TmvSkipKeywordMode asKeywordInExpressionAlias_ = skDontCare;
+  TmvSkipKeywordMode asKeywordInObjectAlias_ = skDontCare;
+  bool parenthesizeANDGroups_ = true;
+  bool parenthesizeSingleCriterion_ = false;
+  TSQLBuilderSelectFormat mainQueryFormat_;
+  TSQLBuilderSelectFormat expressionsSubQueryFormat_;
+  TSQLBuilderSelectFormat fromSubQueryFormat_;
+  TSQLBuilderSelectFormat cteSubQueryFormat_;
+};
+
+// The base builder under the name hosts use; the system itself never makes one.
+class TSQLBuilderPlainText : public TSQLBuilder {
+  MV_DECLARE_CLASS()
+};
+
+// One line with single blanks: NewLine becomes a blank of priority 3 and
+// indents are ignored. Used wherever text is compared, shown in a cell or stored.
+class TSQLBuilderFast : public TSQLBuilder {
+  MV_DECLARE_CLASS()
+ public:
+  TSQLBuilderFast();
+  void NewLine() override { Space(3); }
+
+ protected:
+  void DoAddIndent(double) override {}
+  void DoEndIndent() override {}
+};
+
+}  // namespace mv

@@ -1,0 +1,160 @@
+// The format objects that node code reads while it prints: how lists,
+// conditions, the FROM clause and a whole select statement are laid out.
+// A builder owns four select formats; each select format owns its nested
+// formats. Nested objects are never replaced: setters copy into them.
+#pragma once
+
+#include "sqlgen/SQLOptions.h"
+#include "support/UpdatablePersistent.h"
+
+namespace mv {
+
+// Base of the format objects: change-checked setters that notify. A nested
+// format has its owner as update parent, so a change deep inside reaches the
+// builder.
+class TSQLBuilderFormatBase : public TmvUpdatablePersistent {
+ protected:
+  template <class T>
+  void SetValue(T& field, T value) {
+    if (field == value) return;
+    field = value;
+    NotifyUpdated();
+  }
+};
+
+// How a comma-separated list is broken.
+class TSQLBuilderItemsListFormat : public TSQLBuilderFormatBase {
+  MV_DECLARE_CLASS()
+ public:
+  explicit TSQLBuilderItemsListFormat(ImvBatchUpdatable* parent = nullptr) { SetParent(parent); }
+  // Copies every property inside one batch; other sources fall to the inherited Assign.
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilderItemsListFormat& source) { Assign(&source); }
+
+  // After the comma: a line break, otherwise a blank. Default true.
+  bool NewLineAfterItem() const { return newLineAfterItem_; }
+  void SetNewLineAfterItem(bool value) { SetValue(newLineAfterItem_, value); }
+  // A line break before the comma. Default false.
+  bool NewLineBeforeComma() const { return newLineBeforeComma_; }
+  void SetNewLineBeforeComma(bool value) { SetValue(newLineBeforeComma_, value); }
+
+ private:
+  bool newLineAfterItem_ = true;
+  bool newLineBeforeComma_ = false;
+};
+
+// How a logical condition is broken and indented.
+class TSQLBuilderConditionFormat : public TSQLBuilderFormatBase {
+  MV_DECLARE_CLASS()
+ public:
+  explicit TSQLBuilderConditionFormat(ImvBatchUpdatable* parent = nullptr) { SetParent(parent); }
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilderConditionFormat& source) { Assign(&source); }
+
+  // Line break before "And"/"Or". Default nlNone.
+  TSQLBuilderConditionFormatNL NewLineBefore() const { return newLineBefore_; }
+  void SetNewLineBefore(TSQLBuilderConditionFormatNL value) { SetValue(newLineBefore_, value); }
+  // Line break after "And"/"Or". Default nlTopmostOr.
+  TSQLBuilderConditionFormatNL NewLineAfter() const { return newLineAfter_; }
+  void SetNewLineAfter(TSQLBuilderConditionFormatNL value) { SetValue(newLineAfter_, value); }
+  // Indent inside the brackets of a bracketed condition; 0 or less adds none. Default 2.
+  int IndentNestedConditions() const { return indentNestedConditions_; }
+  void SetIndentNestedConditions(int value) { SetValue(indentNestedConditions_, value); }
+
+ private:
+  TSQLBuilderConditionFormatNL newLineBefore_ = nlNone;
+  TSQLBuilderConditionFormatNL newLineAfter_ = nlTopmostOr;
+  int indentNestedConditions_ = 2;
+};
+
+// How the FROM clause is broken.
+class TSQLBuilderFromClauseFormat : public TSQLBuilderFormatBase {
+  MV_DECLARE_CLASS()
+ public:
+  explicit TSQLBuilderFromClauseFormat(ImvBatchUpdatable* parent = nullptr);
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilderFromClauseFormat& source) { Assign(&source); }
+
+  // Line break before a join operator and after a comma. Default true.
+  bool NewLineAfterDatasource() const { return newLineAfterDatasource_; }
+  void SetNewLineAfterDatasource(bool value) { SetValue(newLineAfterDatasource_, value); }
+  // Line break after the join operator. Default false.
+  bool NewLineAfterJoin() const { return newLineAfterJoin_; }
+  void SetNewLineAfterJoin(bool value) { SetValue(newLineAfterJoin_, value); }
+  // Line break before the comma between sources. Default false.
+  bool NewLineBeforeComma() const { return newLineBeforeComma_; }
+  void SetNewLineBeforeComma(bool value) { SetValue(newLineBeforeComma_, value); }
+  // Line break before "On". Default false.
+  bool NewLineBeforeJoinExpression() const { return newLineBeforeJoinExpression_; }
+  void SetNewLineBeforeJoinExpression(bool value) { SetValue(newLineBeforeJoinExpression_, value); }
+  // Format of the join conditions; an owned object.
+  TSQLBuilderConditionFormat& JoinConditionFormat() { return joinConditionFormat_; }
+  const TSQLBuilderConditionFormat& JoinConditionFormat() const { return joinConditionFormat_; }
+  void SetJoinConditionFormat(const TSQLBuilderConditionFormat& value) { joinConditionFormat_.Assign(value); }
+
+ private:
+  bool newLineAfterDatasource_ = true;
+  bool newLineAfterJoin_ = false;
+  bool newLineBeforeComma_ = false;
+  bool newLineBeforeJoinExpression_ = false;
+  TSQLBuilderConditionFormat joinConditionFormat_;
+};
+
+// The layout of one select statement.
+class TSQLBuilderSelectFormat : public TSQLBuilderFormatBase {
+  MV_DECLARE_CLASS()
+ public:
+  explicit TSQLBuilderSelectFormat(ImvBatchUpdatable* parent = nullptr);
+  void Assign(const TmvPersistent* source) override;
+  void Assign(const TSQLBuilderSelectFormat& source) { Assign(&source); }
+
+  // Indent of the whole statement. Default 0.
+  int IndentGlobal() const { return indentGlobal_; }
+  void SetIndentGlobal(int value) { SetValue(indentGlobal_, value); }
+  // Each main part starts on a new line, otherwise after a blank. Default true.
+  bool MainPartsFromNewLine() const { return mainPartsFromNewLine_; }
+  void SetMainPartsFromNewLine(bool value) { SetValue(mainPartsFromNewLine_, value); }
+  // Indent of a part's content, a join condition, a Case, a with item. Default 2.
+  int IndentInPart() const { return indentInPart_; }
+  void SetIndentInPart(int value) { SetValue(indentInPart_, value); }
+  // Line break after a part keyword, otherwise a blank. Default false.
+  bool NewLineAfterPartKeywords() const { return newLineAfterPartKeywords_; }
+  void SetNewLineAfterPartKeywords(bool value) { SetValue(newLineAfterPartKeywords_, value); }
+
+  TSQLBuilderItemsListFormat& SelectListFormat() { return selectListFormat_; }
+  const TSQLBuilderItemsListFormat& SelectListFormat() const { return selectListFormat_; }
+  void SetSelectListFormat(const TSQLBuilderItemsListFormat& value) { selectListFormat_.Assign(value); }
+  TSQLBuilderFromClauseFormat& FromClauseFormat() { return fromClauseFormat_; }
+  const TSQLBuilderFromClauseFormat& FromClauseFormat() const { return fromClauseFormat_; }
+  void SetFromClauseFormat(const TSQLBuilderFromClauseFormat& value) { fromClauseFormat_.Assign(value); }
+  TSQLBuilderConditionFormat& WhereFormat() { return whereFormat_; }
+  const TSQLBuilderConditionFormat& WhereFormat() const { return whereFormat_; }
+  void SetWhereFormat(const TSQLBuilderConditionFormat& value) { whereFormat_.Assign(value); }
+  TSQLBuilderItemsListFormat& GroupByFormat() { return groupByFormat_; }
+  const TSQLBuilderItemsListFormat& GroupByFormat() const { return groupByFormat_; }
+  void SetGroupByFormat(const TSQLBuilderItemsListFormat& value) { groupByFormat_.Assign(value); }
+  TSQLBuilderConditionFormat& HavingFormat() { return havingFormat_; }
+  const TSQLBuilderConditionFormat& HavingFormat() const { return havingFormat_; }
+  void SetHavingFormat(const TSQLBuilderConditionFormat& value) { havingFormat_.Assign(value); }
+  TSQLBuilderItemsListFormat& WindowFormat() { return windowFormat_; }
+  const TSQLBuilderItemsListFormat& WindowFormat() const { return windowFormat_; }
+  void SetWindowFormat(const TSQLBuilderItemsListFormat& value) { windowFormat_.Assign(value); }
+  TSQLBuilderItemsListFormat& OrderByFormat() { return orderByFormat_; }
+  const TSQLBuilderItemsListFormat& OrderByFormat() const { return orderByFormat_; }
+  void SetOrderByFormat(const TSQLBuilderItemsListFormat& value) { orderByFormat_.Assign(value); }
+
+ private:
+  int indentGlobal_ = 0;
+  bool mainPartsFromNewLine_ = true;
+  int indentInPart_ = 2;
+  bool newLineAfterPartKeywords_ = false;
+  TSQLBuilderItemsListFormat selectListFormat_;
+  TSQLBuilderFromClauseFormat fromClauseFormat_;
+  TSQLBuilderConditionFormat whereFormat_;
+  TSQLBuilderItemsListFormat groupByFormat_;
+  TSQLBuilderConditionFormat havingFormat_;
+  TSQLBuilderItemsListFormat windowFormat_;
+  TSQLBuilderItemsListFormat orderByFormat_;
+};
+
+}  // namespace mv

@@ -1,0 +1,479 @@
+#include "tree/Expressions.h"
+
+#include <algorithm>
+
+#include "frontend/SQLContext.h"
+#include "sqlgen/SQLBuilder.h"
+#include "tree/SelectClauses.h"
+#include "tree/SelectStatement.h"
+
+namespace mv {
+
+namespace {
+
+void Word(TSQLBuilder& builder, const char16_t* word) { builder.WriteKeyword(word); }
+void Sym(TSQLBuilder& builder, const char16_t* symbol) { builder.WriteSymbol(symbol); }
+
+// Name parts from the outermost down, each as a built-in word, "." between.
+void BuildBuiltinName(const TSQLQualifiedName& name, TSQLBuilder& builder) {
+  for (int i = name.GetCount(); i-- > 0;) {
+    if (const TastToken* token = name.Token(i)) builder.WriteBuiltin(token->Token);
+    if (i > 0) builder.WriteSymbol(u".");
+  }
+}
+
+}  // namespace
+
+// --- Values ---
+
+void TSQLExpressionConstant::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  TastBuildList(Items, builder, format, nullptr);
+}
+
+void TSQLExpressionParameter::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Prefix.get(), builder, format);
+  BuildASTField(Tail.get(), builder, format);
+}
+
+void TSQLExpressionVariable::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Sym(builder, u"@@");
+  BuildASTField(Name.get(), builder, format);
+}
+
+void TSQLExpressionColumn::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Column.get(), builder, format);
+}
+
+void TSQLExpressionParameterlessFunction::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Name.get(), builder, format);
+}
+
+void TSQLExpressionFunction::BuildFunctionName(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  if (!Name) return;
+  TmvBaseSQLContext* context = SQLContext();
+  if (context && context->IsNameOfBuiltinFunction(Name.get()))
+    BuildBuiltinName(*Name, builder);
+  else
+    Name->BuildSQL(builder, format);
+}
+
+void TSQLExpressionFunction::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildFunctionName(builder, format);
+  Sym(builder, u"(");
+  BuildASTField(Params.get(), builder, format);
+  Sym(builder, u")");
+}
+
+void TSQLExpressionFunctionSubString::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  if (Name)
+    BuildFunctionName(builder, format);
+  else
+    builder.WriteBuiltin(u"SubString");
+  Sym(builder, u"(");
+  auto param = [this](int i) -> TastNode* { return Params && i < Params->GetCount() ? Params->GetItems(i) : nullptr; };
+  BuildASTField(param(0), builder, format);
+  builder.Space(3);
+  Word(builder, u"From");
+  builder.Space(3);
+  BuildASTField(param(1), builder, format);
+  if (TastNode* third = param(2)) {
+    builder.Space(3);
+    Word(builder, u"For");
+    builder.Space(3);
+    third->BuildSQL(builder, format);
+    builder.Space(3);
+  }
+  Sym(builder, u")");
+}
+
+void TSQLExpressionSelect::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat&) {
+  Sym(builder, u"(");
+  BuildASTField(SubQuery.get(), builder, builder.ExpressionsSubQueryFormat());
+  Sym(builder, u")");
+}
+
+void TSQLCaseFunctionItem::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Word(builder, u"When");
+  builder.Space(3);
+  BuildASTField(When.get(), builder, format);
+  builder.Space(3);
+  Word(builder, u"Then");
+  builder.Space(3);
+  BuildASTField(Then.get(), builder, format);
+}
+
+void TSQLExpressionCaseFunction::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Word(builder, u"Case");
+  builder.Space(3);
+  builder.AddIndent(format.IndentInPart());
+  BuildASTField(Subject.get(), builder, format);
+  // Priority 0 before each branch: a Case breaks there first.
+  for (int i = 0; i < Items.Count(); ++i) {
+    builder.Space(0);
+    Items.Item(i)->BuildSQL(builder, format);
+    builder.GoodNewLinePos(0);
+  }
+  if (ElseValue) {
+    builder.Space(0);
+    Word(builder, u"Else");
+    builder.Space(3);
+    ElseValue->BuildSQL(builder, format);
+    builder.GoodNewLinePos(0);
+  }
+  builder.Space(0);
+  builder.EndIndent();
+  Word(builder, u"End");
+}
+
+void TSQLExpressionIfExpression::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Word(builder, u"If");
+  builder.Space(3);
+  BuildASTField(Condition.get(), builder, format);
+  builder.Space(3);
+  Word(builder, u"Then");
+  builder.Space(3);
+  BuildASTField(ThenValue.get(), builder, format);
+  builder.Space(3);
+  if (ElseValue) {
+    Word(builder, u"Else");
+    builder.Space(3);
+    ElseValue->BuildSQL(builder, format);
+    builder.Space(3);
+  }
+  Word(builder, u"EndIf");
+}
+
+void TSQLExpressionAggregate::BuildFunctionName(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  if (!Name) return;
+  TmvBaseSQLContext* context = SQLContext();
+  if (!context || !context->SyntaxProvider()) {
+    Name->BuildSQL(builder, format);
+    return;
+  }
+  const bool known = context->IsNameOfPrefixedAggregate(Name.get()) || context->IsNameOfAggregate(Name.get()) ||
+                     context->IsNameOfStarAggregate(Name.get());
+  if (known && IsQualifiedNameEmpty(Name->DatabaseLink.get())) {
+    BuildBuiltinName(*Name, builder);
+    return;
+  }
+  // A user aggregate prints as an object name. Leaving out the container's
+  // default database joins with the metadata model.
+  TmvOwned<TSQLQualifiedName> database = context->ExtractDatabaseFromFullName(Name.get());
+  TmvOwned<TastToken> schema = context->ExtractSchemaFromFullName(Name.get());
+  TmvOwned<TastToken> name = context->ExtractNameFromFullName(Name.get());
+  if (database && !IsQualifiedNameEmpty(database.get())) {
+    database->BuildSQL(builder, format);
+    Sym(builder, u".");
+  }
+  if (schema) {
+    schema->BuildSQL(builder, format);
+    Sym(builder, u".");
+  }
+  if (name) name->BuildSQL(builder, format);
+}
+
+void TSQLExpressionAggregate::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildFunctionName(builder, format);
+  Sym(builder, u"(");
+  if (Argument) {
+    if (Mode == 1 || Mode == 2) {
+      Word(builder, Mode == 1 ? u"Distinct" : u"Unique");
+      builder.Space(3);
+    }
+    Argument->BuildSQL(builder, format);
+    if (OrderBy) {
+      builder.Space(3);
+      OrderBy->BuildOrderByKeywords(builder);
+      builder.Space(3);
+      OrderBy->BuildOrderByList(builder, format, nullptr);
+    }
+  } else {
+    Sym(builder, u"*");
+  }
+  Sym(builder, u")");
+}
+
+// --- Casts ---
+
+void TSQLExpressionCast::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Word(builder, u"Cast");
+  Sym(builder, u"(");
+  BuildASTField(Expression.get(), builder, format);
+  builder.Space(3);
+  Word(builder, u"As");
+  builder.Space(3);
+  BuildASTField(TargetType.get(), builder, format);
+  Sym(builder, u")");
+}
+
+void TSQLExpressionCastOperator::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  Sym(builder, u"::");
+  BuildASTField(TargetType.get(), builder, format);
+}
+
+void TSQLExpressionConvert::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Word(builder, u"Convert");
+  Sym(builder, u"(");
+  BuildASTField(TargetType.get(), builder, format);
+  Sym(builder, u",");
+  BuildASTField(Expression.get(), builder, format);
+  if (Style) {
+    Sym(builder, u",");
+    Style->BuildSQL(builder, format);
+  }
+  Sym(builder, u")");
+}
+
+void TSQLExpressionConvertReverse::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Word(builder, u"Convert");
+  Sym(builder, u"(");
+  BuildASTField(Expression.get(), builder, format);
+  Sym(builder, u",");
+  builder.Space(3);
+  BuildASTField(TargetType.get(), builder, format);
+  Sym(builder, u")");
+}
+
+// --- Member access ---
+
+void TSQLExpressionFieldSelection::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  if (!Field) {
+    Sym(builder, u".*");
+    return;
+  }
+  Sym(builder, u".");
+  Field->BuildSQL(builder, format);
+}
+
+void TSQLExpressionMethodCall::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  Sym(builder, u".");
+  BuildASTField(Method.get(), builder, format);
+}
+
+// --- Operators ---
+
+void TSQLExpressionOperatorPrefix::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  if (Operator) {
+    builder.Space(3);
+    Operator->BuildSQL(builder, format);
+  }
+  BuildASTField(Expression.get(), builder, format);
+}
+
+void TSQLExpressionOperatorPrefixWithSpace::BuildSQLDirect(TSQLBuilder& builder,
+                                                           const TSQLBuilderSelectFormat& format) {
+  if (Operator) {
+    builder.Space(3);
+    Operator->BuildSQL(builder, format);
+    builder.Space(3);
+  }
+  BuildASTField(Expression.get(), builder, format);
+}
+
+void TSQLExpressionOperatorPostfix::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  BuildASTField(Operator.get(), builder, format);
+}
+
+bool TSQLExpressionOperatorBinary::IsLogical() const {
+  TmvBaseSQLContext* context = SQLContext();
+  if (!Operator || !context) return false;
+  const std::vector<std::string>& operators = context->GetComparisonOperators();
+  return std::find(operators.begin(), operators.end(), WideToAnsi(Operator->Text)) != operators.end();
+}
+
+void TSQLExpressionOperatorBinary::RestoreLExpression(const TSQLExpressionItem* expression) {
+  TSQLExpressionOperator::RestoreLExpression(expression);
+  if (Right) Right->RestoreLExpression(expression);
+}
+
+void TSQLExpressionOperatorBinary::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  builder.Space(3);
+  BuildASTField(Operator.get(), builder, format);
+  builder.Space(2);
+  BuildASTField(Right.get(), builder, format);
+}
+
+// --- Predicates ---
+
+void TSQLExpressionIsOfType::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  TSQLExpressionIs::BuildSQLDirect(builder, format);
+  builder.Space(3);
+  Word(builder, u"Of");
+  builder.Space(3);
+  if (WithTypeWord) {
+    Word(builder, u"Type");
+    builder.Space(3);
+  }
+  Sym(builder, u"(");
+  if (Types) TastBuildCommaList(Types->Items, builder, format);
+  Sym(builder, u")");
+}
+
+void TSQLExpressionIsValue::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  TSQLExpressionIs::BuildSQLDirect(builder, format);
+  if (!Value) return;
+  builder.Space(3);
+  Value->BuildSQL(builder, format);
+}
+
+void TSQLExpressionIsNullOp::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  builder.Space(3);
+  Word(builder, u"IsNull");
+}
+
+void TSQLExpressionNotNull::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  builder.Space(3);
+  Word(builder, u"NotNull");
+}
+
+void TSQLExpressionInSet::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildInPrefix(builder, format);
+  Sym(builder, u"(");
+  BuildASTField(Values.get(), builder, format);
+  Sym(builder, u")");
+}
+
+void TSQLExpressionInSubQuery::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildInPrefix(builder, format);
+  Sym(builder, u"(");
+  BuildASTField(SubQuery.get(), builder, builder.ExpressionsSubQueryFormat());
+  Sym(builder, u")");
+}
+
+void TSQLExpressionExists::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat&) {
+  BuildWithWord(builder, u"Exists");
+}
+
+void TSQLExpressionSingular::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat&) {
+  BuildWithWord(builder, u"Singular");
+}
+
+void TSQLExpressionCompWithSubQuery::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Word(builder, QuantifierWord());
+  Sym(builder, u"(");
+  BuildASTField(SubQuery.get(), builder, format);
+  Sym(builder, u")");
+}
+
+void TSQLExpressionCompWithSetExpression::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Word(builder, QuantifierWord());
+  Sym(builder, u"(");
+  BuildASTField(Value.get(), builder, format);
+  Sym(builder, u")");
+}
+
+void TSQLExpressionCompWithSetSetOfExpressions::BuildSQLDirect(TSQLBuilder& builder,
+                                                               const TSQLBuilderSelectFormat& format) {
+  Word(builder, QuantifierWord());
+  Sym(builder, u"(");
+  BuildASTField(Values.get(), builder, format);
+  Sym(builder, u")");
+}
+
+void TSQLExpressionBetween::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  if (Negated) {
+    builder.Space(3);
+    Word(builder, u"Not");
+  }
+  builder.Space(3);
+  Word(builder, u"Between");
+  builder.Space(3);
+  BuildASTField(Low.get(), builder, format);
+  builder.Space(3);
+  Word(builder, u"And");
+  builder.Space(3);
+  BuildASTField(High.get(), builder, format);
+}
+
+void TSQLExpressionOverlaps::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Sym(builder, u"(");
+  BuildASTField(Expression.get(), builder, format);
+  Sym(builder, u",");
+  BuildASTField(Second.get(), builder, format);
+  Sym(builder, u")");
+  builder.Space(3);
+  Word(builder, u"Overlaps");
+  builder.Space(3);
+  Sym(builder, u"(");
+  BuildASTField(Third.get(), builder, format);
+  Sym(builder, u",");
+  BuildASTField(Fourth.get(), builder, format);
+  Sym(builder, u")");
+}
+
+void TSQLExpressionOverlapsSimple::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  builder.Space(3);
+  Word(builder, u"Overlaps");
+  builder.Space(3);
+  BuildASTField(Right.get(), builder, format);
+}
+
+void TSQLExpressionLikeTemplate::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  builder.Space(3);
+  if (Negated) {
+    builder.WriteKeyword(u"Not");
+    builder.Space(3);
+  }
+  builder.WriteKeyword(Keyword);
+  builder.Space(3);
+  BuildASTField(Template.get(), builder, format);
+  if (Escape) {
+    builder.Space(3);
+    builder.WriteKeyword(u"Escape");
+    builder.Space(3);
+    Escape->BuildSQL(builder, format);
+  }
+}
+
+void TSQLExpressionIsDistinctFrom::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Expression.get(), builder, format);
+  builder.Space(3);
+  Word(builder, u"Is");
+  builder.Space(3);
+  if (Negated) {
+    Word(builder, u"Not");
+    builder.Space(3);
+  }
+  builder.Space(3);
+  Word(builder, u"Distinct");
+  builder.Space(3);
+  Word(builder, u"From");
+  builder.Space(3);
+  BuildASTField(Right.get(), builder, format);
+}
+
+// --- Lists as expressions ---
+
+void TSQLExpressionExpressionsList::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  Sym(builder, u"(");
+  BuildASTField(List.get(), builder, format);
+  Sym(builder, u")");
+}
+
+void TSQLExpressionNodesList::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(List.get(), builder, format);
+}
+
+void TSQLExpressionFulltextSearchItem::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Name.get(), builder, format);
+  Sym(builder, u"(");
+  if (Columns)
+    Columns->BuildSQL(builder, format);
+  else
+    Sym(builder, u"*");
+  Sym(builder, u",");
+  BuildASTField(Text.get(), builder, format);
+  Sym(builder, u")");
+}
+
+}  // namespace mv

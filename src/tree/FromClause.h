@@ -1,0 +1,179 @@
+// The FROM tree: sources (objects, sub-queries, functions, variables),
+// groups of sources joined by commas or join operators, and the join kinds.
+// In a group the join kind of an item stands in front of it and its ON
+// condition after it; the first item of a group has neither in print.
+#pragma once
+
+#include "tree/ExpressionBase.h"
+
+namespace mv {
+
+class TSQLAliasObjectAlias : public TastNode {
+  MV_AST_NODE(TSQLAliasObjectAlias);
+
+ public:
+  // The name alone.
+  void BuildAliasName(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+  // ["As"] Name; the word follows the builder's AsKeywordInObjectAlias and the dialect.
+  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+class TSQLFromSource : public TastNode {
+  MV_AST_NODE(TSQLFromSource);
+
+ public:
+  // How a column refers to this source: true when something was printed.
+  virtual bool BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+  virtual void BuildColumnSuffix(TSQLBuilder&, const TSQLBuilderSelectFormat&) {}
+  // The source itself, without alias.
+  virtual void BuildExpression(TSQLBuilder&, const TSQLBuilderSelectFormat&) {}
+  // A blank and the alias, when there is one.
+  virtual void BuildAlias(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+  // The join kind, or "," when there is none.
+  void BuildJoinOperator(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+  // (names) after the alias, when there are column names.
+  void BuildColumnNamesList(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+  // The text of BuildExpression alone, through that builder.
+  WideString GetSimpleExpression(TSQLBuilder& builder);
+
+  // Expression, alias, column names.
+  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+class TSQLFromObject : public TSQLFromSource {
+  MV_AST_NODE(TSQLFromObject);
+
+ public:
+  // Assign (by hand) leaves WithItem empty (the fix-up sets it again), and
+  // binds an object name that named the source to this copy.
+  void RestoreColumnPrefixRecursive(bool withSelf) override;
+  bool BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  void BuildColumnSuffix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+// A derived table.
+class TSQLFromQuery : public TSQLFromSource {
+  MV_AST_NODE(TSQLFromQuery);
+
+ public:
+  // Only an alias can name a derived table.
+  bool BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  // (sub-query) under the builder's FromSubQueryFormat.
+  void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+// A procedure or table function used as a source.
+class TSQLFromFunction : public TSQLFromSource {
+  MV_AST_NODE(TSQLFromFunction);
+
+ public:
+  // Assign (by hand) binds a function name that named the source to this copy.
+  void RestoreColumnPrefixRecursive(bool withSelf) override;
+  bool BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  void BuildFunctionNameExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+  // (params); "()" without parameters only where the dialect takes empty brackets.
+  void BuildParamsExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+};
+
+class TSQLFromBuiltInFunction : public TSQLFromFunction {
+  MV_AST_NODE(TSQLFromBuiltInFunction);
+};
+
+class TSQLFromVariable : public TSQLFromSource {
+  MV_AST_NODE(TSQLFromVariable);
+
+ public:
+  void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+class TSQLFromNodesList : public TSQLFromSource {
+  MV_AST_NODE(TSQLFromNodesList);
+
+ public:
+  void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+// Sources joined one after the other. A group prints its list only: it has
+// neither alias nor column names in text.
+class TSQLFromGroup : public TSQLFromSource {
+  MV_AST_NODE(TSQLFromGroup);
+
+ public:
+  TSQLFromSource* GetItems(int index) const { return TmvCast<TSQLFromSource>(Items.Item(index)); }
+  int GetCount() const { return Items.Count(); }
+  TSQLFromSource* Add(TmvOwned<TSQLFromSource> source);
+  void Clear() { Items.Clear(); }
+  void Delete(int index) { Items.Delete(index); }
+  TmvOwned<TSQLFromSource> Extract(const TSQLFromSource* source);
+  TmvOwned<TSQLFromSource> Extract(int index);
+  int IndexOf(const TSQLFromSource* source) const { return Items.IndexOf(source); }
+
+  void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+// The top group of a select expression.
+class TSQLFromClause : public TSQLFromGroup {
+  MV_AST_NODE(TSQLFromClause);
+};
+
+// --- Join kinds ---
+
+class TSQLJoinKind : public TastNode {
+  MV_AST_NODE(TSQLJoinKind);
+
+ public:
+  virtual bool IsLeftOuter() const { return false; }
+  virtual bool IsRightOuter() const { return false; }
+};
+
+class TSQLJoinKindCross : public TSQLJoinKind {
+  MV_AST_NODE(TSQLJoinKindCross);
+
+ public:
+  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+class TSQLJoinKindInner : public TSQLJoinKind {
+  MV_AST_NODE(TSQLJoinKindInner);
+
+ public:
+  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+class TSQLJoinKindOuter : public TSQLJoinKind {
+  MV_AST_NODE(TSQLJoinKindOuter);
+
+ protected:
+  // <side> ["Outer"] "Join"; the word follows the builder's OuterKeywordInLinks and the dialect.
+  void BuildOuter(TSQLBuilder& builder, const char16_t* side);
+};
+
+class TSQLJoinKindLeft : public TSQLJoinKindOuter {
+  MV_AST_NODE(TSQLJoinKindLeft);
+
+ public:
+  bool IsLeftOuter() const override { return true; }
+  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+class TSQLJoinKindRight : public TSQLJoinKindOuter {
+  MV_AST_NODE(TSQLJoinKindRight);
+
+ public:
+  bool IsRightOuter() const override { return true; }
+  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+class TSQLJoinKindFull : public TSQLJoinKindOuter {
+  MV_AST_NODE(TSQLJoinKindFull);
+
+ public:
+  bool IsLeftOuter() const override { return true; }
+  bool IsRightOuter() const override { return true; }
+  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
+}  // namespace mv
