@@ -37,6 +37,7 @@ enum : uintptr_t { kProviderChanged = 1, kProviderDestroying = 2 };
 
 TmvBaseSQLContext::~TmvBaseSQLContext() {
   HookSyntaxProvider(false);
+  HookMetadataProvider(false);
   // The cached names are nodes of this context: they go while the registry
   // they unregister from is still there.
   InvalidateAggregateNamesCache();
@@ -91,7 +92,9 @@ void TmvBaseSQLContext::SyntaxProviderDestroying() {
 
 void TmvBaseSQLContext::SetMetadataProvider(TmvBaseMetadataProvider* provider) {
   if (provider == metadataProvider_) return;
+  HookMetadataProvider(false);
   metadataProvider_ = provider;
+  HookMetadataProvider(true);
   NotifyUpdated();
 }
 
@@ -310,7 +313,7 @@ void TmvBaseSQLContext::AggregateNormalize(TSQLQualifiedName* name) {
       return;
     }
   }
-  // Custom aggregates of the metadata container join here with the metadata model.
+  NormalizeCustomAggregate(name);
 }
 
 void TmvBaseSQLContext::BuiltinFunctionNormalize(TSQLQualifiedName* name) {

@@ -23,6 +23,13 @@ namespace mv {
 class TmvBaseSyntaxProvider;
 class TmvBaseMetadataProvider;
 class TmvMetadataContainer;
+class TmvMetadataFilter;
+class TmvMetadataFieldsList;
+class TmvMetadataTable;
+class TmvMetadataView;
+class TmvMetadataProcedure;
+class TmvMetadataSynonym;
+class TmvConnection;
 class TastNode;
 class TastToken;
 class TastTokenIdentifier;
@@ -106,6 +113,30 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   TmvOwned<TastToken> ExtractSchemaFromFullName(const TSQLQualifiedName* name) const;
   TmvOwned<TSQLQualifiedName> ExtractDatabaseFromFullName(const TSQLQualifiedName* name);
 
+  // --- Metadata (defined with the metadata layer, ContextMetadata.cpp). ---
+  // Whether a variant of the name (with the name's or the container's default
+  // database and, on a dialect with schemas, its own schema or each default
+  // schema) stands in the container's custom aggregates.
+  bool IsNameOfCustomAggregate(const TSQLQualifiedName* name);
+  // Forwarders to the syntax provider's operations of the same name, with
+  // this context first; each raises "Syntax provider is not specified"
+  // without a provider.
+  void GetDatabasesList(TmvConnection* connection, std::vector<WideString>& list);
+  void LoadFieldsForQuery(TmvConnection* connection, WideStringView sql, TmvMetadataFieldsList& fields);
+  void LoadMetadataCustomAggregateNames(TmvConnection* connection, TmvMetadataContainer* container,
+                                        const TSQLQualifiedName* database);
+  void LoadMetadataForProcedure(TmvConnection* connection, TmvMetadataProcedure* procedure);
+  void LoadMetadataForSynonym(TmvConnection* connection, TmvMetadataSynonym* synonym);
+  void LoadMetadataForTable(TmvConnection* connection, TmvMetadataTable* table);
+  void LoadMetadataForView(TmvConnection* connection, TmvMetadataView* view);
+  void LoadMetadataObjects(TmvConnection* connection, TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                           const TSQLQualifiedName* database);
+  void LoadMetadataRelations(TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database);
+  // Whether "select 1 as dummy_value from <name>" opens on the metadata
+  // provider; false when the provider cannot run SQL or the statement fails.
+  bool IsTableExists(TmvConnection* connection, WideStringView name);
+
  protected:
   void DoUpdated() override;
 
@@ -114,6 +145,10 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   void FillAggregateNamesCache();
   void FillBuiltinFunctionNamesCache();
   void RequireSyntaxProvider() const;
+  // Gives `name` the spelling of the container's custom aggregate it matches; false if none.
+  bool NormalizeCustomAggregate(TSQLQualifiedName* name);
+  // Hooks (or unhooks) the metadata provider's destroying event.
+  void HookMetadataProvider(bool hook);
   void SyntaxProviderDestroying();
   void HookSyntaxProvider(bool hook);
 

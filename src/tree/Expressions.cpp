@@ -4,6 +4,7 @@
 
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
+#include "tree/MetadataHooks.h"
 #include "tree/SelectClauses.h"
 #include "tree/SelectStatement.h"
 
@@ -156,12 +157,16 @@ void TSQLExpressionAggregate::BuildFunctionName(TSQLBuilder& builder, const TSQL
     BuildBuiltinName(*Name, builder);
     return;
   }
-  // A user aggregate prints as an object name. Leaving out the container's
-  // default database joins with the metadata model.
+  // A user aggregate prints as an object name, without the container's
+  // default database unless the builder keeps every prefix.
   TmvOwned<TSQLQualifiedName> database = context->ExtractDatabaseFromFullName(Name.get());
   TmvOwned<TastToken> schema = context->ExtractSchemaFromFullName(Name.get());
   TmvOwned<TastToken> name = context->ExtractNameFromFullName(Name.get());
-  if (database && !IsQualifiedNameEmpty(database.get())) {
+  const TSQLQualifiedName* defaultDatabase = MetadataDefaultDatabase(context->MetadataContainer());
+  const bool databaseIsDefault = builder.ObjectPrefixSkipping() != opsSkipNone &&
+                                 !IsQualifiedNameEmpty(defaultDatabase) &&
+                                 context->IsQualifiedNamesEqual(database.get(), defaultDatabase);
+  if (database && !IsQualifiedNameEmpty(database.get()) && !databaseIsDefault) {
     database->BuildSQL(builder, format);
     Sym(builder, u".");
   }

@@ -4,6 +4,7 @@
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
 #include "tree/LogicalExpressions.h"
+#include "tree/MetadataHooks.h"
 #include "tree/SelectClauses.h"
 #include "tree/SelectStatement.h"
 
@@ -41,6 +42,12 @@ void TSQLAliasObjectAlias::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilde
 }
 
 // --- TSQLFromSource ---
+
+TmvMetadataObject* TSQLFromSource::GetMetadataObject() const {
+  TmvBaseSQLContext* context = SQLContext();
+  if (!MetadataObject || !context) return nullptr;
+  return MetadataContainerHolds(context->MetadataContainer(), MetadataObject) ? MetadataObject : nullptr;
+}
 
 bool TSQLFromSource::BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   if (Alias)
@@ -98,10 +105,21 @@ void TSQLFromObject::RestoreColumnPrefixRecursive(bool withSelf) {
   for (TastNodeBase* child : children) child->RestoreColumnPrefixRecursive(child != Object.get());
 }
 
+TastTokenIdentifier* TSQLFromObject::AltNameToPrint(const TSQLBuilder& builder) const {
+  return builder.UseAltNames() ? MetadataObjectAltName(GetMetadataObject()) : nullptr;
+}
+
+TSQLFromSource* TSQLFromObject::VirtualExpressionToPrint(const TSQLBuilder& builder) const {
+  return builder.ExpandVirtualObjects() ? MetadataObjectExpression(GetMetadataObject()) : nullptr;
+}
+
 bool TSQLFromObject::BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  // Alternate names of the metadata object join with the metadata model.
   if (Alias) {
     Alias->BuildAliasName(builder, format);
+    return true;
+  }
+  if (TastTokenIdentifier* altName = AltNameToPrint(builder)) {
+    altName->BuildSQL(builder, format);
     return true;
   }
   if (!Object) return false;
@@ -115,15 +133,36 @@ bool TSQLFromObject::BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSe
 }
 
 void TSQLFromObject::BuildColumnSuffix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  if (!Alias && Object) Object->BuildQualifiedNameDBLink(builder, format);
+  if (!Alias && Object && !AltNameToPrint(builder)) Object->BuildQualifiedNameDBLink(builder, format);
 }
 
 void TSQLFromObject::BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  // Virtual objects (expanded to their expression) and alternate names join
-  // with the metadata model.
+  if (TSQLFromSource* expression = VirtualExpressionToPrint(builder)) {
+    expression->BuildExpression(builder, format);
+    return;
+  }
+  if (TastTokenIdentifier* altName = AltNameToPrint(builder)) {
+    altName->BuildSQL(builder, format);
+    return;
+  }
   if (!Object) return;
   Object->BuildQualifiedNameNamesFull(builder, format);
   Object->BuildQualifiedNameDBLink(builder, format);
+}
+
+void TSQLFromObject::BuildAlias(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  if (Alias || !VirtualExpressionToPrint(builder)) {
+    TSQLFromSource::BuildAlias(builder, format);
+    return;
+  }
+  // The expanded expression needs a name for the columns that refer to it.
+  const TmvMetadataObject* object = GetMetadataObject();
+  const TastTokenIdentifier* name = MetadataObjectAltName(object);
+  if (!name) name = MetadataObjectName(object);
+  TmvOwned<TSQLAliasObjectAlias> alias = TastCreate<TSQLAliasObjectAlias>(SQLContext());
+  alias->Name.Set(name->CloneAs<TastTokenIdentifier>(SQLContext()));
+  builder.Space(3);
+  alias->BuildSQL(builder, format);
 }
 
 // --- TSQLFromQuery ---
@@ -170,6 +209,10 @@ bool TSQLFromFunction::BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilder
 }
 
 void TSQLFromFunction::BuildFunctionNameExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  if (TastTokenIdentifier* altName = builder.UseAltNames() ? MetadataObjectAltName(GetMetadataObject()) : nullptr) {
+    altName->BuildSQL(builder, format);
+    return;
+  }
   if (!Name) return;
   Name->BuildQualifiedNameNamesFull(builder, format);
   Name->BuildQualifiedNameDBLink(builder, format);

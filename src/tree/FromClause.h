@@ -22,6 +22,10 @@ class TSQLFromSource : public TastNode {
   MV_AST_NODE(TSQLFromSource);
 
  public:
+  // The metadata object the source reads, only while the context's
+  // container still holds it: a dropped object reads as none.
+  TmvMetadataObject* GetMetadataObject() const;
+  void SetMetadataObject(TmvMetadataObject* object) { MetadataObject = object; }
   // How a column refers to this source: true when something was printed.
   virtual bool BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
   virtual void BuildColumnSuffix(TSQLBuilder&, const TSQLBuilderSelectFormat&) {}
@@ -47,9 +51,23 @@ class TSQLFromObject : public TSQLFromSource {
   // Assign (by hand) leaves WithItem empty (the fix-up sets it again), and
   // binds an object name that named the source to this copy.
   void RestoreColumnPrefixRecursive(bool withSelf) override;
+  // The alias; else the metadata object's alternate name under UseAltNames;
+  // else the bare name where the dialect takes it as an alias; else the name.
   bool BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  // The name's link, unless an alias or the alternate name stands for it.
   void BuildColumnSuffix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  // A virtual object's expression under ExpandVirtualObjects; else the
+  // alternate name under UseAltNames; else the name and its link.
   void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  // An expanded virtual object without an alias is named by its alternate
+  // name (or its name).
+  void BuildAlias(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+
+ private:
+  // The metadata object's alternate name when the builder uses alternate names, else null.
+  TastTokenIdentifier* AltNameToPrint(const TSQLBuilder& builder) const;
+  // The virtual object's expression when the builder expands them, else null.
+  TSQLFromSource* VirtualExpressionToPrint(const TSQLBuilder& builder) const;
 };
 
 // A derived table.

@@ -7,6 +7,7 @@
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
 #include "tree/FromClause.h"
+#include "tree/MetadataHooks.h"
 
 namespace mv {
 
@@ -252,11 +253,64 @@ void TSQLDatabaseObject::BuildQualifiedNameNames(TSQLBuilder& builder, const TSQ
 }
 
 void TSQLDatabaseObject::BuildQualifiedNameNamesFull(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  // The metadata's own spelling of a bound object and the skipping of default
-  // database and schema need the metadata container; without one the name
-  // prints in full, whatever ObjectPrefixSkipping says.
-  TmvBaseSyntaxProvider* provider = SQLContext() ? SQLContext()->SyntaxProvider() : nullptr;
+  TmvBaseSQLContext* context = SQLContext();
+  TmvBaseSyntaxProvider* provider = context ? context->SyntaxProvider() : nullptr;
+  TmvMetadataContainer* container = context ? context->MetadataContainer() : nullptr;
   const WideString separator = provider ? provider->GetObjectNameSeparator() : WideString(u".");
+  const TmvObjectPrefixSkipping skipping = builder.ObjectPrefixSkipping();
+
+  // A source bound to metadata prints the metadata's own spelling, without
+  // the default database and schema where the setting allows.
+  if (const TmvMetadataObject* object = container && FromSource ? FromSource->GetMetadataObject() : nullptr) {
+    TmvOwned<TSQLQualifiedName> name = MetadataObjectNameAsObject(object, skipping);
+    TmvOwned<TastToken> objectName = name->ExtractName();
+    if (name->GetCount() > 0) {
+      name->BuildNonQualifiedNameNames(builder, format);
+      builder.WriteSymbol(separator);
+    }
+    if (objectName) objectName->BuildSQL(builder, format);
+    if (name->GetCount() > 0) name->BuildQualifiedNameDBLink(builder, format);
+    return;
+  }
+
+  // A fully qualified name leaves out a database and a schema that are the
+  // container's defaults, as the setting allows.
+  if (container && provider) {
+    const bool schemas = provider->IsSupportSchemas();
+    const bool databases = provider->IsSupportDatabases();
+    const int count = GetCount();
+    const bool full = (schemas && databases && count >= 3) || ((schemas != databases) && count >= 2);
+    if (full) {
+      TmvOwned<TSQLQualifiedName> database = CloneAs<TSQLQualifiedName>();
+      TmvOwned<TastToken> objectName = database->ExtractName();
+      TmvOwned<TastToken> schema = schemas ? database->ExtractName() : nullptr;
+      bool databaseOmitted = !databases;
+      if (database->GetCount() > 0) {
+        const TSQLQualifiedName* defaultDatabase = MetadataDefaultDatabase(container);
+        databaseOmitted = skipping < opsSkipNone && !IsQualifiedNameEmpty(defaultDatabase) &&
+                          context->IsQualifiedNamesEqual(database.get(), defaultDatabase);
+        if (!databaseOmitted) {
+          database->BuildNonQualifiedNameNames(builder, format);
+          builder.WriteSymbol(u".");
+        }
+      }
+      if (schema) {
+        bool print = true;
+        if (skipping == opsSkipAll && databaseOmitted) {
+          const TSQLIdentifiersCollection* defaults = MetadataDefaultSchemas(container);
+          const auto* id = TmvCast<TastTokenIdentifier>(schema.get());
+          print = !defaults || defaults->GetCount() == 0 || !id || !defaults->ContainsSameId(id);
+        }
+        if (print) {
+          schema->BuildSQL(builder, format);
+          builder.WriteSymbol(separator);
+        }
+      }
+      objectName->BuildSQL(builder, format);
+      return;
+    }
+  }
+
   for (int i = GetCount(); i-- > 0;) {
     GetItems(i)->BuildSQL(builder, format);
     if (i == 1)
@@ -276,6 +330,21 @@ void TSQLDatabaseObject::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderS
 }
 
 // --- TSQLObjectColumn ---
+
+TmvMetadataField* TSQLObjectColumn::GetMetadataField() const {
+  if (!MetadataField || !FromSource) return nullptr;
+  return MetadataObjectHasField(FromSource->GetMetadataObject(), MetadataField) ? MetadataField : nullptr;
+}
+
+void TSQLObjectColumn::BuildQualifiedNameNames(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  if (FromSource && GetCount() > 0 && builder.UseAltNames()) {
+    if (TastTokenIdentifier* altName = MetadataFieldAltName(GetMetadataField())) {
+      altName->BuildSQL(builder, format);
+      return;
+    }
+  }
+  TSQLQualifiedName::BuildQualifiedNameNames(builder, format);
+}
 
 void TSQLObjectColumn::GetAllTokensToCompare(TastTokenRefs& list) const {
   if (FromSource) SourceTokensToCompare(FromSource, list);
@@ -298,8 +367,8 @@ void TSQLObjectColumn::RestoreColumnPrefix() {
 }
 
 void TSQLObjectColumn::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  // Virtual calculated fields and alternate names of bound columns print
-  // from the metadata field, which joins with the metadata model.
+  // Virtual calculated fields print expanded once the fix-up can resolve
+  // their expression against the source.
   if (FromSource) {
     if (FromSource->BuildColumnPrefix(builder, format)) builder.WriteSymbol(u".");
     BuildQualifiedNameNames(builder, format);

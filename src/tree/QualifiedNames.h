@@ -93,6 +93,12 @@ class TSQLObjectColumn : public TSQLQualifiedName {
   MV_AST_NODE(TSQLObjectColumn);
 
  public:
+  // The field the column is bound to, only while it is still a field of the
+  // source's metadata object (a reloaded or dropped field reads as none).
+  TmvMetadataField* GetMetadataField() const;
+  void SetMetadataField(TmvMetadataField* field) { MetadataField = field; }
+  // Bound to a field with an alternate name, under UseAltNames: that name.
+  void BuildQualifiedNameNames(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
   void GetAllTokensToCompare(TastTokenRefs& list) const override;
   void GetReferencedDatasources(TSQLFromSourceList& list) override;
   void GetReferencedColumns(TSQLObjectColumnList& list) override;

@@ -1,0 +1,191 @@
+// The metadata operations of the syntax provider's contract. The base knows
+// no server catalog: object, relation and field loads fall back on the
+// context's metadata provider, which reads what the driver tells.
+#include "dialects/SyntaxProvider.h"
+#include "frontend/SQLContext.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataMessages.h"
+#include "metadata/MetadataProvider.h"
+#include "support/Exceptions.h"
+#include "tree/QualifiedNamesList.h"
+
+namespace mv {
+
+namespace {
+
+TmvBaseMetadataProvider& RequireMetadataProvider(TmvBaseSQLContext* context) {
+  TmvBaseMetadataProvider* provider = context ? context->MetadataProvider() : nullptr;
+  if (!provider) throw EmvQueryBuilderError(MetadataMessage(mvQBNoMetadataProvider));
+  return *provider;
+}
+
+// The field load of one object: with SQL, the dialect's catalog first and
+// then the driver's description, unless the list is loaded already;
+// without, whatever the metadata provider does for the kind.
+template <class Object, class FromServer, class FromDriver, class Fallback>
+void LoadObjectFields(TmvBaseSQLContext* context, Object* object, FromServer fromServer, FromDriver fromDriver,
+                      Fallback fallback) {
+  TmvBaseMetadataProvider& provider = RequireMetadataProvider(context);
+  if (!provider.GetCanExecSQL()) {
+    fallback(provider);
+    return;
+  }
+  TmvUpdateBatch batch(*object);
+  TmvMetadataFieldsList* fields = object->GetFields();
+  if (fields->Loaded()) return;
+  fields->Clear();
+  fromServer();
+  fromDriver(provider);
+}
+
+}  // namespace
+
+bool TmvBaseSyntaxProvider::IsVariablePrecisionType(WideStringView typeName) const {
+  return WideSameText(typeName, u"decimal") || WideSameText(typeName, u"numeric");
+}
+
+bool TmvBaseSyntaxProvider::IsFixedSizeType(WideStringView) const { return true; }
+
+WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsTemplate() const {
+  return queryToLoadFieldsTemplate_.empty() ? queryToLoadFieldsTemplateDefault_ : queryToLoadFieldsTemplate_;
+}
+
+void TmvBaseSyntaxProvider::SetQueryToLoadFieldsTemplate(WideStringView value) {
+  queryToLoadFieldsTemplate_ = value == queryToLoadFieldsTemplateDefault_ ? WideString() : WideString(value);
+}
+
+WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForObject(WideStringView fields,
+                                                                 WideStringView objectName) const {
+  const WideString columns = fields.empty() ? WideString(u"*") : WideString(fields);
+  if (!appendLimitsForFieldsQuery_) return u"select " + columns + u" from " + WideString(objectName) + u" a";
+  WideString format = WideStringReplace(GetQueryToLoadFieldsTemplate(), u"{0}", u"%0:s", rfReplaceAll);
+  format = WideStringReplace(format, u"{1}", u"%1:s", rfReplaceAll);
+  return WideFormat(format, {TmvFormatArg(columns), TmvFormatArg(WideString(objectName))});
+}
+
+WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForTable(WideStringView fields, WideStringView name) const {
+  return GetQueryToLoadFieldsForObject(fields, name);
+}
+
+WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForView(WideStringView fields, WideStringView name) const {
+  return GetQueryToLoadFieldsForObject(fields, name);
+}
+
+WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForProcedure(WideStringView fields, WideStringView name,
+                                                                    WideStringView params) const {
+  const WideString call = params.empty() && !IsSupportEmptyBracketsInStoredProcs()
+                              ? WideString(name)
+                              : WideString(name) + u"(" + WideString(params) + u")";
+  return GetQueryToLoadFieldsForObject(fields, CreateWrapperForStoredProc(call));
+}
+
+WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForSynonym(WideStringView fields, WideStringView name) const {
+  return GetQueryToLoadFieldsForObject(fields, name);
+}
+
+void TmvBaseSyntaxProvider::GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                             std::vector<WideString>& list) {
+  RequireMetadataProvider(context).GetDatabasesList(context, connection, list);
+}
+
+void TmvBaseSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                           std::vector<WideString>& list, const TSQLQualifiedName* database) {
+  RequireMetadataProvider(context).GetSchemasList(context, connection, list, database);
+}
+
+void TmvBaseSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                const TSQLQualifiedName* database) {
+  RequireMetadataProvider(context).LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvBaseSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                  TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                  const TSQLQualifiedName* database) {
+  RequireMetadataProvider(context).LoadMetadataRelations(context, connection, container, filter, database);
+}
+
+void TmvBaseSyntaxProvider::LoadMetadataForTable(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                 TmvMetadataTable* table) {
+  LoadObjectFields(
+      context, table, [&] { LoadFieldsForTableFromServer(context, connection, table); },
+      [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForTableFromDriver(context, connection, table); },
+      [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForTable(context, connection, table); });
+}
+
+void TmvBaseSyntaxProvider::LoadMetadataForView(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                TmvMetadataView* view) {
+  LoadObjectFields(
+      context, view, [&] { LoadFieldsForViewFromServer(context, connection, view); },
+      [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForViewFromDriver(context, connection, view); },
+      [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForView(context, connection, view); });
+}
+
+void TmvBaseSyntaxProvider::LoadMetadataForProcedure(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                     TmvMetadataProcedure* procedure) {
+  TmvBaseMetadataProvider& provider = RequireMetadataProvider(context);
+  if (!provider.GetCanExecSQL()) {
+    provider.LoadMetadataForProcedure(context, connection, procedure);
+    return;
+  }
+  TmvUpdateBatch batch(*procedure);
+  TmvMetadataParametersList* parameters = procedure->Parameters();
+  if (!parameters->Loaded()) {
+    parameters->Clear();
+    LoadParamsForProcedureFromServer(context, connection, procedure);
+    provider.LoadParamsForProcedureFromDriver(context, connection, procedure);
+  }
+  LoadObjectFields(
+      context, procedure, [&] { LoadFieldsForProcedureFromServer(context, connection, procedure); },
+      [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForProcedureFromDriver(context, connection, procedure); },
+      [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForProcedure(context, connection, procedure); });
+}
+
+void TmvBaseSyntaxProvider::LoadMetadataForSynonym(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                   TmvMetadataSynonym* synonym) {
+  LoadObjectFields(
+      context, synonym, [&] { LoadFieldsForSynonymFromServer(context, connection, synonym); },
+      [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForSynonymFromDriver(context, connection, synonym); },
+      [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForSynonym(context, connection, synonym); });
+}
+
+void TmvBaseSyntaxProvider::LoadFieldsForQuery(TmvBaseSQLContext* context, TmvConnection* connection,
+                                               WideStringView sql, TmvMetadataFieldsList& fields) {
+  RequireMetadataProvider(context).LoadFieldsForQuery(context, connection, sql, fields);
+}
+
+void TmvBaseSyntaxProvider::LoadFieldsForTableFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                         TmvMetadataTable* table) {
+  LoadFieldsForObjectFromServer(context, connection, table);
+}
+
+void TmvBaseSyntaxProvider::LoadFieldsForViewFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                        TmvMetadataView* view) {
+  LoadFieldsForObjectFromServer(context, connection, view);
+}
+
+void TmvBaseSyntaxProvider::LoadFieldsForProcedureFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                             TmvMetadataProcedure* procedure) {
+  LoadFieldsForObjectFromServer(context, connection, procedure);
+}
+
+void TmvBaseSyntaxProvider::LoadFieldsForSynonymFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                           TmvMetadataSynonym* synonym) {
+  LoadFieldsForObjectFromServer(context, connection, synonym);
+}
+
+TmvOwned<TSQLQualifiedName> TmvBaseSyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
+                                                                          TmvConnection* connection) {
+  if (!IsSupportDatabases()) throw EmvQueryBuilderError(kNoDatabasesText);
+  return RequireMetadataProvider(context).GetDefaultDatabaseName(context, connection);
+}
+
+void TmvBaseSyntaxProvider::GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                  TSQLIdentifiersCollection& names) {
+  if (!IsSupportSchemas()) throw EmvQueryBuilderError(kNoSchemasText);
+  RequireMetadataProvider(context).GetDefaultSchemaNames(context, connection, names);
+}
+
+TmvOwned<TastTokenIdentifier> TmvBaseSyntaxProvider::GetEmptySchemaName(TmvBaseSQLContext*) const { return nullptr; }
+
+}  // namespace mv

@@ -1,0 +1,552 @@
+#include "metadata/MetadataContainer.h"
+
+#include <algorithm>
+
+#include "dialects/SyntaxProvider.h"
+#include "frontend/SQLContext.h"
+#include "metadata/MetadataFilter.h"
+#include "metadata/MetadataMessages.h"
+#include "metadata/MetadataNames.h"
+#include "metadata/MetadataProvider.h"
+#include "metadata/dataset/Connection.h"
+#include "support/Exceptions.h"
+
+namespace mv {
+
+MV_DEFINE_METADATA_CLASS(TmvMetadataContainer, TmvMetadataBase)
+
+namespace {
+
+// An identifier of the token's text (null for null).
+TmvOwned<TastTokenIdentifier> ToIdentifier(TmvBaseSQLContext* context, const TastToken* token) {
+  if (!token) return nullptr;
+  TmvOwned<TastTokenIdentifier> id = TastCreate<TastTokenIdentifier>(context);
+  AssignIdentifier(*id, token);
+  return id;
+}
+
+// Clears the abort flag when a load ends, by any road.
+class TmvAbortReset {
+ public:
+  explicit TmvAbortReset(std::atomic<bool>& flag) : flag_(flag) { flag_.store(false); }
+  ~TmvAbortReset() { flag_.store(false); }
+  TmvAbortReset(const TmvAbortReset&) = delete;
+  TmvAbortReset& operator=(const TmvAbortReset&) = delete;
+
+ private:
+  std::atomic<bool>& flag_;
+};
+
+}  // namespace
+
+TmvMetadataContainer::TmvMetadataContainer(TmvMetadataBase* parent, TmvBaseSQLContext* context)
+    : TmvMetadataBase(parent, context),
+      defaultDatabaseName_(TastCreate<TSQLQualifiedName>(context)),
+      defaultSchemaNames_(TastCreate<TSQLIdentifiersCollection>(context)),
+      customAggregateFunctions_(TmvCreate<TmvMetadataQualifiedNamesList>(this, context)) {}
+
+TmvMetadataContainer::~TmvMetadataContainer() {
+  hash_.Clear();
+  items_.clear();
+}
+
+void TmvMetadataContainer::BeforeDestruction() {
+  try {
+    TmvUpdateBatch batch(*this);
+    Clear();
+  } catch (...) {
+    // A handler's failure must not stop the container from going.
+  }
+  TmvMetadataBase::BeforeDestruction();
+}
+
+// --- Lookups ---
+
+bool TmvMetadataContainer::SupportsSchemas() const {
+  const TmvBaseSyntaxProvider* provider = SyntaxProvider();
+  return !provider || provider->IsSupportSchemas();
+}
+
+bool TmvMetadataContainer::SupportsDatabases() const {
+  const TmvBaseSyntaxProvider* provider = SyntaxProvider();
+  return !provider || provider->IsSupportDatabases();
+}
+
+TmvMetadataObject* TmvMetadataContainer::FindByNameAndClass(const TastTokenIdentifier* name,
+                                                            const TastTokenIdentifier* schema,
+                                                            const TmvClass& objectClass,
+                                                            const TSQLQualifiedName* database) const {
+  const TmvMetadataObjectHashBucket& bucket = hash_.Bucket(hash_.HashOfName(name));
+  const auto* objects = bucket.Find(TmvMetadataObjectHash::KeyOf(name ? name->Token : WideString()));
+  if (!objects) return nullptr;
+  for (TmvMetadataObject* object : *objects)
+    if (object->InheritsFrom(objectClass) && object->IsNameEqual(name, schema, database)) return object;
+  return nullptr;
+}
+
+TmvMetadataObject* TmvMetadataContainer::FindCandidate(const TSQLQualifiedName* candidate,
+                                                       const TmvClass& objectClass) const {
+  const TmvMetadataObjectHashBucket& bucket = hash_.Bucket(hash_.HashOfFullName(candidate));
+  const WideString key = TmvMetadataObjectHash::KeyOf(candidate->GetCount() > 0 ? candidate->Token(0)->Token
+                                                                                  : WideString());
+  const auto* objects = bucket.Find(key);
+  if (!objects) return nullptr;
+  for (TmvMetadataObject* object : *objects)
+    if (object->InheritsFrom(objectClass) && object->IsFullNameEqual(candidate)) return object;
+  return nullptr;
+}
+
+TmvMetadataObject* TmvMetadataContainer::FindByFullNameAndClass(const TSQLQualifiedName* name,
+                                                                const TmvClass& objectClass) const {
+  if (!name || name->GetCount() == 0 || !TmvCast<TastTokenIdentifier>(name->Token(0))) return nullptr;
+  TmvBaseSQLContext* context = SQLContext();
+  TmvOwned<TSQLQualifiedName> rest = name->CloneAs<TSQLQualifiedName>(context);
+  TmvOwned<TastToken> objectName = rest->ExtractName();
+  TmvOwned<TastToken> schema;
+  const bool schemas = SupportsSchemas();
+  if (schemas && rest->GetCount() > 0 && TmvCast<TastTokenIdentifier>(rest->Token(0))) schema = rest->ExtractName();
+  if (rest->GetCount() == 1 && rest->Token(0)->IsEmpty()) rest->RemoveLastName();
+  if (IsQualifiedNameEmpty(rest.get()) && SupportsDatabases() && !IsQualifiedNameEmpty(defaultDatabaseName_.get()))
+    rest->AddName(defaultDatabaseName_.get());
+
+  if (TmvMetadataObject* found = FindCandidate(name, objectClass)) return found;
+  auto tryCandidate = [&](const TastToken* schemaPart) -> TmvMetadataObject* {
+    TmvOwned<TSQLQualifiedName> candidate = rest->CloneAs<TSQLQualifiedName>(context);
+    if (schemaPart) candidate->AddName(schemaPart->CloneAs<TastToken>(context));
+    candidate->AddName(objectName->CloneAs<TastToken>(context));
+    return FindCandidate(candidate.get(), objectClass);
+  };
+  if (!schemas) return tryCandidate(nullptr);
+  if (schema && !schema->IsEmpty()) return tryCandidate(schema.get());
+  for (int i = 0; i < defaultSchemaNames_->GetCount(); ++i)
+    if (TmvMetadataObject* found = tryCandidate(defaultSchemaNames_->Identifier(i))) return found;
+  return nullptr;
+}
+
+TmvMetadataObject* TmvMetadataContainer::FindByAltNameAndClass(const TastTokenIdentifier* name,
+                                                               const TmvClass& objectClass) const {
+  if (!name) return nullptr;
+  const TmvMetadataObjectHashBucket& bucket = hash_.Bucket(hash_.HashOfName(name));
+  const auto* objects = bucket.Find(TmvMetadataObjectHash::KeyOf(name->Token));
+  if (!objects) return nullptr;
+  const TmvBaseSQLContext* context = SQLContext();
+  for (TmvMetadataObject* object : *objects)
+    if (!object->AltName().empty() && object->InheritsFrom(objectClass) &&
+        context->CompareIdentifiers(object->AltNameId(), name) == 0)
+      return object;
+  return nullptr;
+}
+
+// --- Adding ---
+
+TmvMetadataObject* TmvMetadataContainer::AddObject(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,
+                                                   const TmvMetadataClass& objectClass, bool system,
+                                                   const TSQLQualifiedName* database) {
+  loaded_ = true;
+  TmvOwned<TmvMetadataBase> made(objectClass.CreateRaw(this, SQLContext()));
+  if (!TmvCast<TmvMetadataObject>(made.get()))
+    throw EmvQueryBuilderError(u"Cannot add an object of the class " + WideFromAscii(objectClass.ClassName()));
+  TmvOwned<TmvMetadataObject> object(static_cast<TmvMetadataObject*>(made.release()));
+  {
+    TmvUpdateBatch batch(*object);
+    object->SetSchema(schema);
+    object->SetName(name);
+    object->SetDatabase(database);
+    object->SetSystem(system);
+  }
+  TmvMetadataObject* raw = object.get();
+  Add(std::move(object));
+  return raw;
+}
+
+TmvMetadataObject* TmvMetadataContainer::AddObject(const TSQLQualifiedName* fullName,
+                                                   const TmvMetadataClass& objectClass, bool system) {
+  CheckSyntaxProvider();
+  TmvBaseSQLContext* context = SQLContext();
+  TmvOwned<TastTokenIdentifier> name = ToIdentifier(context, context->ExtractNameFromFullName(fullName).get());
+  TmvOwned<TastTokenIdentifier> schema = ToIdentifier(context, context->ExtractSchemaFromFullName(fullName).get());
+  TmvOwned<TSQLQualifiedName> database = context->ExtractDatabaseFromFullName(fullName);
+  const TSQLQualifiedName* databasePart =
+      IsQualifiedNameEmpty(database.get()) ? defaultDatabaseName_.get() : database.get();
+  TmvMetadataObject* object = AddObject(schema.get(), name.get(), objectClass, system, databasePart);
+  if (fullName && !IsQualifiedNameEmpty(fullName->DatabaseLink.get())) object->SetDBLink(fullName->DatabaseLink.get());
+  return object;
+}
+
+TmvMetadataTable* TmvMetadataContainer::AddTable(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,
+                                                 bool system, const TSQLQualifiedName* database) {
+  return static_cast<TmvMetadataTable*>(AddObject(schema, name, TmvMetadataTable::StaticClass(), system, database));
+}
+
+TmvMetadataTable* TmvMetadataContainer::AddTable(const TSQLQualifiedName* fullName, bool system) {
+  return static_cast<TmvMetadataTable*>(AddObject(fullName, TmvMetadataTable::StaticClass(), system));
+}
+
+TmvMetadataView* TmvMetadataContainer::AddView(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,
+                                               bool system, const TSQLQualifiedName* database) {
+  return static_cast<TmvMetadataView*>(AddObject(schema, name, TmvMetadataView::StaticClass(), system, database));
+}
+
+TmvMetadataView* TmvMetadataContainer::AddView(const TSQLQualifiedName* fullName, bool system) {
+  return static_cast<TmvMetadataView*>(AddObject(fullName, TmvMetadataView::StaticClass(), system));
+}
+
+TmvMetadataProcedure* TmvMetadataContainer::AddProcedure(const TastTokenIdentifier* schema,
+                                                         const TastTokenIdentifier* name, bool system,
+                                                         const TSQLQualifiedName* database) {
+  return static_cast<TmvMetadataProcedure*>(
+      AddObject(schema, name, TmvMetadataProcedure::StaticClass(), system, database));
+}
+
+TmvMetadataProcedure* TmvMetadataContainer::AddProcedure(const TSQLQualifiedName* fullName, bool system) {
+  return static_cast<TmvMetadataProcedure*>(AddObject(fullName, TmvMetadataProcedure::StaticClass(), system));
+}
+
+TmvMetadataSynonym* TmvMetadataContainer::AddSynonym(const TSQLQualifiedName* name,
+                                                     const TSQLQualifiedName* referencedName, bool system) {
+  auto* synonym = static_cast<TmvMetadataSynonym*>(AddObject(name, TmvMetadataSynonym::StaticClass(), system));
+  if (!IsQualifiedNameEmpty(referencedName)) synonym->SetReferencedFullName(referencedName);
+  return synonym;
+}
+
+// --- The list ---
+
+void TmvMetadataContainer::SetCapacity(int value) {
+  std::lock_guard guard(lock_);
+  if (value > Capacity()) {
+    items_.reserve(size_t(value));
+    members_.reserve(size_t(value));
+  }
+}
+
+TmvMetadataObject* TmvMetadataContainer::Items(int index) const {
+  if (index < 0 || index >= Count()) RaiseListIndexError(index, Count());
+  return items_[size_t(index)].get();
+}
+
+void TmvMetadataContainer::TakeObject(TmvMetadataObject* object) {
+  if (object->container_ != this || object->Parent() != this) {
+    object->container_ = this;
+    object->SetMetadataParent(this);
+  }
+}
+
+int TmvMetadataContainer::Add(TmvOwned<TmvMetadataObject> object) {
+  int index = Count();
+  Insert(index, std::move(object));
+  return index;
+}
+
+void TmvMetadataContainer::Insert(int index, TmvOwned<TmvMetadataObject> object) {
+  if (!object) return;
+  if (index < 0 || index > Count()) RaiseListIndexError(index, Count());
+  if (Contains(object.get())) throw EmvQueryBuilderError(u"The object is in the container already");
+  TmvMetadataObject* raw = object.get();
+  TakeObject(raw);
+  {
+    std::lock_guard guard(lock_);
+    items_.insert(items_.begin() + index, std::move(object));
+    members_.insert(raw);
+  }
+  Notify(raw, TmvNotifyAction::Added);
+  NotifyUpdated();
+}
+
+void TmvMetadataContainer::Delete(int index) {
+  TmvMetadataObject* object = Items(index);
+  Notify(object, TmvNotifyAction::Deleted);
+  TmvOwned<TmvMetadataObject> owned;
+  {
+    std::lock_guard guard(lock_);
+    // The handlers may have moved it.
+    auto at = std::find_if(items_.begin(), items_.end(), [object](const auto& item) { return item.get() == object; });
+    if (at == items_.end()) return;
+    owned = std::move(*at);
+    items_.erase(at);
+    members_.erase(object);
+  }
+  owned.reset();
+  NotifyUpdated();
+}
+
+int TmvMetadataContainer::Remove(TmvMetadataObject* object) {
+  int index = IndexOf(object);
+  if (index >= 0) Delete(index);
+  return index;
+}
+
+TmvOwned<TmvMetadataObject> TmvMetadataContainer::Extract(TmvMetadataObject* object) {
+  if (!Contains(object)) return nullptr;
+  Notify(object, TmvNotifyAction::Extracted);
+  TmvOwned<TmvMetadataObject> owned;
+  {
+    std::lock_guard guard(lock_);
+    auto at = std::find_if(items_.begin(), items_.end(), [object](const auto& item) { return item.get() == object; });
+    if (at == items_.end()) return nullptr;
+    owned = std::move(*at);
+    items_.erase(at);
+    members_.erase(object);
+  }
+  // The caller owns it now: it reports to nobody.
+  owned->container_ = nullptr;
+  owned->SetMetadataParent(nullptr);
+  NotifyUpdated();
+  return owned;
+}
+
+int TmvMetadataContainer::IndexOf(const TmvMetadataObject* object) const {
+  if (!Contains(object)) return -1;
+  for (size_t i = 0; i < items_.size(); ++i)
+    if (items_[i].get() == object) return int(i);
+  return -1;
+}
+
+bool TmvMetadataContainer::Contains(const TmvMetadataObject* object) const {
+  return object && members_.count(object) != 0;
+}
+
+void TmvMetadataContainer::Move(int from, int to) {
+  if (from < 0 || from >= Count()) RaiseListIndexError(from, Count());
+  if (to < 0 || to >= Count()) RaiseListIndexError(to, Count());
+  if (from == to) return;
+  {
+    std::lock_guard guard(lock_);
+    TmvOwned<TmvMetadataObject> object = std::move(items_[size_t(from)]);
+    items_.erase(items_.begin() + from);
+    items_.insert(items_.begin() + to, std::move(object));
+  }
+  objectsUpdated_ = true;
+  NotifyUpdated();
+}
+
+void TmvMetadataContainer::Clear() {
+  loaded_ = false;
+  for (int i = Count() - 1; i >= 0; --i) Notify(items_[size_t(i)].get(), TmvNotifyAction::Deleted);
+  std::vector<TmvOwned<TmvMetadataObject>> freed;
+  {
+    std::lock_guard guard(lock_);
+    defaultDatabaseName_->Clear();
+    defaultSchemaNames_->Clear();
+    freed.swap(items_);
+    members_.clear();
+  }
+  // The last first, outside the lock (an object's handlers may reach the container).
+  while (!freed.empty()) freed.pop_back();
+  NotifyUpdated();
+}
+
+void TmvMetadataContainer::SortItems(
+    const std::function<int(const TmvMetadataObject*, const TmvMetadataObject*)>& compare) {
+  {
+    std::lock_guard guard(lock_);
+    std::stable_sort(items_.begin(), items_.end(),
+                     [&compare](const auto& a, const auto& b) { return compare(a.get(), b.get()) < 0; });
+  }
+  objectsUpdated_ = true;
+  NotifyUpdated();
+}
+
+void TmvMetadataContainer::SortByNames() {
+  const TmvBaseSQLContext* context = SQLContext();
+  SortItems([context](const TmvMetadataObject* a, const TmvMetadataObject* b) {
+    int result = context->CompareQualifiedNames(a->Database(), b->Database());
+    if (result == 0) result = context->CompareIdentifiers(a->Schema(), b->Schema());
+    if (result == 0) result = context->CompareIdentifiers(a->Name(), b->Name());
+    return result;
+  });
+}
+
+std::vector<TmvMetadataRelation*> TmvMetadataContainer::GetRelations() const {
+  std::vector<TmvMetadataRelation*> result;
+  for (const auto& object : items_) {
+    const TmvMetadataRelationsList* relations = object->GetRelations();
+    for (int i = 0; i < relations->Count(); ++i) result.push_back(relations->Items(i));
+  }
+  return result;
+}
+
+// --- Index maintenance and notification ---
+
+void TmvMetadataContainer::Notify(TmvMetadataObject* object, TmvNotifyAction action) {
+  switch (action) {
+    case TmvNotifyAction::Added:
+      loaded_ = true;
+      ReHashByName(object);
+      ReHashByAltName(object);
+      Fire(OnMetadataObjectAdded, addedEvent_, object);
+      break;
+    case TmvNotifyAction::Extracted:
+      hash_.RemoveByName(object);
+      hash_.RemoveByAltName(object);
+      Fire(OnMetadataObjectExtracting, extractingEvent_, object);
+      break;
+    case TmvNotifyAction::Deleted:
+      hash_.RemoveByName(object);
+      hash_.RemoveByAltName(object);
+      Fire(OnMetadataObjectRemoving, removingEvent_, object);
+      break;
+  }
+  objectsUpdated_ = true;
+}
+
+void TmvMetadataContainer::Fire(const TmvMetadataObjectNotification& handler,
+                                TmvMetadataObjectNotificationEvent& event, TmvMetadataObject* object) {
+  if (handler) handler(this, object);
+  event.Fire(this, object);
+}
+
+void TmvMetadataContainer::ReHashByName(TmvMetadataObject* object) {
+  if (Contains(object)) hash_.AddByName(object);
+}
+
+void TmvMetadataContainer::ReHashByAltName(TmvMetadataObject* object) {
+  if (Contains(object)) hash_.AddByAltName(object);
+}
+
+void TmvMetadataContainer::RebuildNamesHash() {
+  hash_.Clear();
+  for (const auto& object : items_) {
+    hash_.AddByName(object.get());
+    hash_.AddByAltName(object.get());
+  }
+}
+
+void TmvMetadataContainer::DoUpdated() {
+  TmvMetadataBase::DoUpdated();
+  objectsUpdated_ = false;
+}
+
+void TmvMetadataContainer::DoObjectMetadataLoading(TmvMetadataObject* object) {
+  if (OnObjectMetadataLoading) OnObjectMetadataLoading(this, object);
+}
+
+void TmvMetadataContainer::DoObjectMetadataLoaded(TmvMetadataObject* object) {
+  if (OnObjectMetadataLoaded) OnObjectMetadataLoaded(this, object);
+}
+
+// --- Assign ---
+
+void TmvMetadataContainer::Assign(const TmvPersistent* source) {
+  const auto* other = TmvCast<TmvMetadataContainer>(source);
+  if (!other) {
+    TmvMetadataBase::Assign(source);
+    return;
+  }
+  if (other == this) return;
+  TmvUpdateBatch batch(*this);
+  Clear();
+  TmvMetadataBase::Assign(source);
+  SetCapacity(other->Capacity());
+  for (const auto& object : other->items_) Add(object->CloneAs<TmvMetadataObject>(this, SQLContext()));
+  RebuildNamesHash();
+  loaded_ = other->loaded_;
+  AssignQualifiedName(*defaultDatabaseName_, other->defaultDatabaseName_.get());
+  defaultSchemaNames_->Assign(*other->defaultSchemaNames_);
+  objectsUpdated_ = true;
+  NotifyUpdated();
+}
+
+// --- Loading ---
+
+void TmvMetadataContainer::CheckSyntaxProvider() const {
+  if (!SyntaxProvider()) throw EmvQueryBuilderError(MetadataMessage(mvQBNoSyntaxProvider));
+}
+
+void TmvMetadataContainer::CheckMetadataProvider() const {
+  if (!SQLContext() || !SQLContext()->MetadataProvider())
+    throw EmvQueryBuilderError(MetadataMessage(mvQBNoMetadataProvider));
+}
+
+void TmvMetadataContainer::LoadMetadataByFilter(const TmvMetadataFilter* filter, const TSQLQualifiedName* database) {
+  CheckMetadataProvider();
+  LoadMetadataByFilter(SQLContext()->MetadataProvider()->Connection(), filter, database);
+}
+
+void TmvMetadataContainer::LoadMetadataByFilter(TmvConnection* connection, const TmvMetadataFilter* filter,
+                                                const TSQLQualifiedName* database) {
+  TmvAbortReset abortReset(abort_);
+  loaded_ = true;
+  CheckSyntaxProvider();
+  CheckMetadataProvider();
+  TmvBaseSQLContext* context = SQLContext();
+  if (TmvBaseMetadataProvider* provider = context->MetadataProvider(); provider->Log().IsActive())
+    provider->Log().Info(u"LoadMetadataByFilter: %s; filter items: %d",
+                         connection ? connection->Description() : WideString(u"(no connection)"),
+                         filter ? filter->Count() : 0);
+  TmvUpdateBatch batch(*this);
+  context->LoadMetadataObjects(connection, this, filter, database);
+  context->LoadMetadataRelations(connection, this, filter, database);
+  context->LoadMetadataCustomAggregateNames(connection, this, database);
+}
+
+namespace {
+
+std::unique_ptr<TmvMetadataFilter> MaskFilter(WideStringView objectMask, WideStringView schemaMask,
+                                              bool caseSensitive) {
+  auto filter = std::make_unique<TmvMetadataFilter>();
+  TmvMetadataFilterItem* item = filter->Add();
+  item->SetObjectMask(objectMask);
+  item->SetObjectMaskCaseSensitive(caseSensitive);
+  item->SetSchemaMask(schemaMask);
+  item->SetSchemaMaskCaseSensitive(caseSensitive);
+  return filter;
+}
+
+}  // namespace
+
+void TmvMetadataContainer::LoadMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
+                                              const TSQLQualifiedName* database, bool caseSensitive) {
+  LoadMetadataByFilter(MaskFilter(objectMask, schemaMask, caseSensitive).get(), database);
+}
+
+void TmvMetadataContainer::ClearMetadataByFilter(const TmvMetadataFilter* filter,
+                                                 const TSQLQualifiedName* database) {
+  TmvAbortReset abortReset(abort_);
+  const TmvBaseSQLContext* context = SQLContext();
+  TmvUpdateBatch batch(*this);
+  for (int i = Count() - 1; i >= 0 && !abort_.load(); --i) {
+    TmvMetadataObject* object = items_[size_t(i)].get();
+    if (!context->IsQualifiedNamesEqual(object->Database(), database)) continue;
+    if (!filter || filter->FilterMetadataObject(object)) Delete(i);
+  }
+}
+
+void TmvMetadataContainer::ClearMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
+                                               const TSQLQualifiedName* database, bool caseSensitive) {
+  CheckSyntaxProvider();
+  ClearMetadataByFilter(MaskFilter(objectMask, schemaMask, caseSensitive).get(), database);
+}
+
+void TmvMetadataContainer::LoadFields(TmvConnection* connection) {
+  TmvUpdateBatch batch(*this);
+  for (int i = 0; i < Count(); ++i) {
+    TmvMetadataObject* object = items_[size_t(i)].get();
+    if (!object->GetFields()->Loaded()) object->LoadFields(connection);
+  }
+}
+
+// --- Defaults ---
+
+void TmvMetadataContainer::SetDefaultDatabaseName(const TSQLQualifiedName* value) {
+  AssignQualifiedName(*defaultDatabaseName_, value);
+  NotifyUpdated();
+}
+
+WideString TmvMetadataContainer::DefaultDatabaseNameStr() const { return defaultDatabaseName_->GetQualifiedName(); }
+
+WideString TmvMetadataContainer::DefaultSchemaNamesStr() const {
+  WideString text;
+  for (int i = 0; i < defaultSchemaNames_->GetCount(); ++i) {
+    if (i > 0) text += u";";
+    text += TokenSQL(defaultSchemaNames_->Identifier(i));
+  }
+  return text;
+}
+
+bool TmvMetadataContainer::IsMetadataObjectVisible(TmvMetadataObject* object) {
+  bool visible = true;
+  if (GetMetadataObjectVisible) GetMetadataObjectVisible(this, object, visible);
+  return visible;
+}
+
+}  // namespace mv

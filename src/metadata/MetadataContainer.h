@@ -1,0 +1,246 @@
+// The metadata container: owns the metadata objects of one query builder,
+// finds them by name, holds the default database and schemas of the
+// connection, and drives loading through the SQL context.
+//
+// Lookups come in three kinds for each object class:
+//   Find<Kind>ByName(name, schema, database)  exact parts, no defaults
+//   Find<Kind>ByFullName(name)                resolves db.schema.t, schema.t
+//                                             and t with the default database
+//                                             and the default schemas in order
+//   Find<Kind>ByAltName(name)                 the alternate (display) name
+// with <Kind> one of Object, Table, View, Procedure, Synonym. Each reads one
+// bucket of the name index, so its cost does not grow with the catalog.
+//
+// The object list is guarded by a lock; lookups take none and the index is
+// not guarded, so a background load works into a container of its own.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <unordered_set>
+#include <vector>
+
+#include "metadata/MetadataObject.h"
+#include "metadata/MetadataObjectHash.h"
+#include "metadata/MetadataQualifiedNamesList.h"
+#include "support/Event.h"
+
+namespace mv {
+
+class TmvMetadataFilter;
+
+using TmvMetadataObjectNotification = std::function<void(TmvObject* sender, TmvMetadataObject* object)>;
+class TmvMetadataObjectNotificationEvent : public TmvEvent<TmvObject*, TmvMetadataObject*> {};
+using TmvMetadataObjectVisibleEvent =
+    std::function<void(TmvObject* sender, TmvMetadataObject* object, bool& visible)>;
+
+class TmvMetadataContainer : public TmvMetadataBase {
+  MV_DECLARE_METADATA_CLASS()
+ public:
+  // The fixed number of buckets of the name index.
+  static constexpr int kHashBucketCount = 1024;
+
+  TmvMetadataContainer(TmvMetadataBase* parent, TmvBaseSQLContext* context);
+  ~TmvMetadataContainer() override;
+  // Clears inside an update batch, so that handlers see the removals.
+  void BeforeDestruction() override;
+
+  // From another container: its objects (cloned), loaded flag and defaults.
+  void Assign(const TmvPersistent* source) override;
+  using TmvMetadataBase::Assign;
+
+  // --- Lookups (null when nothing matches) ---
+  TmvMetadataObject* FindByNameAndClass(const TastTokenIdentifier* name, const TastTokenIdentifier* schema,
+                                        const TmvClass& objectClass, const TSQLQualifiedName* database) const;
+  TmvMetadataObject* FindByFullNameAndClass(const TSQLQualifiedName* name, const TmvClass& objectClass) const;
+  TmvMetadataObject* FindByAltNameAndClass(const TastTokenIdentifier* name, const TmvClass& objectClass) const;
+
+  template <class T>
+  T* FindByName(const TastTokenIdentifier* name, const TastTokenIdentifier* schema = nullptr,
+                const TSQLQualifiedName* database = nullptr) const {
+    return static_cast<T*>(FindByNameAndClass(name, schema, T::StaticClass(), database));
+  }
+  template <class T>
+  T* FindByFullName(const TSQLQualifiedName* name) const {
+    return static_cast<T*>(FindByFullNameAndClass(name, T::StaticClass()));
+  }
+  template <class T>
+  T* FindByAltName(const TastTokenIdentifier* name) const {
+    return static_cast<T*>(FindByAltNameAndClass(name, T::StaticClass()));
+  }
+
+#define MV_METADATA_FIND_FAMILY(Kind)                                                                          \
+  TmvMetadata##Kind* Find##Kind##ByName(const TastTokenIdentifier* name,                                       \
+                                        const TastTokenIdentifier* schema = nullptr,                           \
+                                        const TSQLQualifiedName* database = nullptr) const {                   \
+    return FindByName<TmvMetadata##Kind>(name, schema, database);                                              \
+  }                                                                                                            \
+  TmvMetadata##Kind* Find##Kind##ByFullName(const TSQLQualifiedName* name) const {                             \
+    return FindByFullName<TmvMetadata##Kind>(name);                                                            \
+  }                                                                                                            \
+  TmvMetadata##Kind* Find##Kind##ByAltName(const TastTokenIdentifier* name) const {                            \
+    return FindByAltName<TmvMetadata##Kind>(name);                                                             \
+  }
+  MV_METADATA_FIND_FAMILY(Object)
+  MV_METADATA_FIND_FAMILY(Table)
+  MV_METADATA_FIND_FAMILY(View)
+  MV_METADATA_FIND_FAMILY(Procedure)
+  MV_METADATA_FIND_FAMILY(Synonym)
+#undef MV_METADATA_FIND_FAMILY
+
+  // --- Adding ---
+  // A new object of `objectClass` (a metadata object class) with those
+  // parts, added to the container.
+  TmvMetadataObject* AddObject(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,
+                               const TmvMetadataClass& objectClass, bool system = false,
+                               const TSQLQualifiedName* database = nullptr);
+  // Split from a full name; an empty database part becomes DefaultDatabaseName.
+  TmvMetadataObject* AddObject(const TSQLQualifiedName* fullName, const TmvMetadataClass& objectClass,
+                               bool system = false);
+  TmvMetadataTable* AddTable(const TastTokenIdentifier* schema, const TastTokenIdentifier* name, bool system = false,
+                             const TSQLQualifiedName* database = nullptr);
+  TmvMetadataTable* AddTable(const TSQLQualifiedName* fullName, bool system = false);
+  TmvMetadataView* AddView(const TastTokenIdentifier* schema, const TastTokenIdentifier* name, bool system = false,
+                           const TSQLQualifiedName* database = nullptr);
+  TmvMetadataView* AddView(const TSQLQualifiedName* fullName, bool system = false);
+  TmvMetadataProcedure* AddProcedure(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,
+                                     bool system = false, const TSQLQualifiedName* database = nullptr);
+  TmvMetadataProcedure* AddProcedure(const TSQLQualifiedName* fullName, bool system = false);
+  // A synonym of `name` whose target is `referencedName` (left unset when empty).
+  TmvMetadataSynonym* AddSynonym(const TSQLQualifiedName* name, const TSQLQualifiedName* referencedName,
+                                 bool system = false);
+
+  // --- The list ---
+  int Count() const { return int(items_.size()); }
+  int Capacity() const { return int(items_.capacity()); }
+  void SetCapacity(int value);
+  // EListError for an index out of range.
+  TmvMetadataObject* Items(int index) const;
+  // Takes the object over and indexes it; its position.
+  int Add(TmvOwned<TmvMetadataObject> object);
+  void Insert(int index, TmvOwned<TmvMetadataObject> object);
+  void Delete(int index);
+  // Frees the object; its former position or -1.
+  int Remove(TmvMetadataObject* object);
+  // Takes the object out unfreed; the caller owns it (null if it is not here).
+  TmvOwned<TmvMetadataObject> Extract(TmvMetadataObject* object);
+  int IndexOf(const TmvMetadataObject* object) const;
+  // Whether the object is an item, in constant time; `object` may be a
+  // dangling address (it is not dereferenced).
+  bool Contains(const TmvMetadataObject* object) const;
+  void Move(int from, int to);
+  // Frees every object and the default names; the custom aggregates stay.
+  void Clear();
+  void SortItems(const std::function<int(const TmvMetadataObject*, const TmvMetadataObject*)>& compare);
+  // By database, then schema, then name.
+  void SortByNames();
+  void Lock() { lock_.lock(); }
+  void Unlock() { lock_.unlock(); }
+
+  // Every relation of every object (a synonym adds its target's), in object order.
+  std::vector<TmvMetadataRelation*> GetRelations() const;
+
+  // --- Loading ---
+  // Objects, then relations, then custom aggregate names, through the context.
+  void LoadMetadataByFilter(const TmvMetadataFilter* filter, const TSQLQualifiedName* database = nullptr);
+  void LoadMetadataByFilter(TmvConnection* connection, const TmvMetadataFilter* filter,
+                            const TSQLQualifiedName* database = nullptr);
+  // With a one-item filter of those masks.
+  void LoadMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
+                          const TSQLQualifiedName* database = nullptr, bool caseSensitive = true);
+  // Deletes the objects of that database (absent counts as empty) that the filter accepts.
+  void ClearMetadataByFilter(const TmvMetadataFilter* filter, const TSQLQualifiedName* database = nullptr);
+  void ClearMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
+                           const TSQLQualifiedName* database = nullptr, bool caseSensitive = true);
+  // Loads the fields of every object whose list is not loaded.
+  void LoadFields(TmvConnection* connection = nullptr);
+  // Asks a running load to stop; safe from any thread.
+  void AbortMetadataLoading() { abort_.store(true); }
+  bool IsAborted() const { return abort_.load(); }
+
+  // --- State ---
+  bool WorkOffline() const { return workOffline_; }
+  // Changes only the flag.
+  void SetWorkOffline(bool value) { workOffline_ = value; }
+  bool Loaded() const { return loaded_; }
+  void SetLoaded(bool value) { loaded_ = value; }
+  bool ObjectsUpdated() const { return objectsUpdated_; }
+  void SetObjectsUpdated() { objectsUpdated_ = true; }
+  // Which side of a foreign key a fetch stores it on.
+  bool LoadInvertedRelations() const { return loadInvertedRelations_; }
+  void SetLoadInvertedRelations(bool value) { loadInvertedRelations_ = value; }
+
+  TSQLQualifiedName* DefaultDatabaseName() const { return defaultDatabaseName_.get(); }
+  void SetDefaultDatabaseName(const TSQLQualifiedName* value);
+  WideString DefaultDatabaseNameStr() const;
+  TSQLIdentifiersCollection* DefaultSchemaNames() const { return defaultSchemaNames_.get(); }
+  // The schemas in SQL text joined with ";".
+  WideString DefaultSchemaNamesStr() const;
+  // Aggregate functions of the server beside the dialect's own.
+  TmvMetadataQualifiedNamesList* CustomAggregateFunctions() const { return customAggregateFunctions_.get(); }
+
+  // Raise "Syntax provider is not specified" / "Metadata provider is not specified".
+  void CheckSyntaxProvider() const;
+  void CheckMetadataProvider() const;
+
+  // True unless GetMetadataObjectVisible says otherwise; the object's own
+  // Visible plays no part.
+  bool IsMetadataObjectVisible(TmvMetadataObject* object);
+
+  // --- Events ---
+  TmvMetadataObjectVisibleEvent GetMetadataObjectVisible;
+  TmvMetadataObjectNotification OnMetadataObjectAdded;
+  TmvMetadataObjectNotification OnMetadataObjectRemoving;
+  TmvMetadataObjectNotification OnMetadataObjectExtracting;
+  TmvMetadataObjectNotification OnObjectMetadataLoading;
+  TmvMetadataObjectNotification OnObjectMetadataLoaded;
+  // Fired after the single handler of the same kind.
+  TmvMetadataObjectNotificationEvent& GetMetadataObjectAddedEvent() { return addedEvent_; }
+  TmvMetadataObjectNotificationEvent& GetMetadataObjectRemovingEvent() { return removingEvent_; }
+  TmvMetadataObjectNotificationEvent& GetMetadataObjectExtractingEvent() { return extractingEvent_; }
+
+  void DoObjectMetadataLoading(TmvMetadataObject* object);
+  void DoObjectMetadataLoaded(TmvMetadataObject* object);
+
+  // --- The name index ---
+  int CalcUsedBuckets() const { return hash_.CalcUsedBuckets(); }
+  void RebuildNamesHash();
+  // An object's name or alternate name changed: it enters its new bucket.
+  void ReHashByName(TmvMetadataObject* object);
+  void ReHashByAltName(TmvMetadataObject* object);
+
+ protected:
+  // Clears the objects-updated flag after the inherited notification.
+  void DoUpdated() override;
+
+ private:
+  enum class TmvNotifyAction { Added, Extracted, Deleted };
+  void Notify(TmvMetadataObject* object, TmvNotifyAction action);
+  void Fire(const TmvMetadataObjectNotification& handler, TmvMetadataObjectNotificationEvent& event,
+            TmvMetadataObject* object);
+  // The first object of the class in the candidate's bucket whose full name equals it.
+  TmvMetadataObject* FindCandidate(const TSQLQualifiedName* candidate, const TmvClass& objectClass) const;
+  bool SupportsSchemas() const;
+  bool SupportsDatabases() const;
+  void TakeObject(TmvMetadataObject* object);
+
+  std::recursive_mutex lock_;
+  std::vector<TmvOwned<TmvMetadataObject>> items_;
+  std::unordered_set<const TmvMetadataObject*> members_;
+  // Lookups make the buckets they read.
+  mutable TmvMetadataObjectHash hash_{kHashBucketCount};
+  bool workOffline_ = false;
+  bool loaded_ = false;
+  bool objectsUpdated_ = false;
+  bool loadInvertedRelations_ = false;
+  std::atomic<bool> abort_{false};
+  TmvOwned<TSQLQualifiedName> defaultDatabaseName_;
+  TmvOwned<TSQLIdentifiersCollection> defaultSchemaNames_;
+  TmvOwned<TmvMetadataQualifiedNamesList> customAggregateFunctions_;
+  TmvMetadataObjectNotificationEvent addedEvent_;
+  TmvMetadataObjectNotificationEvent removingEvent_;
+  TmvMetadataObjectNotificationEvent extractingEvent_;
+};
+
+}  // namespace mv

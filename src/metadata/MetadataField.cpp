@@ -1,0 +1,230 @@
+#include "metadata/MetadataField.h"
+
+#include "dialects/SyntaxProvider.h"
+#include "frontend/SQLContext.h"
+#include "metadata/dataset/Field.h"
+#include "metadata/dataset/FieldDef.h"
+#include "support/TextHelpers.h"
+#include "tree/ExpressionBase.h"
+
+namespace mv {
+
+MV_DEFINE_METADATA_CLASS(TmvMetadataField, TmvMetadataCollectionItemBase)
+MV_DEFINE_METADATA_CLASS(TmvMetadataFieldsList, TmvMetadataCollectionBase)
+
+// --- TmvMetadataField ---
+
+TmvMetadataField::TmvMetadataField(TmvMetadataBase* parent, TmvBaseSQLContext* context)
+    : TmvMetadataCollectionItemBase(parent, context),
+      name_(TastCreate<TSQLQualifiedName>(context)),
+      altNameId_(TastCreate<TastTokenIdentifier>(context)) {}
+
+TmvMetadataField::~TmvMetadataField() = default;
+
+TmvMetadataFieldsList* TmvMetadataField::FieldsList() const { return TmvCast<TmvMetadataFieldsList>(Parent()); }
+
+void TmvMetadataField::Assign(const TmvPersistent* source) {
+  const auto* other = TmvCast<TmvMetadataField>(source);
+  if (!other) {
+    TmvMetadataCollectionItemBase::Assign(source);
+    return;
+  }
+  if (other == this) return;
+  TmvUpdateBatch batch(*this);
+  TmvMetadataCollectionItemBase::Assign(source);
+  altNameId_->Assign(*other->altNameId_);
+  fieldTypeName_ = other->fieldTypeName_;
+  fieldType_ = other->fieldType_;
+  size_ = other->size_;
+  precision_ = other->precision_;
+  scale_ = other->scale_;
+  primaryKey_ = other->primaryKey_;
+  nullable_ = other->nullable_;
+  readOnly_ = other->readOnly_;
+  shortDescription_ = other->shortDescription_;
+  longDescription_ = other->longDescription_;
+  name_->Assign(*other->name_);
+  expression_ = other->expression_;
+  expressionAST_.reset();
+  if (other->expressionAST_) expressionAST_ = other->expressionAST_->CloneAs<TSQLExpressionItem>(SQLContext());
+  NotifyUpdated();
+}
+
+namespace {
+
+// A dataset column's name as one identifier: quoted where the dialect tells case apart.
+void SetColumnName(TSQLQualifiedName& name, WideStringView text, const TmvBaseSyntaxProvider* provider) {
+  name.Clear();
+  name.AddName(text, provider && provider->IsIdentifiersCaseSensitive());
+}
+
+}  // namespace
+
+void TmvMetadataField::Assign(const TmvField& source) {
+  TmvUpdateBatch batch(*this);
+  SetColumnName(*name_, source.FieldName(), SyntaxProvider());
+  fieldType_ = source.DataType();
+  size_ = source.Size();
+  nullable_ = !source.Required();
+  readOnly_ = source.ReadOnly();
+  NotifyUpdated();
+}
+
+void TmvMetadataField::Assign(const TmvFieldDef& source) {
+  TmvUpdateBatch batch(*this);
+  SetColumnName(*name_, source.Name, SyntaxProvider());
+  fieldType_ = source.DataType;
+  size_ = source.Size;
+  precision_ = source.Precision;
+  nullable_ = !source.Required();
+  readOnly_ = source.ReadOnly();
+  NotifyUpdated();
+}
+
+void TmvMetadataField::SetName(const TSQLQualifiedName* name) {
+  if (name == name_.get()) return;
+  if (name)
+    name_->Assign(*name);
+  else
+    name_->Clear();
+  NotifyUpdated();
+}
+
+void TmvMetadataField::SetNameToken(const TastTokenIdentifier* token) {
+  name_->Clear();
+  if (token) name_->AddName(token->CloneAs<TastToken>(SQLContext()));
+  NotifyUpdated();
+}
+
+WideString TmvMetadataField::NameStr() const { return name_->GetQualifiedName(); }
+WideString TmvMetadataField::NameStrNotQuoted() const { return name_->GetQualifiedNameWithoutQuotes(); }
+
+void TmvMetadataField::SetAltNameId(const TastTokenIdentifier* token) {
+  if (token == altNameId_.get()) return;
+  if (token)
+    altNameId_->Assign(*token);
+  else
+    altNameId_->Clear();
+  NotifyUpdated();
+}
+
+void TmvMetadataField::SetAltName(WideStringView value) {
+  if (altNameId_->Token == value) return;
+  altNameId_->SetToken(value);
+  NotifyUpdated();
+}
+
+void TmvMetadataField::SetAltNameCaseSensitive(bool value) {
+  if (altNameId_->Quoted == value) return;
+  altNameId_->Quoted = value;
+  NotifyUpdated();
+}
+
+void TmvMetadataField::SetExpressionAST(TmvOwned<TSQLExpressionItem> expression, WideStringView text) {
+  if (expression) expression_ = WideString(text);
+  expressionAST_ = std::move(expression);
+  NotifyUpdated();
+}
+
+void TmvMetadataField::SetShortDescription(WideStringView value) { SetValue(shortDescription_, WideString(value)); }
+void TmvMetadataField::SetLongDescription(WideStringView value) { SetValue(longDescription_, WideString(value)); }
+void TmvMetadataField::SetFieldTypeName(WideStringView value) { SetValue(fieldTypeName_, WideString(value)); }
+void TmvMetadataField::SetFieldType(TFieldType value) { SetValue(fieldType_, value); }
+void TmvMetadataField::SetSize(int32_t value) { SetValue(size_, value); }
+void TmvMetadataField::SetPrecision(int32_t value) { SetValue(precision_, value); }
+void TmvMetadataField::SetScale(int32_t value) { SetValue(scale_, value); }
+void TmvMetadataField::SetPrimaryKey(bool value) { SetValue(primaryKey_, value); }
+void TmvMetadataField::SetNullable(bool value) { SetValue(nullable_, value); }
+void TmvMetadataField::SetReadOnly(bool value) { SetValue(readOnly_, value); }
+
+WideString TmvMetadataField::GetFieldTypeNameAndSize() const {
+  const TmvBaseSyntaxProvider* provider = SyntaxProvider();
+  if (!provider) return fieldTypeName_;
+  if (precision_ != 0 && provider->IsVariablePrecisionType(fieldTypeName_))
+    return fieldTypeName_ + u"(" + IntToWide(precision_) + u"," + IntToWide(scale_) + u")";
+  if (size_ != 0 && !fieldTypeName_.empty() && !provider->IsFixedSizeType(fieldTypeName_))
+    return fieldTypeName_ + u"(" + IntToWide(size_) + u")";
+  return fieldTypeName_;
+}
+
+// --- TmvMetadataFieldsList ---
+
+TmvMetadataFieldsList::TmvMetadataFieldsList(TmvMetadataBase* parent, TmvBaseSQLContext* context)
+    : TmvMetadataCollectionOf<TmvMetadataField>(parent, context) {}
+
+void TmvMetadataFieldsList::Assign(const TmvPersistent* source) {
+  TmvMetadataCollectionOf<TmvMetadataField>::Assign(source);
+  if (const auto* other = TmvCast<TmvMetadataFieldsList>(source)) loaded_ = other->loaded_;
+}
+
+TmvMetadataField* TmvMetadataFieldsList::AddField(const TSQLQualifiedName* name, TFieldType fieldType, int32_t size,
+                                                  bool nullable, bool readOnly, WideStringView shortDescription,
+                                                  WideStringView longDescription, WideStringView altName) {
+  TmvUpdateBatch batch(*this);
+  TmvMetadataField* field = Add();
+  field->SetName(name);
+  field->SetFieldType(fieldType);
+  field->SetSize(size);
+  field->SetNullable(nullable);
+  field->SetReadOnly(readOnly);
+  field->SetShortDescription(shortDescription);
+  field->SetLongDescription(longDescription);
+  field->SetAltName(altName);
+  return field;
+}
+
+TmvMetadataField* TmvMetadataFieldsList::AddField(const TastToken* token) {
+  TmvOwned<TSQLQualifiedName> name = TastCreate<TSQLQualifiedName>(SQLContext());
+  if (const auto* id = TmvCast<TastTokenIdentifier>(token))
+    name->AddName(id->CloneAs<TastToken>(SQLContext()));
+  else if (TmvCast<TastTokenString>(token))
+    name->AddName(SQLUnquoteString(token->Token), false);
+  else if (token)
+    name->AddName(token->Token, false);
+  return AddField(name.get());
+}
+
+TmvMetadataField* TmvMetadataFieldsList::AddField(const TmvField& source) {
+  TmvUpdateBatch batch(*this);
+  TmvMetadataField* field = Add();
+  field->Assign(source);
+  return field;
+}
+
+TmvMetadataField* TmvMetadataFieldsList::AddField(const TmvFieldDef& def) {
+  TmvUpdateBatch batch(*this);
+  TmvMetadataField* field = Add();
+  field->Assign(def);
+  return field;
+}
+
+int TmvMetadataFieldsList::FindFieldByName(const TastToken* token) const {
+  if (!token) return -1;
+  TmvBaseSQLContext* context = SQLContext();
+  for (int i = 0; i < Count(); ++i) {
+    const TSQLQualifiedName* name = Items(i)->Name();
+    if (name->GetCount() == 1 && context->CompareTokens(name->Token(0), token) == 0) return i;
+  }
+  return -1;
+}
+
+int TmvMetadataFieldsList::FindFieldByName(const TastTokenIdentifier* token) const {
+  if (!token) return -1;
+  TmvBaseSQLContext* context = SQLContext();
+  for (int i = 0; i < Count(); ++i) {
+    const TSQLQualifiedName* name = Items(i)->Name();
+    if (name->GetCount() != 1) continue;
+    const auto* id = TmvCast<TastTokenIdentifier>(name->Token(0));
+    if (id && context->IsIdentifiersEqual(id, token)) return i;
+  }
+  return -1;
+}
+
+int TmvMetadataFieldsList::FindFieldByName(const TSQLQualifiedName* name) const {
+  TmvBaseSQLContext* context = SQLContext();
+  for (int i = 0; i < Count(); ++i)
+    if (context->IsQualifiedNamesEqual(Items(i)->Name(), name)) return i;
+  return -1;
+}
+
+}  // namespace mv

@@ -1,0 +1,151 @@
+// Fields of metadata objects (columns of tables, views, procedure results)
+// and the list that holds them.
+//
+// A fields list carries a loaded flag apart from its count: Add, Insert and
+// every AddField set it, and only a list whose flag is clear is ever fetched.
+// So an object with no fields but a set flag is not fetched again, and a list
+// filled by hand is never replaced by a fetch.
+#pragma once
+
+#include "metadata/MetadataBase.h"
+#include "support/FieldType.h"
+#include "tree/QualifiedNames.h"
+
+namespace mv {
+
+class TmvField;
+struct TmvFieldDef;
+class TSQLExpressionItem;
+class TSQLAliasExpression;
+class TmvMetadataFieldsList;
+
+class TmvMetadataField : public TmvMetadataCollectionItemBase {
+  MV_DECLARE_METADATA_CLASS()
+ public:
+  TmvMetadataField(TmvMetadataBase* parent, TmvBaseSQLContext* context);
+  ~TmvMetadataField() override;
+
+  // From another field: everything. Other sources fall to the inherited Assign.
+  void Assign(const TmvPersistent* source) override;
+  using TmvMetadataCollectionItemBase::Assign;
+  // From a dataset's column: the name as one identifier (quoted where the
+  // dialect is case-sensitive), type, size, nullability and read-only state.
+  void Assign(const TmvField& source);
+  // The same from a column description, with its precision.
+  void Assign(const TmvFieldDef& source);
+
+  TmvMetadataFieldsList* FieldsList() const;
+
+  // --- Name ---
+  const TSQLQualifiedName* Name() const { return name_.get(); }
+  // Copies the name; null clears it.
+  void SetName(const TSQLQualifiedName* name);
+  // A one-part name of a clone of the token.
+  void SetNameToken(const TastTokenIdentifier* token);
+  // The name as the context's builder writes it, and without quotes.
+  WideString NameStr() const;
+  WideString NameStrNotQuoted() const;
+
+  // --- Alternate (display) name ---
+  const TastTokenIdentifier* AltNameId() const { return altNameId_.get(); }
+  void SetAltNameId(const TastTokenIdentifier* token);
+  const WideString& AltName() const { return altNameId_->Token; }
+  void SetAltName(WideStringView value);
+  bool AltNameCaseSensitive() const { return altNameId_->Quoted; }
+  void SetAltNameCaseSensitive(bool value);
+
+  // --- Virtual calculated field: an expression in place of a column ---
+  const WideString& Expression() const { return expression_; }
+  TSQLExpressionItem* ExpressionAST() const { return expressionAST_.get(); }
+  // Takes a parsed expression and its text; null with any text frees the parse.
+  void SetExpressionAST(TmvOwned<TSQLExpressionItem> expression, WideStringView text);
+  bool IsVirtualCalculatedField() const { return expressionAST_ != nullptr; }
+
+  // --- Descriptions and type ---
+  const WideString& ShortDescription() const { return shortDescription_; }
+  void SetShortDescription(WideStringView value);
+  const WideString& LongDescription() const { return longDescription_; }
+  void SetLongDescription(WideStringView value);
+  // The server's own spelling of the type.
+  const WideString& FieldTypeName() const { return fieldTypeName_; }
+  void SetFieldTypeName(WideStringView value);
+  TFieldType FieldType() const { return fieldType_; }
+  void SetFieldType(TFieldType value);
+  int32_t Size() const { return size_; }
+  void SetSize(int32_t value);
+  int32_t Precision() const { return precision_; }
+  void SetPrecision(int32_t value);
+  int32_t Scale() const { return scale_; }
+  void SetScale(int32_t value);
+  bool PrimaryKey() const { return primaryKey_; }
+  void SetPrimaryKey(bool value);
+  bool Nullable() const { return nullable_; }
+  void SetNullable(bool value);
+  bool ReadOnly() const { return readOnly_; }
+  void SetReadOnly(bool value);
+
+  // The type name with "(precision,scale)" for a variable precision type of
+  // the dialect, else with "(size)" unless the dialect prints the type
+  // without one; no blanks.
+  WideString GetFieldTypeNameAndSize() const;
+
+ private:
+  template <class T>
+  void SetValue(T& field, const T& value) {
+    if (field == value) return;
+    field = value;
+    NotifyUpdated();
+  }
+
+  TmvOwned<TSQLQualifiedName> name_;
+  TmvOwned<TastTokenIdentifier> altNameId_;
+  WideString expression_;
+  TmvOwned<TSQLExpressionItem> expressionAST_;
+  WideString shortDescription_;
+  WideString longDescription_;
+  WideString fieldTypeName_;
+  TFieldType fieldType_ = ftUnknown;
+  int32_t size_ = 0;
+  int32_t precision_ = 0;
+  int32_t scale_ = 0;
+  bool primaryKey_ = false;
+  bool nullable_ = true;
+  bool readOnly_ = false;
+};
+
+class TmvMetadataFieldsList : public TmvMetadataCollectionOf<TmvMetadataField> {
+  MV_DECLARE_METADATA_CLASS()
+ public:
+  TmvMetadataFieldsList(TmvMetadataBase* parent, TmvBaseSQLContext* context);
+
+  // Whether the list holds what the server has (see the file comment).
+  bool Loaded() const { return loaded_; }
+  void SetLoaded(bool value) { loaded_ = value; }
+
+  // Items and the loaded flag of another list.
+  void Assign(const TmvPersistent* source) override;
+  using TmvMetadataCollectionOf<TmvMetadataField>::Assign;
+
+  TmvMetadataField* AddField(const TSQLQualifiedName* name, TFieldType fieldType = ftUnknown, int32_t size = 0,
+                             bool nullable = true, bool readOnly = false, WideStringView shortDescription = {},
+                             WideStringView longDescription = {}, WideStringView altName = {});
+  // A one-part name from a token: an identifier is cloned, a string literal
+  // is unquoted into an identifier, any other token gives an identifier of its text.
+  TmvMetadataField* AddField(const TastToken* token);
+  TmvMetadataField* AddField(const TmvField& field);
+  TmvMetadataField* AddField(const TmvFieldDef& def);
+
+  // Index of the field of that name, or -1. A token is compared with
+  // one-part names only.
+  int FindFieldByName(const TastToken* token) const;
+  int FindFieldByName(const TastTokenIdentifier* token) const;
+  int FindFieldByName(const TSQLQualifiedName* name) const;
+
+ protected:
+  void ItemInserted(TmvMetadataCollectionItemBase*) override { loaded_ = true; }
+
+ private:
+  bool loaded_ = false;
+};
+
+}  // namespace mv

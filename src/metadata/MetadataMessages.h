@@ -1,0 +1,35 @@
+// Message keys of the metadata layer. Texts are read through the message
+// catalog, so a language can replace them; the English defaults are
+// registered on first use.
+#pragma once
+
+#include <initializer_list>
+
+#include "support/WideFormat.h"
+#include "support/WideString.h"
+
+namespace mv {
+
+inline constexpr const char16_t* mvQBBadObjectName = u"mvQBBadObjectName";
+inline constexpr const char16_t* mvQBNoSyntaxProvider = u"mvQBNoSyntaxProvider";
+inline constexpr const char16_t* mvQBNoMetadataProvider = u"mvQBNoMetadataProvider";
+inline constexpr const char16_t* mvQBNoConnectionObject = u"mvQBNoConnectionObject";
+inline constexpr const char16_t* mvQBMetaProviderCantLoadMetadata = u"mvQBMetaProviderCantLoadMetadata";
+inline constexpr const char16_t* mvQBMetaProviderCantLoadMetadataForDatabase =
+    u"mvQBMetaProviderCantLoadMetadataForDatabase";
+inline constexpr const char16_t* mvQBMetadataProviderCantExecSQL = u"mvQBMetadataProviderCantExecSQL";
+inline constexpr const char16_t* mvQBErrorExecQuery = u"mvQBErrorExecQuery";
+
+// Texts without a key.
+inline constexpr const char16_t* kInvalidMaskText = u"Invalid Mask";
+inline constexpr const char16_t* kNoDatabasesText =
+    u"The server doesn't support queries with objects from different databases.";
+inline constexpr const char16_t* kNoSchemasText = u"The server doesn't support schemas.";
+
+// Registers the keys above with their English texts (once per process).
+void RegisterMetadataMessages();
+// The current text of a key of this layer.
+WideString MetadataMessage(WideStringView key);
+WideString MetadataMessageFormat(WideStringView key, std::initializer_list<TmvFormatArg> args);
+
+}  // namespace mv

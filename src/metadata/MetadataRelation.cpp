@@ -1,0 +1,191 @@
+#include "metadata/MetadataRelation.h"
+
+#include "frontend/SQLContext.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataMessages.h"
+#include "metadata/MetadataNames.h"
+#include "support/Exceptions.h"
+
+namespace mv {
+
+MV_DEFINE_METADATA_CLASS(TmvMetadataRelation, TmvMetadataCollectionItemBase)
+MV_DEFINE_METADATA_CLASS(TmvMetadataRelationsList, TmvMetadataCollectionBase)
+
+// --- TmvMetadataRelation ---
+
+TmvMetadataRelation::TmvMetadataRelation(TmvMetadataBase* parent, TmvBaseSQLContext* context)
+    : TmvMetadataCollectionItemBase(parent, context),
+      keyFields_(TmvCreate<TmvMetadataQualifiedNamesList>(this, context)),
+      childDatabase_(TastCreate<TSQLQualifiedName>(context)),
+      childSchema_(TastCreate<TastTokenIdentifier>(context)),
+      childName_(TastCreate<TastTokenIdentifier>(context)),
+      childTable_(TastCreate<TSQLQualifiedName>(context)),
+      childFields_(TmvCreate<TmvMetadataQualifiedNamesList>(this, context)) {}
+
+TmvMetadataRelation::~TmvMetadataRelation() = default;
+
+void TmvMetadataRelation::Assign(const TmvPersistent* source) {
+  const auto* other = TmvCast<TmvMetadataRelation>(source);
+  if (!other) {
+    TmvMetadataCollectionItemBase::Assign(source);
+    return;
+  }
+  if (other == this) return;
+  TmvUpdateBatch batch(*this);
+  TmvMetadataCollectionItemBase::Assign(source);
+  foreignKey_ = other->foreignKey_;
+  keyFields_->Assign(other->keyFields_.get());
+  keyCardinality_ = other->keyCardinality_;
+  AssignQualifiedName(*childDatabase_, other->childDatabase_.get());
+  AssignIdentifier(*childSchema_, other->childSchema_.get());
+  AssignIdentifier(*childName_, other->childName_.get());
+  UpdateChildFullName();
+  childFields_->Assign(other->childFields_.get());
+  childCardinality_ = other->childCardinality_;
+  NotifyUpdated();
+}
+
+void TmvMetadataRelation::SetForeignKey(bool value) {
+  if (foreignKey_ == value) return;
+  foreignKey_ = value;
+  NotifyUpdated();
+}
+
+void TmvMetadataRelation::SetKeyCardinality(TmvMetadataRelationCardinality value) {
+  if (keyCardinality_ == value) return;
+  keyCardinality_ = value;
+  NotifyUpdated();
+}
+
+void TmvMetadataRelation::SetChildCardinality(TmvMetadataRelationCardinality value) {
+  if (childCardinality_ == value) return;
+  childCardinality_ = value;
+  NotifyUpdated();
+}
+
+void TmvMetadataRelation::UpdateChildFullName() {
+  BuildFullName(*childTable_, childName_.get(), childSchema_.get(), childDatabase_.get());
+}
+
+void TmvMetadataRelation::SetChildDatabase(const TSQLQualifiedName* value) {
+  AssignQualifiedName(*childDatabase_, value);
+  UpdateChildFullName();
+  NotifyUpdated();
+}
+
+void TmvMetadataRelation::SetChildSchema(const TastTokenIdentifier* value) {
+  AssignIdentifier(*childSchema_, value);
+  UpdateChildFullName();
+  NotifyUpdated();
+}
+
+void TmvMetadataRelation::SetChildName(const TastTokenIdentifier* value) {
+  AssignIdentifier(*childName_, value);
+  UpdateChildFullName();
+  NotifyUpdated();
+}
+
+void TmvMetadataRelation::SetChildTable(const TSQLQualifiedName* value) {
+  if (IsQualifiedNameEmpty(value)) {
+    childName_->Clear();
+    childSchema_->Clear();
+    childDatabase_->Clear();
+  } else {
+    TmvBaseSQLContext* context = SQLContext();
+    if (!context) throw EmvQueryBuilderError(MetadataMessage(mvQBNoSyntaxProvider));
+    AssignIdentifier(*childName_, context->ExtractNameFromFullName(value).get());
+    AssignIdentifier(*childSchema_, context->ExtractSchemaFromFullName(value).get());
+    AssignQualifiedName(*childDatabase_, context->ExtractDatabaseFromFullName(value).get());
+  }
+  UpdateChildFullName();
+  NotifyUpdated();
+}
+
+WideString TmvMetadataRelation::ChildDatabaseStr() const { return childDatabase_->GetQualifiedName(); }
+WideString TmvMetadataRelation::ChildSchemaStr() const { return TokenSQL(childSchema_.get()); }
+WideString TmvMetadataRelation::ChildNameStr() const { return TokenSQL(childName_.get()); }
+WideString TmvMetadataRelation::ChildTableStr() const { return childTable_->GetQualifiedName(); }
+WideString TmvMetadataRelation::ChildDatabaseStrNotQuoted() const {
+  return childDatabase_->GetQualifiedNameWithoutQuotes();
+}
+WideString TmvMetadataRelation::ChildTableStrNotQuoted() const { return childTable_->GetQualifiedNameWithoutQuotes(); }
+
+TmvMetadataObject* TmvMetadataRelation::GetKeyMetadataObject() const {
+  TmvMetadataBase* list = Parent();
+  return list ? TmvCast<TmvMetadataObject>(list->Parent()) : nullptr;
+}
+
+TmvMetadataObject* TmvMetadataRelation::GetChildMetadataObject() const {
+  TmvMetadataObject* key = GetKeyMetadataObject();
+  if (!key || !key->Container()) return nullptr;
+  return key->Container()->FindObjectByFullName(childTable_.get());
+}
+
+// --- TmvMetadataRelationsList ---
+
+TmvMetadataRelationsList::TmvMetadataRelationsList(TmvMetadataBase* parent, TmvBaseSQLContext* context)
+    : TmvMetadataCollectionOf<TmvMetadataRelation>(parent, context) {}
+
+namespace {
+
+void CopyNames(TmvMetadataQualifiedNamesList& target, const TSQLQualifiedNamesList* source) {
+  target.Clear();
+  if (!source) return;
+  for (int i = 0; i < source->Count(); ++i) target.Add(source->Items(i));
+}
+
+bool SameIdentifierOrEmpty(const TmvBaseSQLContext& context, const TastTokenIdentifier* a,
+                           const TastTokenIdentifier* b) {
+  if (IsIdentifierEmpty(a) || IsIdentifierEmpty(b)) return IsIdentifierEmpty(a) && IsIdentifierEmpty(b);
+  return context.IsIdentifiersEqual(a, b);
+}
+
+bool SameNames(const TmvBaseSQLContext& context, const TmvMetadataQualifiedNamesList& a,
+               const TSQLQualifiedNamesList* b) {
+  const int count = b ? b->Count() : 0;
+  if (a.Count() != count) return false;
+  for (int i = 0; i < count; ++i)
+    if (!context.IsQualifiedNamesEqual(a.Items(i), b->Items(i))) return false;
+  return true;
+}
+
+}  // namespace
+
+TmvMetadataRelation* TmvMetadataRelationsList::AddRelation(const TSQLQualifiedNamesList* keyFields,
+                                                           const TastTokenIdentifier* childSchema,
+                                                           const TastTokenIdentifier* childName,
+                                                           const TSQLQualifiedName* childDatabase,
+                                                           const TSQLQualifiedNamesList* childFields) {
+  TmvUpdateBatch batch(*this);
+  TmvMetadataRelation* relation = Add();
+  TmvUpdateBatch relationBatch(*relation);
+  CopyNames(*relation->KeyFields(), keyFields);
+  relation->SetChildSchema(childSchema);
+  relation->SetChildName(childName);
+  relation->SetChildDatabase(childDatabase);
+  CopyNames(*relation->ChildFields(), childFields);
+  return relation;
+}
+
+int TmvMetadataRelationsList::FindRelation(const TSQLQualifiedNamesList* keyFields,
+                                           const TastTokenIdentifier* childSchema,
+                                           const TSQLQualifiedName* childDatabase,
+                                           const TSQLQualifiedNamesList* childFields,
+                                           const TastTokenIdentifier* childName) const {
+  const TmvBaseSQLContext* context = SQLContext();
+  if (!context) return -1;
+  for (int i = 0; i < Count(); ++i) {
+    const TmvMetadataRelation* relation = Items(i);
+    if (relation->KeyFields()->Count() != (keyFields ? keyFields->Count() : 0)) continue;
+    if (relation->ChildFields()->Count() != (childFields ? childFields->Count() : 0)) continue;
+    if (!SameIdentifierOrEmpty(*context, relation->ChildName(), childName)) continue;
+    if (!SameIdentifierOrEmpty(*context, relation->ChildSchema(), childSchema)) continue;
+    if (!context->IsQualifiedNamesEqual(relation->ChildDatabase(), childDatabase)) continue;
+    if (SameNames(*context, *relation->KeyFields(), keyFields) &&
+        SameNames(*context, *relation->ChildFields(), childFields))
+      return i;
+  }
+  return -1;
+}
+
+}  // namespace mv
