@@ -21,7 +21,10 @@ class TMetadataTestProvider : public TmvBaseSyntaxProvider {
   // Types printed with a size (the SQL-92 character and binary types).
   std::vector<WideString> sizedTypes = {u"char", u"varchar", u"nchar", u"nvarchar", u"binary", u"varbinary"};
 
+  WideString upperFunction = u"upper";
+
   bool IsSupportDatabases() const override { return databases; }
+  WideString GetUpperCaseFunctionName() const override { return upperFunction; }
   bool IsSupportSchemas() const override { return schemas; }
   bool IsFixedSizeType(WideStringView typeName) const override {
     for (const WideString& sized : sizedTypes)
