@@ -46,15 +46,25 @@ WideString ExtractQuoted(WideStringView text, WideStringView begin, WideStringVi
 
 TmvBaseMetadataProvider::TmvBaseMetadataProvider() { log_.SetPrefix(TmvLogHelper::ObjectPrefix(this)); }
 
-TmvBaseMetadataProvider::~TmvBaseMetadataProvider() = default;
+TmvBaseMetadataProvider::~TmvBaseMetadataProvider() {
+  // Freed without the first phase (a provider on the stack): the contexts
+  // must forget it all the same.
+  FireDestroying();
+}
 
 void TmvBaseMetadataProvider::BeforeDestruction() {
+  FireDestroying();
+  TmvObject::BeforeDestruction();
+}
+
+void TmvBaseMetadataProvider::FireDestroying() {
+  if (destroyingFired_) return;
+  destroyingFired_ = true;
   try {
     onDestroying_.Fire(this);
   } catch (...) {
     // The provider goes all the same.
   }
-  TmvObject::BeforeDestruction();
 }
 
 // --- Connection ---

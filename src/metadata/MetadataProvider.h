@@ -55,7 +55,8 @@ class TmvBaseMetadataProvider : public TmvObject {
   ~TmvBaseMetadataProvider() override;
   TmvBaseMetadataProvider(const TmvBaseMetadataProvider&) = delete;
   TmvBaseMetadataProvider& operator=(const TmvBaseMetadataProvider&) = delete;
-  // Fires the destroying event, so that every context that holds the provider forgets it.
+  // Fires the destroying event, so that every context that holds the
+  // provider forgets it (the destructor does, if this phase was skipped).
   void BeforeDestruction() override;
 
   // --- The connection (not owned) ---
@@ -202,6 +203,9 @@ class TmvBaseMetadataProvider : public TmvObject {
   std::vector<std::unique_ptr<TmvObject>> internalObjects_;
   TmvLogHelper log_;
   TmvNotificationEvent onDestroying_;
+  bool destroyingFired_ = false;
+
+  void FireDestroying();
 };
 
 // A provider on a connection of the engine's dataset layer: datasets are the
