@@ -76,6 +76,7 @@ void TmvMetadataField::Assign(const TmvFieldDef& source) {
   fieldType_ = source.DataType;
   size_ = source.Size;
   precision_ = source.Precision;
+  scale_ = source.Scale;
   nullable_ = !source.Required();
   readOnly_ = source.ReadOnly();
   NotifyUpdated();

@@ -31,7 +31,7 @@ class TmvMetadataField : public TmvMetadataCollectionItemBase {
   // From a dataset's column: the name as one identifier (quoted where the
   // dialect is case-sensitive), type, size, nullability and read-only state.
   void Assign(const TmvField& source);
-  // The same from a column description, with its precision.
+  // The same from a column description, with its precision and scale.
   void Assign(const TmvFieldDef& source);
 
   TmvMetadataFieldsList* FieldsList() const;

@@ -323,9 +323,11 @@ void TmvBaseMetadataProvider::UpdateFieldFromDef(TmvMetadataField* field, const 
     field->SetNameToken(id.get());
   }
   field->SetFieldType(def.DataType);
-  if (field->FieldTypeName().empty()) field->SetFieldTypeName(def.TypeName);
+  // The driver's spelling of the type, without its size, as a catalog gives it.
+  if (field->FieldTypeName().empty()) field->SetFieldTypeName(WideTrim(WideStringView(def.TypeName).substr(0, def.TypeName.find(u'('))));
   if (field->Size() == 0) field->SetSize(def.Size);
   if (field->Precision() == 0) field->SetPrecision(def.Precision);
+  if (field->Scale() == 0) field->SetScale(def.Scale);
   if (isNew || field->Nullable()) field->SetNullable(!def.Required());
   if (isNew || !field->ReadOnly()) field->SetReadOnly(def.ReadOnly());
 }
