@@ -40,49 +40,6 @@ void LoadObjectFields(TmvBaseSQLContext* context, Object* object, FromServer fro
 
 }  // namespace
 
-bool TmvBaseSyntaxProvider::IsVariablePrecisionType(WideStringView typeName) const {
-  return WideSameText(typeName, u"decimal") || WideSameText(typeName, u"numeric");
-}
-
-bool TmvBaseSyntaxProvider::IsFixedSizeType(WideStringView) const { return true; }
-
-WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsTemplate() const {
-  return queryToLoadFieldsTemplate_.empty() ? queryToLoadFieldsTemplateDefault_ : queryToLoadFieldsTemplate_;
-}
-
-void TmvBaseSyntaxProvider::SetQueryToLoadFieldsTemplate(WideStringView value) {
-  queryToLoadFieldsTemplate_ = value == queryToLoadFieldsTemplateDefault_ ? WideString() : WideString(value);
-}
-
-WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForObject(WideStringView fields,
-                                                                 WideStringView objectName) const {
-  const WideString columns = fields.empty() ? WideString(u"*") : WideString(fields);
-  if (!appendLimitsForFieldsQuery_) return u"select " + columns + u" from " + WideString(objectName) + u" a";
-  WideString format = WideStringReplace(GetQueryToLoadFieldsTemplate(), u"{0}", u"%0:s", rfReplaceAll);
-  format = WideStringReplace(format, u"{1}", u"%1:s", rfReplaceAll);
-  return WideFormat(format, {TmvFormatArg(columns), TmvFormatArg(WideString(objectName))});
-}
-
-WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForTable(WideStringView fields, WideStringView name) const {
-  return GetQueryToLoadFieldsForObject(fields, name);
-}
-
-WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForView(WideStringView fields, WideStringView name) const {
-  return GetQueryToLoadFieldsForObject(fields, name);
-}
-
-WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForProcedure(WideStringView fields, WideStringView name,
-                                                                    WideStringView params) const {
-  const WideString call = params.empty() && !IsSupportEmptyBracketsInStoredProcs()
-                              ? WideString(name)
-                              : WideString(name) + u"(" + WideString(params) + u")";
-  return GetQueryToLoadFieldsForObject(fields, CreateWrapperForStoredProc(call));
-}
-
-WideString TmvBaseSyntaxProvider::GetQueryToLoadFieldsForSynonym(WideStringView fields, WideStringView name) const {
-  return GetQueryToLoadFieldsForObject(fields, name);
-}
-
 void TmvBaseSyntaxProvider::GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,
                                              std::vector<WideString>& list) {
   RequireMetadataProvider(context).GetDatabasesList(context, connection, list);

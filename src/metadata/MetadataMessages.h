@@ -5,13 +5,13 @@
 
 #include <initializer_list>
 
+#include "frontend/SQLError.h"
 #include "support/WideFormat.h"
 #include "support/WideString.h"
 
 namespace mv {
 
-inline constexpr const char16_t* mvQBBadObjectName = u"mvQBBadObjectName";
-inline constexpr const char16_t* mvQBNoSyntaxProvider = u"mvQBNoSyntaxProvider";
+// mvQBBadObjectName and mvQBNoSyntaxProvider are the front end's (SQLError.h).
 inline constexpr const char16_t* mvQBNoMetadataProvider = u"mvQBNoMetadataProvider";
 inline constexpr const char16_t* mvQBNoConnectionObject = u"mvQBNoConnectionObject";
 inline constexpr const char16_t* mvQBMetaProviderCantLoadMetadata = u"mvQBMetaProviderCantLoadMetadata";
@@ -26,7 +26,8 @@ inline constexpr const char16_t* kNoDatabasesText =
     u"The server doesn't support queries with objects from different databases.";
 inline constexpr const char16_t* kNoSchemasText = u"The server doesn't support schemas.";
 
-// Registers the keys above with their English texts (once per process).
+// Registers the keys above, and the two of the front end that this layer
+// raises, with their English texts (once per process).
 void RegisterMetadataMessages();
 // The current text of a key of this layer.
 WideString MetadataMessage(WideStringView key);

@@ -26,24 +26,6 @@ const TmvMetadataProviderClass& TmvConnectionMetadataProvider::StaticClass() {
   return info;
 }
 
-namespace {
-
-// The text between a leading `begin` and the last character, with each
-// doubled first character of `end` made single; the text as it stands when
-// it is not so quoted.
-WideString ExtractQuoted(WideStringView text, WideStringView begin, WideStringView end) {
-  if (text.size() <= begin.size() + end.size() || !WideStartsText(begin, text)) return WideString(text);
-  WideString result;
-  const size_t last = text.size() - 1;
-  for (size_t i = begin.size(); i < last; ++i) {
-    result += text[i];
-    if (!end.empty() && text[i] == end[0] && i + 1 < last && text[i + 1] == end[0]) ++i;
-  }
-  return result;
-}
-
-}  // namespace
-
 TmvBaseMetadataProvider::TmvBaseMetadataProvider() { log_.SetPrefix(TmvLogHelper::ObjectPrefix(this)); }
 
 TmvBaseMetadataProvider::~TmvBaseMetadataProvider() {
@@ -139,7 +121,7 @@ void TmvBaseMetadataProvider::AddInternalConnectionObject(std::unique_ptr<TmvObj
 WideString TmvBaseMetadataProvider::TrimName(WideStringView text) const {
   WideString result(text);
   if (trimSpaces_) result = WideTrim(result);
-  if (trimQuotes_ && !result.empty() && result[0] == u'"') result = ExtractQuoted(result, u"\"", u"\"");
+  if (trimQuotes_ && !result.empty() && result[0] == u'"') result = ExtractQuotedIdentifier(result, u"\"", u"\"");
   return result;
 }
 

@@ -381,19 +381,19 @@ class MetadataPrintTest : public MetadataTest {
 };
 
 TEST_F(MetadataPrintTest, DefaultPrefixesAreLeftOutAsTheSettingAllows) {
-  SetDefaults({u"db"}, {u"schema"});
+  SetDefaults({u"db"}, {u"sales"});
   auto name = TastCreate<TSQLDatabaseObject>(&context);
-  for (const char16_t* part : {u"db", u"schema", u"t"}) name->AddName(part, false);
+  for (const char16_t* part : {u"db", u"sales", u"t"}) name->AddName(part, false);
   EXPECT_EQ(Print(name.get(), opsSkipAll), u"t");
-  EXPECT_EQ(Print(name.get(), opsSkipDatabase), u"schema.t");
-  EXPECT_EQ(Print(name.get(), opsSkipNone), u"db.schema.t");
+  EXPECT_EQ(Print(name.get(), opsSkipDatabase), u"sales.t");
+  EXPECT_EQ(Print(name.get(), opsSkipNone), u"db.sales.t");
   // Another schema always prints.
   auto other = TastCreate<TSQLDatabaseObject>(&context);
   for (const char16_t* part : {u"db", u"hr", u"t"}) other->AddName(part, false);
   EXPECT_EQ(Print(other.get(), opsSkipAll), u"hr.t");
   // With no container the name prints in full.
   context.SetMetadataContainer(nullptr);
-  EXPECT_EQ(Print(name.get(), opsSkipAll), u"db.schema.t");
+  EXPECT_EQ(Print(name.get(), opsSkipAll), u"db.sales.t");
 }
 
 TEST_F(MetadataPrintTest, BoundSourcesPrintTheMetadatasSpellingAndAlternateName) {

@@ -354,7 +354,7 @@ TEST_F(MetadataTest, FieldsQueriesComeFromTheDialectsTemplate) {
   provider.SetAppendLimitsForFieldsQuery(true);
   provider.SetQueryToLoadFieldsTemplate(provider.GetQueryToLoadFieldsTemplate());
   provider.SetQueryToLoadFieldsTemplate(u"select %0:s from %1:s a where 0<>0");
-  EXPECT_TRUE(provider.QueryToLoadFieldsTemplateProperty().empty());
+  EXPECT_TRUE(provider.GetQueryToLoadFieldsTemplateProperty().empty());
 
   // A procedure is called with one null per known parameter.
   TmvMetadataProcedure* procedure = container->AddProcedure(Name({u"p"}).get());

@@ -7,38 +7,26 @@
 #include <initializer_list>
 #include <vector>
 
-#include "dialects/SyntaxProvider.h"
+#include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "tree/QualifiedNamesList.h"
 
 namespace mv::test {
 
-class TMetadataTestProvider : public TmvBaseSyntaxProvider {
+// The SQL-92 dialect with its name rules settable: case sensitive and
+// folding to upper case unless a test says otherwise.
+class TMetadataTestProvider : public TmvSQL92SyntaxProvider {
  public:
+  TMetadataTestProvider() { SetIdentCaseSens(icsSensitiveUpperCase); }
+
   bool databases = true;
   bool schemas = true;
-  // Types printed with a size (the SQL-92 character and binary types).
-  std::vector<WideString> sizedTypes = {u"char", u"varchar", u"nchar", u"nvarchar", u"binary", u"varbinary"};
-
   WideString upperFunction = u"upper";
 
   bool IsSupportDatabases() const override { return databases; }
-  WideString GetUpperCaseFunctionName() const override { return upperFunction; }
   bool IsSupportSchemas() const override { return schemas; }
-  bool IsFixedSizeType(WideStringView typeName) const override {
-    for (const WideString& sized : sizedTypes)
-      if (WideSameText(sized, typeName)) return false;
-    return true;
-  }
-  // Letters, digits and "_", not starting with a digit.
-  bool IsValidIdent(WideStringView text) const override {
-    if (text.empty() || (text[0] >= u'0' && text[0] <= u'9')) return false;
-    for (char16_t c : text)
-      if (!((c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') || c == u'_'))
-        return false;
-    return true;
-  }
+  WideString GetUpperCaseFunctionName() const override { return upperFunction; }
 };
 
 class MetadataTest : public ::testing::Test {
