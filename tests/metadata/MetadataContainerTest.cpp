@@ -221,10 +221,12 @@ TEST_F(MetadataTest, ClearTwiceKeepsTheCustomAggregates) {
 TEST_F(MetadataTest, WorkOfflineChangesOnlyTheFlag) {
   Table({u"t"});
   int updates = 0;
-  container->GetOnUpdated().AddHandler(TmvHandlerId::Unique(), [&](TmvObject*) { ++updates; });
+  const TmvHandlerId counter = TmvHandlerId::Unique();
+  container->GetOnUpdated().AddHandler(counter, [&](TmvObject*) { ++updates; });
   container->SetWorkOffline(true);
   EXPECT_TRUE(container->WorkOffline());
   EXPECT_EQ(updates, 0);
+  container->GetOnUpdated().RemoveHandler(counter);
   EXPECT_EQ(container->Count(), 1);
   EXPECT_TRUE(container->Loaded());
 }
@@ -234,8 +236,8 @@ TEST_F(MetadataTest, ListChangesFireTheSingleHandlerThenTheBroadcast) {
   container->OnMetadataObjectAdded = [&](TmvObject*, TmvMetadataObject* o) { log += u"+" + o->NameStr(); };
   container->OnMetadataObjectRemoving = [&](TmvObject*, TmvMetadataObject* o) { log += u"-" + o->NameStr(); };
   container->OnMetadataObjectExtracting = [&](TmvObject*, TmvMetadataObject* o) { log += u"^" + o->NameStr(); };
-  container->GetMetadataObjectAddedEvent().AddHandler(TmvHandlerId::Unique(),
-                                                       [&](TmvObject*, TmvMetadataObject*) { log += u"!"; });
+  const TmvHandlerId broadcast = TmvHandlerId::Unique();
+  container->GetMetadataObjectAddedEvent().AddHandler(broadcast, [&](TmvObject*, TmvMetadataObject*) { log += u"!"; });
   TmvMetadataTable* a = Table({u"a"});
   TmvMetadataTable* b = Table({u"b"});
   Table({u"c"});
@@ -253,6 +255,11 @@ TEST_F(MetadataTest, ListChangesFireTheSingleHandlerThenTheBroadcast) {
   container->Add(std::move(extracted));
   EXPECT_EQ(container->FindTableByFullName(Name({u"b"}).get()), b);
   EXPECT_EQ(b->Container(), container.get());
+  // The handlers write to `log`, which goes before the container.
+  container->OnMetadataObjectAdded = nullptr;
+  container->OnMetadataObjectRemoving = nullptr;
+  container->OnMetadataObjectExtracting = nullptr;
+  container->GetMetadataObjectAddedEvent().RemoveHandler(broadcast);
 }
 
 TEST_F(MetadataTest, SortByNamesOrdersByDatabaseSchemaAndName) {
