@@ -173,33 +173,24 @@ TmvMetadataObject* TmvMetadataContainer::AddObject(const TSQLQualifiedName* full
   return object;
 }
 
-TmvMetadataTable* TmvMetadataContainer::AddTable(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,
-                                                 bool system, const TSQLQualifiedName* database) {
-  return static_cast<TmvMetadataTable*>(AddObject(schema, name, TmvMetadataTable::StaticClass(), system, database));
+TmvMetadataObject* TmvMetadataContainer::AddObject(WideStringView fullName, const TmvMetadataClass& objectClass,
+                                                   bool system) {
+  CheckSyntaxProvider();
+  TmvOwned<TSQLQualifiedName> name = SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(fullName));
+  if (!name) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
+  return AddObject(name.get(), objectClass, system);
 }
 
-TmvMetadataTable* TmvMetadataContainer::AddTable(const TSQLQualifiedName* fullName, bool system) {
-  return static_cast<TmvMetadataTable*>(AddObject(fullName, TmvMetadataTable::StaticClass(), system));
-}
-
-TmvMetadataView* TmvMetadataContainer::AddView(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,
-                                               bool system, const TSQLQualifiedName* database) {
-  return static_cast<TmvMetadataView*>(AddObject(schema, name, TmvMetadataView::StaticClass(), system, database));
-}
-
-TmvMetadataView* TmvMetadataContainer::AddView(const TSQLQualifiedName* fullName, bool system) {
-  return static_cast<TmvMetadataView*>(AddObject(fullName, TmvMetadataView::StaticClass(), system));
-}
-
-TmvMetadataProcedure* TmvMetadataContainer::AddProcedure(const TastTokenIdentifier* schema,
-                                                         const TastTokenIdentifier* name, bool system,
-                                                         const TSQLQualifiedName* database) {
-  return static_cast<TmvMetadataProcedure*>(
-      AddObject(schema, name, TmvMetadataProcedure::StaticClass(), system, database));
-}
-
-TmvMetadataProcedure* TmvMetadataContainer::AddProcedure(const TSQLQualifiedName* fullName, bool system) {
-  return static_cast<TmvMetadataProcedure*>(AddObject(fullName, TmvMetadataProcedure::StaticClass(), system));
+TmvMetadataObject* TmvMetadataContainer::AddObjectByTexts(WideStringView schema, WideStringView name,
+                                                          const TmvMetadataClass& objectClass, bool system,
+                                                          WideStringView database) {
+  TmvOwned<TastTokenIdentifier> schemaToken;
+  TmvOwned<TastTokenIdentifier> nameToken;
+  TmvOwned<TSQLQualifiedName> databaseName;
+  ParseObjectNames(schema, name, database, schemaToken, nameToken, databaseName);
+  if (!name.empty() && IsIdentifierEmpty(nameToken.get()))
+    throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
+  return AddObject(schemaToken.get(), nameToken.get(), objectClass, system, databaseName.get());
 }
 
 TmvMetadataSynonym* TmvMetadataContainer::AddSynonym(const TSQLQualifiedName* name,
@@ -207,6 +198,62 @@ TmvMetadataSynonym* TmvMetadataContainer::AddSynonym(const TSQLQualifiedName* na
   auto* synonym = static_cast<TmvMetadataSynonym*>(AddObject(name, TmvMetadataSynonym::StaticClass(), system));
   if (!IsQualifiedNameEmpty(referencedName)) synonym->SetReferencedFullName(referencedName);
   return synonym;
+}
+
+TmvMetadataSynonym* TmvMetadataContainer::AddSynonym(WideStringView name, WideStringView referencedName,
+                                                     bool system) {
+  CheckSyntaxProvider();
+  TmvBaseSQLContext* context = SQLContext();
+  TmvOwned<TSQLQualifiedName> synonymName = context->ParseQualifiedNameQuoteIfNeed(WideString(name));
+  if (!synonymName) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
+  TmvOwned<TSQLQualifiedName> target;
+  if (!referencedName.empty()) {
+    target = context->ParseQualifiedNameQuoteIfNeed(WideString(referencedName));
+    if (!target) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
+  }
+  return AddSynonym(synonymName.get(), target.get(), system);
+}
+
+// --- Lookups by text ---
+
+void TmvMetadataContainer::ParseObjectNames(WideStringView schema, WideStringView name, WideStringView database,
+                                            TmvOwned<TastTokenIdentifier>& schemaToken,
+                                            TmvOwned<TastTokenIdentifier>& nameToken,
+                                            TmvOwned<TSQLQualifiedName>& databaseName) const {
+  TmvBaseSQLContext* context = SQLContext();
+  auto identifier = [context](WideStringView text) {
+    TmvOwned<TastTokenIdentifier> token =
+        !text.empty() && context ? context->ParseIdentifierQuoteIfNeed(WideString(text)) : nullptr;
+    return token ? std::move(token) : TastCreate<TastTokenIdentifier>(context);
+  };
+  schemaToken = identifier(schema);
+  nameToken = identifier(name);
+  databaseName = !database.empty() && context ? context->ParseQualifiedNameQuoteIfNeed(WideString(database)) : nullptr;
+  if (!databaseName) databaseName = TastCreate<TSQLQualifiedName>(context);
+}
+
+TmvMetadataObject* TmvMetadataContainer::FindByNameAndClass(WideStringView name, WideStringView schema,
+                                                            const TmvClass& objectClass,
+                                                            WideStringView database) const {
+  TmvOwned<TastTokenIdentifier> schemaToken;
+  TmvOwned<TastTokenIdentifier> nameToken;
+  TmvOwned<TSQLQualifiedName> databaseName;
+  ParseObjectNames(schema, name, database, schemaToken, nameToken, databaseName);
+  if (IsIdentifierEmpty(nameToken.get())) return nullptr;
+  return FindByNameAndClass(nameToken.get(), schemaToken.get(), objectClass, databaseName.get());
+}
+
+TmvMetadataObject* TmvMetadataContainer::FindByFullNameAndClass(WideStringView name,
+                                                                const TmvClass& objectClass) const {
+  if (name.empty() || !SQLContext()) return nullptr;
+  TmvOwned<TSQLQualifiedName> parsed = SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(name));
+  return parsed ? FindByFullNameAndClass(parsed.get(), objectClass) : nullptr;
+}
+
+TmvMetadataObject* TmvMetadataContainer::FindByAltNameAndClass(WideStringView name, bool caseSensitive,
+                                                               const TmvClass& objectClass) const {
+  TmvOwned<TastTokenIdentifier> token = TastCreate<TastTokenIdentifier>(SQLContext(), name, caseSensitive);
+  return FindByAltNameAndClass(token.get(), objectClass);
 }
 
 // --- The list ---
@@ -499,6 +546,26 @@ void TmvMetadataContainer::LoadMetadataByMask(WideStringView objectMask, WideStr
   LoadMetadataByFilter(MaskFilter(objectMask, schemaMask, caseSensitive).get(), database);
 }
 
+void TmvMetadataContainer::LoadMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
+                                              WideStringView database, bool caseSensitive) {
+  TmvOwned<TSQLQualifiedName> databaseName = ParseDatabaseText(database);
+  LoadMetadataByMask(objectMask, schemaMask, databaseName.get(), caseSensitive);
+}
+
+void TmvMetadataContainer::ClearMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
+                                               WideStringView database, bool caseSensitive) {
+  TmvOwned<TSQLQualifiedName> databaseName = ParseDatabaseText(database);
+  ClearMetadataByMask(objectMask, schemaMask, databaseName.get(), caseSensitive);
+}
+
+TmvOwned<TSQLQualifiedName> TmvMetadataContainer::ParseDatabaseText(WideStringView database) const {
+  if (database.empty()) return nullptr;
+  CheckSyntaxProvider();
+  TmvOwned<TSQLQualifiedName> name = SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(database));
+  if (!name) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
+  return name;
+}
+
 void TmvMetadataContainer::ClearMetadataByFilter(const TmvMetadataFilter* filter,
                                                  const TSQLQualifiedName* database) {
   TmvAbortReset abortReset(abort_);
@@ -533,6 +600,50 @@ void TmvMetadataContainer::SetDefaultDatabaseName(const TSQLQualifiedName* value
 }
 
 WideString TmvMetadataContainer::DefaultDatabaseNameStr() const { return defaultDatabaseName_->GetQualifiedName(); }
+
+void TmvMetadataContainer::SetDefaultDatabaseNameStr(WideStringView value) {
+  defaultDatabaseName_->SetQualifiedName(value);
+  NotifyUpdated();
+}
+
+void TmvMetadataContainer::SetDefaultSchemaNamesStr(WideStringView value) {
+  if (value == DefaultSchemaNamesStr()) return;
+  const TmvBaseSyntaxProvider* provider = SyntaxProvider();
+  const WideString quoteBegin = provider ? provider->GetQuoteBegin() : WideString(u"\"");
+  const WideString quoteEnd = provider ? provider->GetQuoteEnd() : WideString(u"\"");
+  // The pieces between the ";" that stand outside quotes.
+  std::vector<WideString> pieces(1);
+  bool quoted = false;
+  for (size_t i = 0; i < value.size();) {
+    const WideStringView rest = value.substr(i);
+    if (!quoted && !quoteBegin.empty() && rest.starts_with(quoteBegin)) {
+      quoted = true;
+      pieces.back() += quoteBegin;
+      i += quoteBegin.size();
+    } else if (quoted && !quoteEnd.empty() && rest.starts_with(quoteEnd)) {
+      quoted = false;
+      pieces.back() += quoteEnd;
+      i += quoteEnd.size();
+    } else if (!quoted && value[i] == u';') {
+      pieces.emplace_back();
+      ++i;
+    } else {
+      pieces.back() += value[i++];
+    }
+  }
+  TmvUpdateBatch batch(*this);
+  defaultSchemaNames_->Clear();
+  TmvBaseSQLContext* context = SQLContext();
+  for (const WideString& untrimmed : pieces) {
+    // Blanks around a piece are no part of the name.
+    const WideString piece = WideTrim(untrimmed);
+    if (piece.empty()) continue;
+    TmvOwned<TastTokenIdentifier> id = context ? context->ParseIdentifierQuoteIfNeed(piece) : nullptr;
+    if (!id) id = TastCreate<TastTokenIdentifier>(context, piece, false);
+    defaultSchemaNames_->Insert(defaultSchemaNames_->GetCount())->Assign(*id);
+  }
+  NotifyUpdated();
+}
 
 WideString TmvMetadataContainer::DefaultSchemaNamesStr() const {
   WideString text;

@@ -70,6 +70,14 @@ class TmvMetadataContainer : public TmvMetadataBase {
     return static_cast<T*>(FindByAltNameAndClass(name, T::StaticClass()));
   }
 
+  // The same on SQL text, which is parsed first; text that is no name finds
+  // nothing (no exception). An alternate name is taken as it stands, with
+  // the case flag given.
+  TmvMetadataObject* FindByNameAndClass(WideStringView name, WideStringView schema, const TmvClass& objectClass,
+                                        WideStringView database) const;
+  TmvMetadataObject* FindByFullNameAndClass(WideStringView name, const TmvClass& objectClass) const;
+  TmvMetadataObject* FindByAltNameAndClass(WideStringView name, bool caseSensitive, const TmvClass& objectClass) const;
+
 #define MV_METADATA_FIND_FAMILY(Kind)                                                                          \
   TmvMetadata##Kind* Find##Kind##ByName(const TastTokenIdentifier* name,                                       \
                                         const TastTokenIdentifier* schema = nullptr,                           \
@@ -81,6 +89,18 @@ class TmvMetadataContainer : public TmvMetadataBase {
   }                                                                                                            \
   TmvMetadata##Kind* Find##Kind##ByAltName(const TastTokenIdentifier* name) const {                            \
     return FindByAltName<TmvMetadata##Kind>(name);                                                             \
+  }                                                                                                            \
+  TmvMetadata##Kind* Find##Kind##ByName(WideStringView name, WideStringView schema = {},                       \
+                                        WideStringView database = {}) const {                                  \
+    return static_cast<TmvMetadata##Kind*>(                                                                    \
+        FindByNameAndClass(name, schema, TmvMetadata##Kind::StaticClass(), database));                         \
+  }                                                                                                            \
+  TmvMetadata##Kind* Find##Kind##ByFullName(WideStringView name) const {                                       \
+    return static_cast<TmvMetadata##Kind*>(FindByFullNameAndClass(name, TmvMetadata##Kind::StaticClass()));   \
+  }                                                                                                            \
+  TmvMetadata##Kind* Find##Kind##ByAltName(WideStringView name, bool caseSensitive) const {                    \
+    return static_cast<TmvMetadata##Kind*>(                                                                    \
+        FindByAltNameAndClass(name, caseSensitive, TmvMetadata##Kind::StaticClass()));                         \
   }
   MV_METADATA_FIND_FAMILY(Object)
   MV_METADATA_FIND_FAMILY(Table)
@@ -88,6 +108,13 @@ class TmvMetadataContainer : public TmvMetadataBase {
   MV_METADATA_FIND_FAMILY(Procedure)
   MV_METADATA_FIND_FAMILY(Synonym)
 #undef MV_METADATA_FIND_FAMILY
+
+  // Schema, name and database read from SQL text (identifiers, and a name
+  // for the database); empty text gives an empty token or name, and so does
+  // text that is no name. The caller owns what comes out.
+  void ParseObjectNames(WideStringView schema, WideStringView name, WideStringView database,
+                        TmvOwned<TastTokenIdentifier>& schemaToken, TmvOwned<TastTokenIdentifier>& nameToken,
+                        TmvOwned<TSQLQualifiedName>& databaseName) const;
 
   // --- Adding ---
   // A new object of `objectClass` (a metadata object class) with those
@@ -98,18 +125,40 @@ class TmvMetadataContainer : public TmvMetadataBase {
   // Split from a full name; an empty database part becomes DefaultDatabaseName.
   TmvMetadataObject* AddObject(const TSQLQualifiedName* fullName, const TmvMetadataClass& objectClass,
                                bool system = false);
-  TmvMetadataTable* AddTable(const TastTokenIdentifier* schema, const TastTokenIdentifier* name, bool system = false,
-                             const TSQLQualifiedName* database = nullptr);
-  TmvMetadataTable* AddTable(const TSQLQualifiedName* fullName, bool system = false);
-  TmvMetadataView* AddView(const TastTokenIdentifier* schema, const TastTokenIdentifier* name, bool system = false,
-                           const TSQLQualifiedName* database = nullptr);
-  TmvMetadataView* AddView(const TSQLQualifiedName* fullName, bool system = false);
-  TmvMetadataProcedure* AddProcedure(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,
-                                     bool system = false, const TSQLQualifiedName* database = nullptr);
-  TmvMetadataProcedure* AddProcedure(const TSQLQualifiedName* fullName, bool system = false);
+  // Parsed first; "Invalid object name" for text that is no name.
+  TmvMetadataObject* AddObject(WideStringView fullName, const TmvMetadataClass& objectClass, bool system = false);
+
+  // AddTable, AddView, AddProcedure: by tokens, by a full name, by SQL text
+  // of a full name, and by the three parts as SQL text.
+#define MV_METADATA_ADD_FAMILY(Kind)                                                                          \
+  TmvMetadata##Kind* Add##Kind(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,             \
+                               bool system = false, const TSQLQualifiedName* database = nullptr) {             \
+    return static_cast<TmvMetadata##Kind*>(                                                                    \
+        AddObject(schema, name, TmvMetadata##Kind::StaticClass(), system, database));                          \
+  }                                                                                                            \
+  TmvMetadata##Kind* Add##Kind(const TSQLQualifiedName* fullName, bool system = false) {                       \
+    return static_cast<TmvMetadata##Kind*>(AddObject(fullName, TmvMetadata##Kind::StaticClass(), system));     \
+  }                                                                                                            \
+  TmvMetadata##Kind* Add##Kind(WideStringView fullName, bool system = false) {                                 \
+    return static_cast<TmvMetadata##Kind*>(AddObject(fullName, TmvMetadata##Kind::StaticClass(), system));     \
+  }                                                                                                            \
+  TmvMetadata##Kind* Add##Kind(WideStringView schema, WideStringView name, bool system,                        \
+                               WideStringView database = {}) {                                                 \
+    return static_cast<TmvMetadata##Kind*>(                                                                    \
+        AddObjectByTexts(schema, name, TmvMetadata##Kind::StaticClass(), system, database));                   \
+  }                                                                                                            \
+  /* Two texts would pass the second as the system flag. */                                                    \
+  TmvMetadata##Kind* Add##Kind(WideStringView, const char16_t*) = delete;
+  MV_METADATA_ADD_FAMILY(Table)
+  MV_METADATA_ADD_FAMILY(View)
+  MV_METADATA_ADD_FAMILY(Procedure)
+#undef MV_METADATA_ADD_FAMILY
+  TmvMetadataObject* AddObjectByTexts(WideStringView schema, WideStringView name, const TmvMetadataClass& objectClass,
+                                      bool system, WideStringView database);
   // A synonym of `name` whose target is `referencedName` (left unset when empty).
   TmvMetadataSynonym* AddSynonym(const TSQLQualifiedName* name, const TSQLQualifiedName* referencedName,
                                  bool system = false);
+  TmvMetadataSynonym* AddSynonym(WideStringView name, WideStringView referencedName, bool system = false);
 
   // --- The list ---
   int Count() const { return int(items_.size()); }
@@ -149,10 +198,15 @@ class TmvMetadataContainer : public TmvMetadataBase {
   // With a one-item filter of those masks.
   void LoadMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
                           const TSQLQualifiedName* database = nullptr, bool caseSensitive = true);
+  // The database as SQL text (empty: none).
+  void LoadMetadataByMask(WideStringView objectMask, WideStringView schemaMask, WideStringView database,
+                          bool caseSensitive = true);
   // Deletes the objects of that database (absent counts as empty) that the filter accepts.
   void ClearMetadataByFilter(const TmvMetadataFilter* filter, const TSQLQualifiedName* database = nullptr);
   void ClearMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
                            const TSQLQualifiedName* database = nullptr, bool caseSensitive = true);
+  void ClearMetadataByMask(WideStringView objectMask, WideStringView schemaMask, WideStringView database,
+                           bool caseSensitive = true);
   // Loads the fields of every object whose list is not loaded.
   void LoadFields(TmvConnection* connection = nullptr);
   // Asks a running load to stop; safe from any thread.
@@ -174,9 +228,14 @@ class TmvMetadataContainer : public TmvMetadataBase {
   TSQLQualifiedName* DefaultDatabaseName() const { return defaultDatabaseName_.get(); }
   void SetDefaultDatabaseName(const TSQLQualifiedName* value);
   WideString DefaultDatabaseNameStr() const;
+  // Read as a name from SQL text (Exception "Invalid object name" for text that is no name).
+  void SetDefaultDatabaseNameStr(WideStringView value);
   TSQLIdentifiersCollection* DefaultSchemaNames() const { return defaultSchemaNames_.get(); }
   // The schemas in SQL text joined with ";".
   WideString DefaultSchemaNamesStr() const;
+  // Split at each ";" outside the dialect's quotes; each piece, without the
+  // blanks around it, is read as an identifier.
+  void SetDefaultSchemaNamesStr(WideStringView value);
   // Aggregate functions of the server beside the dialect's own.
   TmvMetadataQualifiedNamesList* CustomAggregateFunctions() const { return customAggregateFunctions_.get(); }
 
@@ -222,6 +281,8 @@ class TmvMetadataContainer : public TmvMetadataBase {
   // The first object of the class in the candidate's bucket whose full name equals it.
   TmvMetadataObject* FindCandidate(const TSQLQualifiedName* candidate, const TmvClass& objectClass) const;
   bool SupportsSchemas() const;
+  // A database name from SQL text; null for empty text.
+  TmvOwned<TSQLQualifiedName> ParseDatabaseText(WideStringView database) const;
   bool SupportsDatabases() const;
   void TakeObject(TmvMetadataObject* object);
 

@@ -2,10 +2,13 @@
 
 #include "dialects/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
+#include "metadata/MetadataMessages.h"
 #include "metadata/dataset/Field.h"
 #include "metadata/dataset/FieldDef.h"
+#include "support/Exceptions.h"
 #include "support/TextHelpers.h"
 #include "tree/ExpressionBase.h"
+#include "tree/SelectClauses.h"
 
 namespace mv {
 
@@ -97,6 +100,40 @@ void TmvMetadataField::SetNameToken(const TastTokenIdentifier* token) {
   NotifyUpdated();
 }
 
+void TmvMetadataField::SetNameStr(WideStringView text) {
+  if (text == NameStr()) return;
+  if (text.empty()) {
+    SetName(nullptr);
+    return;
+  }
+  TmvOwned<TSQLQualifiedName> name = SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
+  if (!name) RaiseBadObjectName();
+  SetName(name.get());
+}
+
+void TmvMetadataField::SetNameAlias(const TSQLAliasExpression* alias) {
+  const TastToken* token = alias ? alias->Name.get() : nullptr;
+  if (!token) return;
+  if (const auto* id = TmvCast<TastTokenIdentifier>(token))
+    SetNameToken(id);
+  else
+    SetNameStr(token->Token);
+}
+
+void TmvMetadataField::SetExpression(WideStringView text) {
+  if (text == expression_) return;
+  if (text.empty()) {
+    SetExpressionAST(nullptr, text);
+    return;
+  }
+  TmvErrorList errors;
+  TmvOwned<TSQLExpressionItem> expression =
+      SQLContext() ? SQLContext()->ParseExpression(WideString(text), &errors) : nullptr;
+  if (!expression)
+    throw EmvQueryBuilderError(WideString(text), errors.empty() ? MetadataMessage(mvQBBadObjectName) : errors.front());
+  SetExpressionAST(std::move(expression), text);
+}
+
 WideString TmvMetadataField::NameStr() const { return name_->GetQualifiedName(); }
 WideString TmvMetadataField::NameStrNotQuoted() const { return name_->GetQualifiedNameWithoutQuotes(); }
 
@@ -185,6 +222,13 @@ TmvMetadataField* TmvMetadataFieldsList::AddField(const TastToken* token) {
   return AddField(name.get());
 }
 
+TmvMetadataField* TmvMetadataFieldsList::AddField(WideStringView text) {
+  TmvOwned<TSQLQualifiedName> name =
+      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
+  if (!name) RaiseBadObjectName();
+  return AddField(name.get());
+}
+
 TmvMetadataField* TmvMetadataFieldsList::AddField(const TmvField& source) {
   TmvUpdateBatch batch(*this);
   TmvMetadataField* field = Add();
@@ -226,6 +270,20 @@ int TmvMetadataFieldsList::FindFieldByName(const TSQLQualifiedName* name) const 
   for (int i = 0; i < Count(); ++i)
     if (context->IsQualifiedNamesEqual(Items(i)->Name(), name)) return i;
   return -1;
+}
+
+int TmvMetadataFieldsList::FindFieldByName(WideStringView text) const {
+  TmvBaseSQLContext* context = SQLContext();
+  if (!context || !context->SyntaxProvider()) {
+    const WideString wanted = WideUpperCase(text);
+    for (int i = 0; i < Count(); ++i) {
+      const TSQLQualifiedName* name = Items(i)->Name();
+      if (name->GetCount() == 1 && WideUpperCase(name->Token(0)->Token) == wanted) return i;
+    }
+    return -1;
+  }
+  TmvOwned<TSQLQualifiedName> name = context->ParseQualifiedNameQuoteIfNeed(WideString(text));
+  return name ? FindFieldByName(name.get()) : -1;
 }
 
 }  // namespace mv

@@ -42,6 +42,12 @@ class TmvMetadataField : public TmvMetadataCollectionItemBase {
   void SetName(const TSQLQualifiedName* name);
   // A one-part name of a clone of the token.
   void SetNameToken(const TastTokenIdentifier* token);
+  // The name read from SQL text (quoted where it has to be); empty text
+  // clears it; "Invalid object name" for text that is no name.
+  void SetNameStr(WideStringView text);
+  // The alias of a select item: an identifier as it stands, other tokens
+  // (a string) through SetNameStr.
+  void SetNameAlias(const TSQLAliasExpression* alias);
   // The name as the context's builder writes it, and without quotes.
   WideString NameStr() const;
   WideString NameStrNotQuoted() const;
@@ -57,6 +63,10 @@ class TmvMetadataField : public TmvMetadataCollectionItemBase {
   // --- Virtual calculated field: an expression in place of a column ---
   const WideString& Expression() const { return expression_; }
   TSQLExpressionItem* ExpressionAST() const { return expressionAST_.get(); }
+  // Parses non-empty text as an expression, which then makes the field
+  // virtual; empty text frees the parse and keeps the previous text. A text
+  // that does not parse raises EmvQueryBuilderError and changes nothing.
+  void SetExpression(WideStringView text);
   // Takes a parsed expression and its text; null with any text frees the parse.
   void SetExpressionAST(TmvOwned<TSQLExpressionItem> expression, WideStringView text);
   bool IsVirtualCalculatedField() const { return expressionAST_ != nullptr; }
@@ -132,6 +142,8 @@ class TmvMetadataFieldsList : public TmvMetadataCollectionOf<TmvMetadataField> {
   // A one-part name from a token: an identifier is cloned, a string literal
   // is unquoted into an identifier, any other token gives an identifier of its text.
   TmvMetadataField* AddField(const TastToken* token);
+  // A name read from SQL text; "Invalid object name" for text that is no name.
+  TmvMetadataField* AddField(WideStringView text);
   TmvMetadataField* AddField(const TmvField& field);
   TmvMetadataField* AddField(const TmvFieldDef& def);
 
@@ -140,6 +152,9 @@ class TmvMetadataFieldsList : public TmvMetadataCollectionOf<TmvMetadataField> {
   int FindFieldByName(const TastToken* token) const;
   int FindFieldByName(const TastTokenIdentifier* token) const;
   int FindFieldByName(const TSQLQualifiedName* name) const;
+  // SQL text; without a syntax provider the upper-case texts of one-part
+  // names are compared. Text that is no name finds nothing.
+  int FindFieldByName(WideStringView text) const;
 
  protected:
   void ItemInserted(TmvMetadataCollectionItemBase*) override { loaded_ = true; }

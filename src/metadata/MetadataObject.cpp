@@ -140,6 +140,41 @@ void TmvMetadataObject::SetDBLink(const TSQLQualifiedName* value) {
   NotifyUpdated();
 }
 
+void TmvMetadataObject::SetNameStr(WideStringView text) {
+  name_->SetTokenStr(text);
+  UpdateNames();
+  NotifyUpdated();
+}
+
+void TmvMetadataObject::SetSchemaStr(WideStringView text) {
+  schema_->SetTokenStr(text);
+  UpdateNames();
+  NotifyUpdated();
+}
+
+namespace {
+
+// A name read from SQL text for a setter: null for empty text; raises
+// "Invalid object name" for text that is no name.
+TmvOwned<TSQLQualifiedName> ParseNameText(TmvBaseSQLContext* context, WideStringView text) {
+  if (text.empty()) return nullptr;
+  TmvOwned<TSQLQualifiedName> name = context ? context->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
+  if (!name) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
+  return name;
+}
+
+}  // namespace
+
+void TmvMetadataObject::SetDatabaseStr(WideStringView text) {
+  if (text == DatabaseStr()) return;
+  SetDatabase(ParseNameText(SQLContext(), text).get());
+}
+
+void TmvMetadataObject::SetDBLinkStr(WideStringView text) {
+  if (text == DBLinkStr()) return;
+  SetDBLink(ParseNameText(SQLContext(), text).get());
+}
+
 WideString TmvMetadataObject::NameStr() const { return TokenSQL(name_.get()); }
 WideString TmvMetadataObject::SchemaStr() const { return TokenSQL(schema_.get()); }
 WideString TmvMetadataObject::DatabaseStr() const { return database_->GetQualifiedName(); }
@@ -211,6 +246,15 @@ void TmvMetadataObject::SetAltNameCaseSensitive(bool value) {
     container_->SetObjectsUpdated();
   }
   NotifyUpdated();
+}
+
+void TmvMetadataObject::SetExpression(WideStringView text) {
+  if (text == expression_) return;
+  if (text.empty()) {
+    SetExpressionAST(nullptr, text);
+    return;
+  }
+  SetExpressionAST(RequireContext(*this).ParseDatasource(WideString(text)), text);
 }
 
 void TmvMetadataObject::SetExpressionAST(TmvOwned<TSQLFromSource> expression, WideStringView text) {
@@ -471,6 +515,10 @@ void TmvMetadataSynonym::SetReferencedFullName(const TSQLQualifiedName* value) {
   }
   UpdateReferencedFullName();
   NotifyUpdated();
+}
+
+void TmvMetadataSynonym::SetReferencedFullNameStr(WideStringView text) {
+  SetReferencedFullName(ParseNameText(SQLContext(), text).get());
 }
 
 WideString TmvMetadataSynonym::ReferencedFullNameStr() const { return referencedFullName_->GetQualifiedName(); }

@@ -56,6 +56,14 @@ class TmvMetadataObject : public TmvMetadataBase {
   void SetSchema(const TastTokenIdentifier* value);
   void SetDatabase(const TSQLQualifiedName* value);
   void SetDBLink(const TSQLQualifiedName* value);
+  // From SQL text: the name and schema as identifiers (quoted where they
+  // have to be); the database and link as names, unchanged when the text
+  // equals the present one, cleared by empty text, and "Invalid object name"
+  // for text that is no name.
+  void SetNameStr(WideStringView text);
+  void SetSchemaStr(WideStringView text);
+  void SetDatabaseStr(WideStringView text);
+  void SetDBLinkStr(WideStringView text);
 
   // Text with quotes where the context's builder writes them.
   WideString NameStr() const;
@@ -100,6 +108,10 @@ class TmvMetadataObject : public TmvMetadataBase {
   // --- Virtual object: a FROM source in place of a server object ---
   const WideString& Expression() const { return expression_; }
   TSQLFromSource* ExpressionAST() const { return expressionAST_.get(); }
+  // Parses non-empty text as a FROM source (EmvSQLError when it is none),
+  // which makes the object virtual; empty text frees the parse and keeps
+  // the previous text.
+  void SetExpression(WideStringView text);
   // Takes a parsed source and its text. Null frees the parse and leaves the text.
   void SetExpressionAST(TmvOwned<TSQLFromSource> expression, WideStringView text);
   bool IsVirtualCalculatedObject() const { return expressionAST_ != nullptr; }
@@ -246,6 +258,8 @@ class TmvMetadataSynonym : public TmvMetadataObject {
   void SetReferencedName(const TastTokenIdentifier* value);
   // Splits a full name into the three parts (an empty name clears them).
   void SetReferencedFullName(const TSQLQualifiedName* value);
+  // The same from SQL text; "Invalid object name" for text that is no name.
+  void SetReferencedFullNameStr(WideStringView text);
   WideString ReferencedFullNameStr() const;
 
   // The target in the container, looked up on every call; null when the

@@ -1,5 +1,6 @@
 #include "metadata/MetadataQualifiedNamesList.h"
 
+#include "frontend/SQLContext.h"
 #include "support/Exceptions.h"
 
 namespace mv {
@@ -51,6 +52,19 @@ TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(const TastTokenIdentifier*
 
 TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(const TSQLQualifiedName* name) {
   return Insert(Count(), name);
+}
+
+TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(WideStringView text) {
+  TmvOwned<TSQLQualifiedName> name =
+      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
+  if (!name) RaiseBadObjectName();
+  return Add(name.get());
+}
+
+int TmvMetadataQualifiedNamesList::FindByName(WideStringView text) const {
+  TmvOwned<TSQLQualifiedName> name =
+      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
+  return name ? FindByName(name.get()) : -1;
 }
 
 TSQLQualifiedName* TmvMetadataQualifiedNamesList::Insert(int index, const TSQLQualifiedName* name) {

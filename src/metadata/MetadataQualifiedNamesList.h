@@ -29,6 +29,8 @@ class TmvMetadataQualifiedNamesList : public TmvMetadataBase {
   TSQLQualifiedName* Add(const TastTokenIdentifier* token);
   // A clone of the name.
   TSQLQualifiedName* Add(const TSQLQualifiedName* name);
+  // A name read from SQL text; "Invalid object name" for text that is no name.
+  TSQLQualifiedName* Add(WideStringView text);
   TSQLQualifiedName* Insert(int index, const TSQLQualifiedName* name);
   void Delete(int index);
   // Frees the name; its former index or -1.
@@ -38,6 +40,8 @@ class TmvMetadataQualifiedNamesList : public TmvMetadataBase {
 
   // The index of the first name equal by CompareQualifiedNames, or -1.
   int FindByName(const TSQLQualifiedName* name) const { return list_->FindByName(name); }
+  // SQL text; text that is no name finds nothing.
+  int FindByName(WideStringView text) const;
 
  private:
   void CheckIndex(int index) const;

@@ -101,6 +101,18 @@ void TmvMetadataRelation::SetChildTable(const TSQLQualifiedName* value) {
   NotifyUpdated();
 }
 
+void TmvMetadataRelation::SetChildDatabaseStr(WideStringView text) {
+  if (text == ChildDatabaseStr()) return;
+  if (text.empty()) {
+    SetChildDatabase(nullptr);
+    return;
+  }
+  TmvOwned<TSQLQualifiedName> name =
+      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
+  if (!name) RaiseBadObjectName();
+  SetChildDatabase(name.get());
+}
+
 WideString TmvMetadataRelation::ChildDatabaseStr() const { return childDatabase_->GetQualifiedName(); }
 WideString TmvMetadataRelation::ChildSchemaStr() const { return TokenSQL(childSchema_.get()); }
 WideString TmvMetadataRelation::ChildNameStr() const { return TokenSQL(childName_.get()); }

@@ -44,6 +44,8 @@ class TmvMetadataRelation : public TmvMetadataCollectionItemBase {
   void SetChildName(const TastTokenIdentifier* value);
   // Splits a full name into the three parts (an empty name clears them).
   void SetChildTable(const TSQLQualifiedName* value);
+  // The database from SQL text, as the object's SetDatabaseStr reads it.
+  void SetChildDatabaseStr(WideStringView text);
   WideString ChildDatabaseStr() const;
   WideString ChildSchemaStr() const;
   WideString ChildNameStr() const;

@@ -156,6 +156,9 @@ TEST_F(ChinookTest, NamesResolveUnderTheDialectsCaseRule) {
   EXPECT_EQ(container->FindTableByFullName(Name({u"Track"}, true).get()), track);
   EXPECT_EQ(container->FindTableByFullName(Name({u"track"}).get()), track);
   EXPECT_EQ(container->FindTableByFullName(Name({u"TRACK"}, true).get()), track);
+  for (const char16_t* text : {u"Track", u"\"Track\"", u"track", u"\"TRACK\""})
+    EXPECT_EQ(container->FindTableByFullName(text), track) << UTF8Encode(text);
+  EXPECT_EQ(container->FindTableByFullName(u"Tracks"), nullptr);
 
   // On a case-sensitive dialect that folds bare names to upper case, the
   // names are loaded with the case flag: only the quoted spelling reaches them.
@@ -167,5 +170,8 @@ TEST_F(ChinookTest, NamesResolveUnderTheDialectsCaseRule) {
   EXPECT_EQ(container->FindTableByFullName(Name({u"Track"}).get()), nullptr);
   EXPECT_EQ(container->FindTableByFullName(Name({u"track"}).get()), nullptr);
   EXPECT_EQ(container->FindTableByFullName(Name({u"track"}, true).get()), nullptr);
+  EXPECT_EQ(container->FindTableByFullName(u"\"Track\""), track);
+  EXPECT_EQ(container->FindTableByFullName(u"Track"), nullptr);
+  EXPECT_EQ(container->FindTableByFullName(u"track"), nullptr);
   EXPECT_EQ(track->NameStr(), u"\"Track\"");
 }
