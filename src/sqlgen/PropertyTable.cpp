@@ -122,7 +122,7 @@ TmvPropertyTable::Resolved TmvPropertyTable::Resolve(const TmvPersistent& object
     }
     if (!last)
       throw EmvQueryBuilderError(WideString(path),
-                                 WideFormat(u"Unknown property \"%s\": %s is a %s and has no properties",
+                                 WideFormat(u"Unknown property \"%s\": %s is of type %s and has no properties",
                                             {WideString(path), WideString(entry->Name), entry->TypeName()}));
     return {current, table, entry};
   }
