@@ -10,6 +10,8 @@ int RunHelp(const std::vector<std::string>& args, std::ostream& out, std::ostrea
 int RunVersion(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunDecode(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunTokens(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunParse(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunDialects(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {
@@ -20,6 +22,22 @@ const std::vector<Command>& AllCommands() {
       {"tokens", "print the tokens of the input, one a line (kind, line:col, pos, flags, text)",
        "mvsql tokens [--dialect NAME] [FILE|-]\n"
        "  --dialect NAME  the scanner to use (default sql92)\n", RunTokens},
+      {"parse", "parse the input and print it back, its tree or its way",
+       "mvsql parse [--dialect NAME] [--entry ENTRY] [--way] [--tree] [FILE|-]\n"
+       "       mvsql parse --batch [--dialect NAME] [--failures] [--reasons N] FILE...\n"
+       "  --dialect NAME  the dialect: a short name (sql92) or a provider class name (default sql92)\n"
+       "  --entry ENTRY   select (default), subquery, object, expression, selectitem, logical,\n"
+       "                  fromsource or identifier\n"
+       "  --way           print the decisions of the way the parser chose\n"
+       "  --tree          print the syntax tree, one node a line\n"
+       "  --batch         files of statements separated by ';;' lines: per file, how many parse\n"
+       "                  and how many print back to text that parses to the same print\n"
+       "  --failures      with --batch: list the statements that fail\n"
+       "  --reasons N     with --batch: the N tokens most often blamed for a syntax error\n"
+       "Without --way and --tree the tree is printed back as one line of SQL. A syntax error\n"
+       "prints the parser's message on standard error and exits with 1.\n",
+       RunParse},
+      {"dialects", "list the dialects: provider class, short name, description", "mvsql dialects\n", RunDialects},
   };
   return commands;
 }

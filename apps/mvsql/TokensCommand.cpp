@@ -7,31 +7,12 @@
 
 #include "Arguments.h"
 #include "Command.h"
-#include "SQL92Scan.h"
+#include "DialectNames.h"
 #include "support/TextFile.h"
 
 namespace mvsql {
 
 namespace {
-
-struct ScannerEntry {
-  const char* dialect;
-  const mv::TmvScannerClass& (*scannerClass)();
-};
-
-// The dialects whose scanners this tool knows.
-const ScannerEntry kScanners[] = {
-    {"sql92", &mv::SQL92Scanner::ScannerClass},
-};
-
-const mv::TmvScannerClass& FindScanner(const std::string& dialect) {
-  std::string known;
-  for (const ScannerEntry& e : kScanners) {
-    if (mv::AnsiSameText(dialect, e.dialect)) return e.scannerClass();
-    known += std::string(known.empty() ? "" : ", ") + e.dialect;
-  }
-  throw UsageError{"unknown dialect '" + dialect + "' (known: " + known + ")"};
-}
 
 std::string Escaped(const std::string& text) {
   std::string out;
@@ -51,10 +32,10 @@ std::string Escaped(const std::string& text) {
 
 int RunTokens(const std::vector<std::string>& args, std::ostream& out, std::ostream&) {
   Arguments arguments(args, {"dialect"}, {});
-  const mv::TmvScannerClass& scannerClass = FindScanner(arguments.Value("dialect", "sql92"));
+  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = CreateDialect(arguments.Value("dialect", "sql92"));
   const std::string path = arguments.InputPath();
   const mv::WideString text = mv::ReadTextFile(path);
-  mv::TmvOwned<mv::TmvBaseScanner> scanner(scannerClass.CreateRaw());
+  mv::TmvOwned<mv::TmvBaseScanner> scanner = provider->CreateScanner();
   scanner->Init(text);
   std::string line;
   for (const mv::TmvToken& t : scanner->GetTokens()) {

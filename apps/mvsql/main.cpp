@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "dialects/EngineInit.h"
 #include "support/Exceptions.h"
 
 namespace mvsql {
@@ -47,6 +48,7 @@ int RunVersion(const std::vector<std::string>&, std::ostream& out, std::ostream&
 
 int main(int argc, char** argv) {
   using namespace mvsql;
+  mv::InitializeEngine();
   std::vector<std::string> args(argv + 1, argv + argc);
   if (args.empty()) {
     PrintGeneralHelp(std::cerr);

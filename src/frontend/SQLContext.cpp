@@ -1,9 +1,15 @@
 #include "frontend/SQLContext.h"
 
 #include "dialects/SyntaxProvider.h"
+#include "frontend/Parser.h"
+#include "frontend/Scanner.h"
 #include "support/Exceptions.h"
+#include "support/MessageCatalog.h"
+#include "tree/FromClause.h"
 #include "tree/QualifiedNames.h"
 #include "tree/QualifiedNamesList.h"
+#include "tree/SelectClauses.h"
+#include "tree/SelectStatement.h"
 #include "tree/Tokens.h"
 
 namespace mv {
@@ -26,6 +32,10 @@ TmvBaseSQLContext::TmvBaseSQLContext() {
   SQLBuilderExpressionForServerWithoutQuotes().SetQuoteIdentifiers(icNone);
   SQLBuilderMetadata().SetQuoteIdentifiers(icNone);
   astNodes_.reserve(2048);
+  logHelper_.SetPrefix(TmvLogHelper::ObjectPrefix(this));
+  // The messages of failed parses read right even where the host has not
+  // started the library (registration is done once).
+  RegisterFrontendMessages();
 }
 
 namespace {
@@ -37,6 +47,7 @@ enum : uintptr_t { kProviderChanged = 1, kProviderDestroying = 2 };
 
 TmvBaseSQLContext::~TmvBaseSQLContext() {
   HookSyntaxProvider(false);
+  FreeIdentifierParsing();
   // The cached names are nodes of this context: they go while the registry
   // they unregister from is still there.
   InvalidateAggregateNamesCache();
@@ -103,7 +114,9 @@ void TmvBaseSQLContext::SetMetadataContainer(TmvMetadataContainer* container) {
 
 void TmvBaseSQLContext::NotifySyntaxProviderChanged() {
   syntaxProviderChanged_ = true;
-  // What depends on the dialect goes before the nodes recompute anything.
+  // What depends on the dialect goes before the nodes recompute anything:
+  // identifier validity must follow the new grammar.
+  FreeIdentifierParsing();
   comparisonOperators_.reset();
   InvalidateAggregateNamesCache();
   InvalidateBuiltinFunctionNamesCache();
@@ -118,6 +131,7 @@ void TmvBaseSQLContext::NotifySyntaxProviderChanged() {
 void TmvBaseSQLContext::DoUpdated() {
   if (syntaxProviderChanged_) {
     syntaxProviderChanged_ = false;
+    FreeIdentifierParsing();
     comparisonOperators_.reset();
     onSyntaxProviderChanged_.Fire(this);
   }
@@ -142,17 +156,47 @@ void TmvBaseSQLContext::UnregisterAstNode(TastNode* node, int slot) {
 }
 
 void TmvBaseSQLContext::RequireSyntaxProvider() const {
-  if (!syntaxProvider_) throw Exception(u"Syntax provider is not specified");
+  if (!syntaxProvider_) throw Exception(MessageText(mvQBNoSyntaxProvider));
 }
 
 // --- Identifiers ---
 
+void TmvBaseSQLContext::FreeIdentifierParsing() {
+  std::lock_guard<std::recursive_mutex> guard(identifiersCriticalSection_);
+  identifiersParser_.reset();
+  identifiersScanner_.reset();
+}
+
+TmvBaseScanner* TmvBaseSQLContext::GetIdentifiersScanner() const {
+  if (!identifiersScanner_ && syntaxProvider_) {
+    identifiersScanner_ = syntaxProvider_->CreateScanner();
+    // Only a single bare token may pass.
+    identifiersScanner_->SkipComments = false;
+    identifiersScanner_->SkipSpaces = false;
+  }
+  return identifiersScanner_.get();
+}
+
+TmvBaseParser* TmvBaseSQLContext::GetIdentifiersParser() const {
+  if (!identifiersParser_ && syntaxProvider_)
+    identifiersParser_ = syntaxProvider_->CreateParser(GetIdentifiersScanner(), const_cast<TmvBaseSQLContext*>(this));
+  return identifiersParser_.get();
+}
+
 bool TmvBaseSQLContext::IsValidIdent(WideStringView text) const {
   if (!syntaxProvider_ || text.empty()) return false;
-  if (WideStartsStr(syntaxProvider_->GetQuoteBegin(), text)) return false;
-  // The dialect's identifier grammar test runs here once the generated
-  // scanners and parsers are in; until then the provider's answer decides.
-  return syntaxProvider_->IsValidIdent(text);
+  const WideString quoteBegin = syntaxProvider_->GetQuoteBegin();
+  if (!quoteBegin.empty() && WideStartsStr(quoteBegin, text)) return false;
+  bool found;
+  {
+    std::lock_guard<std::recursive_mutex> guard(identifiersCriticalSection_);
+    TmvBaseScanner* scanner = GetIdentifiersScanner();
+    TmvBaseParser* parser = GetIdentifiersParser();
+    scanner->Init(WideString(text));
+    // The first pass alone: no tree is built.
+    found = parser->TestWay([parser](TmvWayPointsList& list) { parser->ParseIdentifierWayCalc(list); });
+  }
+  return found && syntaxProvider_->IsValidIdent(text);
 }
 
 namespace {
@@ -292,6 +336,12 @@ bool TmvBaseSQLContext::IsNameOfStarAggregate(const TSQLQualifiedName* name) {
 bool TmvBaseSQLContext::IsNameOfMultiparamAggregate(const TSQLQualifiedName* name) {
   FillAggregateNamesCache();
   return multiparamAggregateNames_->FindByName(name) >= 0;
+}
+
+bool TmvBaseSQLContext::IsNameOfCustomAggregate(const TSQLQualifiedName*) {
+  // The container's custom aggregates join here with the metadata model;
+  // without a container no name is one.
+  return false;
 }
 
 bool TmvBaseSQLContext::IsNameOfBuiltinFunction(const TSQLQualifiedName* name) {

@@ -1,20 +1,31 @@
-// The SQL context: binds a syntax provider (the dialect), a metadata
-// provider and a metadata container, and is where every syntax tree node
-// belongs. Nodes register with it, so that a change of dialect reaches each
-// of them; they compare names through it under the dialect's case rules and
-// print through its six one-line builders.
+// The SQL context: the entry of all SQL text. It binds a syntax provider
+// (the dialect), a metadata provider and a metadata container, and is where
+// every syntax tree node belongs. It runs the two parser passes for each kind
+// of fragment, compares names under the dialect's case rules, answers from
+// cached name lists whether a name is an aggregate or a built-in function,
+// keeps six one-line builders for printing nodes, and keeps a registry of all
+// live nodes so that a change of dialect reaches each of them.
 //
-// This holds what nodes and builders need of a context; the parse entries,
-// the identifier grammar test and the metadata forwarders join it with the
-// SQL-92 front end.
+// Failures: whole statements raise EmvSQLError (frontend/SQLError.h);
+// fragments (an expression, a name typed into a cell) answer null instead.
+// Without a syntax provider the entries raise the plain Exception "Syntax
+// provider is not specified", except the name entries, which then take the
+// text as one name.
+//
+// A context and its trees belong to one thread at a time. Only the
+// identifier check shares state: it runs on one scanner and parser of the
+// context under IdentifiersLock.
 #pragma once
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
+#include "frontend/SQLError.h"
 #include "sqlgen/SQLBuilder.h"
+#include "support/LogHelper.h"
 #include "support/UpdatablePersistent.h"
 #include "support/WideString.h"
 
@@ -23,11 +34,25 @@ namespace mv {
 class TmvBaseSyntaxProvider;
 class TmvBaseMetadataProvider;
 class TmvMetadataContainer;
+class TmvBaseScanner;
+class TmvBaseParser;
 class TastNode;
 class TastToken;
 class TastTokenIdentifier;
 class TSQLQualifiedName;
 class TSQLQualifiedNamesList;
+class TSQLDatabaseObject;
+class TSQLSelectStatement;
+class TSQLSubSelectStatement;
+class TSQLSubQuerySelectExpression;
+class TSQLFromSource;
+class TSQLFromObject;
+class TSQLExpressionItem;
+class TSQLSelectItem;
+struct TmvToken;
+
+// A list that collects the messages of failed fragment parses.
+using TmvErrorList = std::vector<WideString>;
 
 class TmvBaseSQLContext : public TmvUpdatablePersistent {
   MV_DECLARE_CLASS()
@@ -52,6 +77,62 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   // Fired (from DoUpdated) after the dialect changed, with the context as sender.
   TmvNotificationEvent& GetOnSyntaxProviderChanged() { return onSyntaxProviderChanged_; }
 
+  // --- Parsing whole statements; each result belongs to the caller. ---
+  // Raises EmvSQLError: "Not a SELECT SQL statement." (ekNotSelectStatement)
+  // when the text does not begin with SELECT or WITH ... SELECT, "Invalid
+  // SELECT statement." (ekInvalidSelectStatement) on a syntax error.
+  TmvOwned<TSQLSelectStatement> ParseSelect(const WideString& text);
+  // The same for a statement inside another (no closing ";").
+  TmvOwned<TSQLSubSelectStatement> ParseSubQuery(const WideString& text);
+  // A sub-query that is one SELECT without WITH: the select alone, with the
+  // statement's ORDER BY when it has none of its own. Anything else raises
+  // "SQL query must be single SELECT statement" (ekNotASingleSelectStatement).
+  TmvOwned<TSQLSubQuerySelectExpression> ParseUnionSubQuery(const WideString& text);
+  // One FROM source; raises EmvSQLError "Invalid FROM object expression".
+  TmvOwned<TSQLFromSource> ParseDatasource(const WideString& text);
+
+  // --- Parsing fragments: null on a syntax error. ---
+  // The line naming the failing token goes to `errors` when given.
+  TmvOwned<TSQLExpressionItem> ParseExpression(const WideString& text, TmvErrorList* errors = nullptr);
+  // With requireLeftOperand false the text may be a predicate without its
+  // left side ("= 5", "Is Null"); leftIsLogical tells that the missing side
+  // is a logical value.
+  TmvOwned<TSQLExpressionItem> ParseLogicalExpression(const WideString& text, bool requireLeftOperand = true,
+                                                      bool leftIsLogical = false, TmvErrorList* errors = nullptr);
+  TmvOwned<TSQLSelectItem> ParseSelectItem(const WideString& text);
+  // One bare name token: blanks and comments around it fail. Without a
+  // provider, a token of the text as it stands, not quoted.
+  TmvOwned<TastTokenIdentifier> ParseIdentifier(const WideString& text);
+  // A dotted name of a table. Without a provider, the text as its one name.
+  TmvOwned<TSQLDatabaseObject> ParseObjectName(const WideString& text);
+  // The same as a qualified name (a TSQLDatabaseObject with a provider).
+  TmvOwned<TSQLQualifiedName> ParseQualifiedName(const WideString& text);
+
+  // --- For text that is a plain name rather than SQL. ---
+  // The text, else the text in the dialect's quotes, else the text quoted
+  // with the closing quote doubled.
+  TmvOwned<TastTokenIdentifier> ParseIdentifierQuoteIfNeed(const WideString& text);
+  // Null for empty text; the text, else the text in the dialect's quotes.
+  TmvOwned<TSQLDatabaseObject> ParseObjectNameQuoteIfNeed(const WideString& text);
+  TmvOwned<TSQLQualifiedName> ParseQualifiedNameQuoteIfNeed(const WideString& text);
+
+  // --- Statement tests. ---
+  // Whether the text begins (after brackets and comments) with SELECT, or
+  // with WITH and holds neither INSERT nor UPDATE after it.
+  bool IsSelectStatement(const WideString& text);
+  // The same on a scanned text; `token` names the token that decided a
+  // false answer (null for SELECT).
+  static bool IsSelectStatement(const TmvBaseScanner& scanner, const TmvToken*& token);
+  // Whether the text can stand as an identifier without quotes: one bare
+  // name token of the dialect's identifier grammar that the provider accepts.
+  bool IsValidIdent(WideStringView text) const;
+
+  // --- FROM sources made from names. ---
+  // Raises EmvQueryBuilderError "Invalid object name" when the name does not
+  // parse; an empty alias is none.
+  TmvOwned<TSQLFromObject> CreateSQLFromObject(const WideString& objectName, const WideString& alias);
+  TmvOwned<TSQLFromObject> CreateSQLFromObject(const TSQLQualifiedName* name, const TastTokenIdentifier* alias);
+
   // --- The six one-line builders; setters copy settings into them. ---
   TSQLBuilderFast& SQLBuilderExpression() { return *builders_[0]; }
   TSQLBuilderFast& SQLBuilderExpressionQuoted() { return *builders_[1]; }
@@ -75,8 +156,6 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   void NotifySyntaxProviderChanged();
 
   // --- Identifiers and names under the dialect's case rules. ---
-  // Whether the text can stand as an identifier without quotes.
-  bool IsValidIdent(WideStringView text) const;
   int CompareIdentifiers(const TastTokenIdentifier* a, const TastTokenIdentifier* b) const;
   bool IsIdentifiersEqual(const TastTokenIdentifier* a, const TastTokenIdentifier* b) const;
   int CompareTokens(const TastToken* a, const TastToken* b) const;
@@ -95,6 +174,9 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   bool IsNameOfStarAggregate(const TSQLQualifiedName* name);
   bool IsNameOfMultiparamAggregate(const TSQLQualifiedName* name);
   bool IsNameOfBuiltinFunction(const TSQLQualifiedName* name);
+  // Whether the metadata container lists the name among its custom
+  // aggregates; false without a container.
+  bool IsNameOfCustomAggregate(const TSQLQualifiedName* name);
   // Gives a name the spelling of the dialect's list that knows it.
   void AggregateNormalize(TSQLQualifiedName* name);
   void BuiltinFunctionNormalize(TSQLQualifiedName* name);
@@ -105,6 +187,20 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   TmvOwned<TastToken> ExtractNameFromFullName(const TSQLQualifiedName* name) const;
   TmvOwned<TastToken> ExtractSchemaFromFullName(const TSQLQualifiedName* name) const;
   TmvOwned<TSQLQualifiedName> ExtractDatabaseFromFullName(const TSQLQualifiedName* name);
+  // The same on SQL text, printed back; empty when there is no such part.
+  WideString ExtractNameFromFullName(const WideString& name);
+  WideString ExtractSchemaFromFullName(const WideString& name);
+  WideString ExtractDatabaseFromFullName(const WideString& name);
+
+  // --- The shared identifier scanner and parser, made on first use. ---
+  void IdentifiersLock() const { identifiersCriticalSection_.lock(); }
+  void IdentifiersUnlock() const { identifiersCriticalSection_.unlock(); }
+  // Callers hold IdentifiersLock while they use these. Null without a provider.
+  TmvBaseScanner* GetIdentifiersScanner() const;
+  TmvBaseParser* GetIdentifiersParser() const;
+
+  // Debug lines of the context; its prefix is "TmvBaseSQLContext(ADDRESS).".
+  TmvLogHelper& LogHelper() { return logHelper_; }
 
  protected:
   void DoUpdated() override;
@@ -116,11 +212,16 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   void RequireSyntaxProvider() const;
   void SyntaxProviderDestroying();
   void HookSyntaxProvider(bool hook);
+  void FreeIdentifierParsing();
+  TmvOwned<TSQLSubSelectStatement> ParseWholeSubQuery(const WideString& text);
 
   TmvBaseSyntaxProvider* syntaxProvider_ = nullptr;
   TmvBaseMetadataProvider* metadataProvider_ = nullptr;
   TmvMetadataContainer* metadataContainer_ = nullptr;
   std::unique_ptr<TSQLBuilderFast> builders_[6];
+  mutable std::recursive_mutex identifiersCriticalSection_;
+  mutable TmvOwned<TmvBaseScanner> identifiersScanner_;
+  mutable TmvOwned<TmvBaseParser> identifiersParser_;
   std::unique_ptr<std::vector<std::string>> comparisonOperators_;
   std::unique_ptr<TSQLQualifiedNamesList> prefixedAggregateNames_;
   std::unique_ptr<TSQLQualifiedNamesList> aggregateNames_;
@@ -131,6 +232,15 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   std::vector<int> freeAstNodeSlots_;
   bool syntaxProviderChanged_ = false;
   TmvNotificationEvent onSyntaxProviderChanged_;
+  TmvLogHelper logHelper_;
 };
+
+// begin + text + end, with every occurrence of `end` in the text doubled.
+// (Declared with the tokens, in tree/Tokens.h.)
+// The inverse: the text between a leading `begin` (compared without regard
+// to case) and the last character, with a doubled first character of `end`
+// taken once. Text no longer than the two quotes, or not starting with
+// `begin`, comes back as it stands.
+WideString ExtractQuotedIdentifier(WideStringView text, WideStringView begin, WideStringView end);
 
 }  // namespace mv

@@ -6,6 +6,8 @@
 #include "dialects/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
+#include "support/Exceptions.h"
+#include "support/MessageCatalog.h"
 #include "tree/FromClause.h"
 
 namespace mv {
@@ -16,6 +18,10 @@ void TSQLQualifiedName::AddName(TmvOwned<TastToken> token) { Insert(0, std::move
 
 void TSQLQualifiedName::AddName(WideStringView text, bool quoted) {
   AddName(TastCreate<TastTokenIdentifier>(SQLContext(), text, quoted));
+}
+
+void TSQLQualifiedName::AddName(WideStringView sqlText) {
+  AddName(TastCreate<TastTokenIdentifier>(SQLContext(), sqlText));
 }
 
 void TSQLQualifiedName::AddName(const TSQLQualifiedName* other) {
@@ -30,10 +36,26 @@ void TSQLQualifiedName::AddPrefix(WideStringView text, bool quoted) {
   AddPrefix(TastCreate<TastTokenIdentifier>(SQLContext(), text, quoted));
 }
 
+void TSQLQualifiedName::AddPrefix(WideStringView sqlText) {
+  AddPrefix(TastCreate<TastTokenIdentifier>(SQLContext(), sqlText));
+}
+
 void TSQLQualifiedName::AddPrefix(const TSQLQualifiedName* other) {
   if (!other) return;
   for (int i = 0; i < other->GetCount(); ++i)
     if (const TastToken* token = other->Token(i)) AddPrefix(token->CloneAs<TastToken>(SQLContext()));
+}
+
+void TSQLQualifiedName::SetQualifiedName(WideStringView sqlText) {
+  if (sqlText.empty()) {
+    Clear();
+    return;
+  }
+  TmvOwned<TSQLQualifiedName> parsed = SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(sqlText));
+  if (!parsed) throw Exception(MessageText(mvQBBadObjectName));
+  Clear();
+  // The parts and the link only: a bound name stays bound.
+  TSQLQualifiedName::Assign(*parsed);
 }
 
 TmvOwned<TastToken> TSQLQualifiedName::ExtractName() { return GetCount() ? ExtractToken(0) : nullptr; }

@@ -21,10 +21,13 @@ class TSQLQualifiedName : public TastTokenList {
   // --- Parts. "Name" is the inner end (Items[0]), "prefix" the outer end. ---
   void AddName(TmvOwned<TastToken> token);
   void AddName(WideStringView text, bool quoted);
+  // An identifier given as SQL text, quoted where it has to be.
+  void AddName(WideStringView sqlText);
   // Clones of the other's parts, keeping their order.
   void AddName(const TSQLQualifiedName* other);
   void AddPrefix(TmvOwned<TastToken> token);
   void AddPrefix(WideStringView text, bool quoted);
+  void AddPrefix(WideStringView sqlText);
   void AddPrefix(const TSQLQualifiedName* other);
   TmvOwned<TastToken> ExtractName();
   TmvOwned<TastToken> ExtractPrefix();
@@ -37,6 +40,9 @@ class TSQLQualifiedName : public TastTokenList {
   bool StartsWith(const TSQLQualifiedName* other) const;
   // Empties the parts and frees the link.
   void Clear();
+  // The name read from SQL text; empty text clears it. Raises Exception
+  // "Invalid object name" for text that is no name.
+  void SetQualifiedName(WideStringView sqlText);
 
   // --- Comparison. ---
   // The link's tokens, then the parts from the outermost to the object name.

@@ -5,6 +5,8 @@
 #include <sstream>
 
 #include "frontend/SQLContext.h"
+#include "support/Exceptions.h"
+#include "support/MessageCatalog.h"
 
 namespace mv {
 
@@ -16,6 +18,19 @@ TSQLQualifiedNamesList::~TSQLQualifiedNamesList() { Clear(); }
 int TSQLQualifiedNamesList::Add(TSQLQualifiedName* name) {
   items_.push_back(name);
   return Count() - 1;
+}
+
+int TSQLQualifiedNamesList::Add(WideStringView sqlText) {
+  TmvOwned<TSQLDatabaseObject> parsed = context_->ParseObjectNameQuoteIfNeed(WideString(sqlText));
+  if (!parsed) throw Exception(MessageText(mvQBBadObjectName));
+  TmvOwned<TSQLQualifiedName> name = NewName();
+  name->Assign(*parsed);
+  return Add(std::move(name));
+}
+
+int TSQLQualifiedNamesList::FindByName(WideStringView sqlText) const {
+  TmvOwned<TSQLQualifiedName> name = context_->ParseQualifiedNameQuoteIfNeed(WideString(sqlText));
+  return name ? FindByName(name.get()) : -1;
 }
 
 TmvOwned<TSQLQualifiedName> TSQLQualifiedNamesList::NewName() const { return TastCreate<TSQLQualifiedName>(context_); }

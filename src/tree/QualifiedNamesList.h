@@ -27,6 +27,9 @@ class TSQLQualifiedNamesList {
   // Adds a name; an owning list takes it over.
   int Add(TSQLQualifiedName* name);
   int Add(TmvOwned<TSQLQualifiedName> name) { return Add(name.release()); }
+  // A name given as SQL text (an owning list). Raises Exception "Invalid
+  // object name" for text that is no name.
+  int Add(WideStringView sqlText);
   // A new name of one built-in word.
   TSQLQualifiedName* AddBuiltin(WideStringView text);
   // A new name of one identifier.
@@ -42,6 +45,8 @@ class TSQLQualifiedNamesList {
 
   // The first index whose name compares equal by CompareQualifiedNames; -1 if none.
   int FindByName(const TSQLQualifiedName* name) const;
+  // The same for a name given as SQL text; -1 also when it is no name.
+  int FindByName(WideStringView sqlText) const;
   // Sorts by CompareQualifiedNames: by the number of parts, then the parts.
   void SortByNames();
 

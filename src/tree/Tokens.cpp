@@ -33,6 +33,28 @@ TastTokenIdentifier::TastTokenIdentifier(TmvBaseSQLContext* context, WideStringV
   RecalcValidIdentifier();
 }
 
+TastTokenIdentifier::TastTokenIdentifier(TmvBaseSQLContext* context, WideStringView sqlText)
+    : TastTokenIdentifier(context) {
+  SetTokenStr(sqlText);
+}
+
+void TastTokenIdentifier::SetTokenStr(WideStringView sqlText) {
+  if (sqlText.empty()) {
+    Clear();
+    return;
+  }
+  TmvBaseSQLContext* context = SQLContext();
+  TmvOwned<TastTokenIdentifier> parsed =
+      context ? context->ParseIdentifierQuoteIfNeed(WideString(sqlText)) : nullptr;
+  if (!parsed) {
+    // Without a context nothing can read quotes: the text stands as it is.
+    Quoted = false;
+    SetToken(sqlText);
+    return;
+  }
+  Assign(*parsed);
+}
+
 void TastTokenIdentifier::RecalcValidIdentifier() {
   TmvBaseSQLContext* context = SQLContext();
   ValidIdentifier = context && context->IsValidIdent(Token);
@@ -201,6 +223,11 @@ int TSQLIdentifiersCollection::IndexOf(const TastTokenIdentifier* token) const {
   for (int i = 0; i < Items.Count(); ++i)
     if (SQLContext()->IsIdentifiersEqual(Identifier(i), token)) return i;
   return -1;
+}
+
+bool TSQLIdentifiersCollection::ContainsSameIdStr(WideStringView sqlText) const {
+  TmvOwned<TastTokenIdentifier> token = TastCreate<TastTokenIdentifier>(SQLContext(), sqlText);
+  return ContainsSameId(token.get());
 }
 
 pugi::xml_node TSQLIdentifiersCollection::GetXMLNode(pugi::xml_node parent, const char* tag) const {

@@ -73,11 +73,15 @@ class TastTokenIdentifier : public TastToken {
  public:
   // Takes the text as it stands (without quotes), and whether it had quotes.
   TastTokenIdentifier(TmvBaseSQLContext* context, WideStringView text, bool quoted);
-  // Text that may carry quotes is parsed by the context's identifier entry, not here.
-  TastTokenIdentifier(TmvBaseSQLContext* context, WideStringView sqlText) = delete;
+  // From SQL text, which may carry the dialect's quotes (SetTokenStr).
+  TastTokenIdentifier(TmvBaseSQLContext* context, WideStringView sqlText);
 
   // Also recomputes ValidIdentifier.
   void SetToken(WideStringView text) override;
+  // From SQL text: empty clears the token; otherwise the text is read as an
+  // identifier of the dialect, quoted where it has to be
+  // (ParseIdentifierQuoteIfNeed), so quotes in it are understood.
+  void SetTokenStr(WideStringView sqlText);
   void Clear();
   // Assign (by hand): within one context the validity is copied; from another it is recomputed.
   void SyntaxProviderChanged() override;
@@ -135,6 +139,8 @@ class TSQLIdentifiersCollection : public TastNodeWithCollection {
   TastTokenIdentifier* AddIdentifier(WideStringView text);
   TastTokenIdentifier* InsertIdentifier(int index, WideStringView text);
   bool ContainsSameId(const TastTokenIdentifier* token) const { return IndexOf(token) >= 0; }
+  // The same for an identifier given as SQL text.
+  bool ContainsSameIdStr(WideStringView sqlText) const;
   // By IsIdentifiersEqual; -1 if none.
   int IndexOf(const TastTokenIdentifier* token) const;
   // An element `tag` with one "item" token element per identifier.

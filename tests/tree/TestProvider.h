@@ -3,6 +3,8 @@
 
 #include <vector>
 
+#include "SQL92Pars.h"
+#include "SQL92Scan.h"
 #include "dialects/SyntaxProvider.h"
 #include "tree/QualifiedNamesList.h"
 
@@ -25,6 +27,11 @@ class TTestSyntaxProvider : public TmvBaseSyntaxProvider {
   bool databases = true;
   bool schemas = true;
   WideString objectNameSeparator = u".";
+
+  // The SQL-92 grammar reads names; the fields below decide the rest.
+  const TmvScannerClass& GetScannerClass() const override { return SQL92Scanner::ScannerClass(); }
+  const TmvParserClass& GetParserClass() const override { return SQL92Parser::ParserClass(); }
+  std::vector<int32_t> GetStringTokenIds() const override { return {SQL92Scanner::tkStringToken}; }
 
   WideString GetQuoteBegin() const override { return quoteBegin; }
   WideString GetQuoteEnd() const override { return quoteEnd; }

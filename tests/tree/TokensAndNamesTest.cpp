@@ -100,13 +100,13 @@ TEST_F(NamesTest, WithoutProviderTheTextStandsAsItIs) {
 }
 
 TEST_F(NamesTest, ValidityFollowsTheDialect) {
-  auto id = Id(&context, u"value");
+  auto id = Id(&context, u"price");
   EXPECT_TRUE(id->ValidIdentifier);
   // The word becomes reserved: the next change of dialect recomputes it.
-  provider.reserved.push_back(u"value");
+  provider.reserved.push_back(u"price");
   provider.SendNotifications();
   EXPECT_FALSE(id->ValidIdentifier);
-  EXPECT_EQ(Fast(id), u"\"VALUE\"");
+  EXPECT_EQ(Fast(id), u"\"PRICE\"");
   // Assign within a context copies it; from another context it is recomputed.
   TmvBaseSQLContext bare;
   auto elsewhere = Id(&bare, u"other");

@@ -139,6 +139,12 @@ class Writer {
     h_.Line(Cls() + "(TmvBaseScanner* scanner, TmvBaseSQLContext* context);");
     h_.Line("static const TmvParserClass& ParserClass();");
     h_.Line();
+    h_.Line("// The size of the grammar: rules (pairs of passes) and first-pass helpers.");
+    h_.Line("static constexpr int RuleCount = " + std::to_string(g_.rules.size()) + ";");
+    h_.Line("static constexpr int OptCount = " + std::to_string(g_.optCount) + ";");
+    h_.Line("static constexpr int IterCount = " + std::to_string(g_.iterCount) + ";");
+    h_.Line("static constexpr int AltCount = " + std::to_string(g_.altCount) + ";");
+    h_.Line();
     h_.Line("// Entries.");
     for (const EntryKind& k : kEntryKinds) {
       h_.Line(std::string("void Parse") + k.name + "WayCalc(TmvWayPointsList& list) override;");

@@ -1,0 +1,221 @@
+// mvsql parse: parses the input through the SQL context of a dialect.
+//
+// One text (the default): on success the parsed tree is printed back as SQL
+// through the one-line builder; --tree prints the tree instead, one node a
+// line, and --way the decisions of the way the first pass chose. A syntax
+// error prints the parser's message on standard error and exits with 1.
+//
+// --batch FILE...: each file is a list of statements separated by ";;" lines.
+// For each file one summary line: entries, statements that parse, and those
+// whose print parses again to the same print (the round trip). --failures
+// lists the entries that fail either, --reasons N the N tokens most often
+// blamed for a syntax error.
+#include <algorithm>
+#include <map>
+#include <ostream>
+#include <string>
+
+#include "Arguments.h"
+#include "Command.h"
+#include "DialectNames.h"
+#include "frontend/ParseTreeDump.h"
+#include "frontend/Parser.h"
+#include "frontend/SQLContext.h"
+#include "frontend/Scanner.h"
+#include "support/StatementList.h"
+#include "support/TextFile.h"
+#include "tree/Expressions.h"
+#include "tree/FromClause.h"
+#include "tree/SelectClauses.h"
+#include "tree/SelectStatement.h"
+
+namespace mvsql {
+
+namespace {
+
+struct EntryName {
+  const char* name;
+  mv::TmvParserEntry entry;
+};
+
+constexpr EntryName kEntries[] = {
+    {"select", mv::TmvParserEntry::peSelect},
+    {"subquery", mv::TmvParserEntry::peSubQuery},
+    {"object", mv::TmvParserEntry::peObjectName},
+    {"expression", mv::TmvParserEntry::peExpression},
+    {"selectitem", mv::TmvParserEntry::peSelectItem},
+    {"logical", mv::TmvParserEntry::peLogicalExpression},
+    {"fromsource", mv::TmvParserEntry::peFromSource},
+    {"identifier", mv::TmvParserEntry::peIdentifier},
+};
+
+mv::TmvParserEntry FindEntry(const std::string& name) {
+  std::string known;
+  for (const EntryName& e : kEntries) {
+    if (mv::AnsiSameText(name, e.name)) return e.entry;
+    known += std::string(known.empty() ? "" : "|") + e.name;
+  }
+  throw UsageError{"unknown entry '" + name + "' (" + known + ")"};
+}
+
+// Raised for a fragment that does not parse: the line naming the token.
+struct FragmentError {
+  mv::WideString message;
+};
+
+// The first pass of an entry on its own, as the context runs it; the way's
+// decisions, or a FragmentError naming the token no way could read.
+std::string FindWayString(mv::TmvBaseSQLContext& context, mv::TmvParserEntry entry, const mv::WideString& text) {
+  mv::TmvOwned<mv::TmvBaseScanner> scanner = context.SyntaxProvider()->CreateScanner();
+  if (entry == mv::TmvParserEntry::peIdentifier) {
+    scanner->SkipComments = false;
+    scanner->SkipSpaces = false;
+  }
+  scanner->Init(text);
+  mv::TmvOwned<mv::TmvBaseParser> parser = context.SyntaxProvider()->CreateParser(scanner.get(), &context);
+  if (!parser->FindWay(entry)) throw FragmentError{mv::UnexpectedTokenMessage(scanner->GetToken(parser->GetBadToken()))};
+  return mv::TmvBaseParser::UnrollWayStr(parser->Way->Items(parser->Way->Count() - 1));
+}
+
+// Parses through the context's entry; statements raise EmvSQLError,
+// fragments that come back null raise FragmentError.
+mv::TmvOwned<mv::TastNode> ParseEntry(mv::TmvBaseSQLContext& context, mv::TmvParserEntry entry,
+                                      const mv::WideString& text) {
+  mv::TmvOwned<mv::TastNode> node;
+  mv::TmvErrorList errors;
+  switch (entry) {
+    case mv::TmvParserEntry::peSelect: node = context.ParseSelect(text); break;
+    case mv::TmvParserEntry::peSubQuery: node = context.ParseSubQuery(text); break;
+    case mv::TmvParserEntry::peFromSource: node = context.ParseDatasource(text); break;
+    case mv::TmvParserEntry::peObjectName: node = context.ParseObjectName(text); break;
+    case mv::TmvParserEntry::peExpression: node = context.ParseExpression(text, &errors); break;
+    case mv::TmvParserEntry::peSelectItem: node = context.ParseSelectItem(text); break;
+    case mv::TmvParserEntry::peLogicalExpression:
+      node = context.ParseLogicalExpression(text, true, false, &errors);
+      break;
+    case mv::TmvParserEntry::peIdentifier: node = context.ParseIdentifier(text); break;
+  }
+  if (!node) {
+    if (!errors.empty()) throw FragmentError{errors.front()};
+    FindWayString(context, entry, text);  // raises with the token to blame
+    throw FragmentError{u"no tree"};
+  }
+  return node;
+}
+
+mv::WideString PrintFast(mv::TastNode* node) {
+  mv::TSQLBuilderFast builder;
+  return node->SimpleSQL(builder);
+}
+
+int RunOne(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::ostream& out, std::ostream& err) {
+  const mv::TmvParserEntry entry = FindEntry(arguments.Value("entry", "select"));
+  const mv::WideString text = mv::ReadTextFile(arguments.InputPath());
+  try {
+    mv::TmvOwned<mv::TastNode> node = ParseEntry(context, entry, text);
+    const bool way = arguments.Has("way");
+    const bool tree = arguments.Has("tree");
+    if (way) out << FindWayString(context, entry, text) << "\n";
+    if (tree) out << mv::DumpParseTree(node.get());
+    if (!way && !tree) out << mv::UTF8Encode(PrintFast(node.get())) << "\n";
+    return kExitSuccess;
+  } catch (const mv::EmvSQLError& e) {
+    err << mv::UTF8Encode(e.Message()) << "\n";
+  } catch (const FragmentError& e) {
+    err << mv::UTF8Encode(e.message) << "\n";
+  }
+  return kExitFailure;
+}
+
+// --- Batches ---
+
+struct BatchCounts {
+  int entries = 0;
+  int parsed = 0;
+  int roundTrip = 0;
+  std::map<std::string, int> blamed;  // token text (upper case) -> count
+};
+
+// The first line of a message, for one-line failure reports.
+std::string FirstLine(const mv::WideString& text) {
+  std::string line = mv::UTF8Encode(text);
+  for (char& c : line)
+    if (c == '\r' || c == '\n') c = ' ';
+  return line;
+}
+
+void RunBatchFile(mv::TmvBaseSQLContext& context, const std::string& path, bool failures, BatchCounts& counts,
+                  std::ostream& out) {
+  for (const mv::TmvStatementEntry& statement : mv::ReadStatementList(path)) {
+    ++counts.entries;
+    const std::string where = "  #" + std::to_string(statement.Index) + " line " + std::to_string(statement.Line);
+    mv::WideString first;
+    try {
+      mv::TmvOwned<mv::TSQLSelectStatement> tree = context.ParseSelect(statement.Text);
+      first = PrintFast(tree.get());
+    } catch (const mv::EmvSQLError& e) {
+      ++counts.blamed[e.Kind == mv::ekNotSelectStatement ? "(not a select)" : mv::UTF8Encode(mv::WideUpperCase(e.TokenText))];
+      if (failures) out << where << ": " << FirstLine(e.Message()) << "\n";
+      continue;
+    } catch (const std::exception& e) {
+      ++counts.blamed["(error)"];
+      if (failures) out << where << ": " << e.what() << "\n";
+      continue;
+    }
+    ++counts.parsed;
+    mv::WideString second;
+    try {
+      mv::TmvOwned<mv::TSQLSelectStatement> again = context.ParseSelect(first);
+      second = PrintFast(again.get());
+    } catch (const std::exception& e) {
+      second = u"(does not parse: " + mv::UTF8Decode(e.what()) + u")";
+    }
+    if (second == first) {
+      ++counts.roundTrip;
+    } else if (failures) {
+      out << where << ": round trip differs\n    " << mv::UTF8Encode(first) << "\n    " << mv::UTF8Encode(second)
+          << "\n";
+    }
+  }
+}
+
+int RunBatch(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::ostream& out) {
+  if (arguments.Positional().empty()) throw UsageError{"--batch needs at least one file"};
+  const bool failures = arguments.Has("failures");
+  int reasons = 0;
+  if (arguments.Has("reasons")) {
+    try {
+      reasons = std::stoi(arguments.Value("reasons"));
+    } catch (const std::exception&) {
+      throw UsageError{"--reasons takes a number"};
+    }
+  }
+  for (const std::string& path : arguments.Positional()) {
+    BatchCounts counts;
+    RunBatchFile(context, path, failures, counts, out);
+    out << path << "\tentries=" << counts.entries << "\tparsed=" << counts.parsed
+        << "\troundtrip=" << counts.roundTrip << "\n";
+    std::vector<std::pair<int, std::string>> blamed;
+    for (const auto& [token, count] : counts.blamed) blamed.emplace_back(count, token);
+    std::sort(blamed.begin(), blamed.end(), [](const auto& a, const auto& b) {
+      return a.first != b.first ? a.first > b.first : a.second < b.second;
+    });
+    for (int i = 0; i < reasons && i < int(blamed.size()); ++i)
+      out << "  " << blamed[i].first << "\t" << blamed[i].second << "\n";
+  }
+  return kExitSuccess;
+}
+
+}  // namespace
+
+int RunParse(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+  Arguments arguments(args, {"dialect", "entry", "reasons"}, {"way", "tree", "batch", "failures"});
+  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = CreateDialect(arguments.Value("dialect", "sql92"));
+  mv::TmvBaseSQLContext context;
+  context.SetSyntaxProvider(provider.get());
+  const int code = arguments.Has("batch") ? RunBatch(context, arguments, out) : RunOne(context, arguments, out, err);
+  context.SetSyntaxProvider(nullptr);
+  return code;
+}
+
+}  // namespace mvsql

@@ -1,0 +1,40 @@
+// The process-wide list of syntax provider classes (classes, not objects).
+// Providers are registered by RegisterBuiltinSyntaxProviders when the library
+// starts (see EngineInit.h); the order of registration decides ties when a
+// provider is detected from a connection.
+#pragma once
+
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+#include "dialects/SyntaxProvider.h"
+
+namespace mv {
+
+class TmvSyntaxProvidersList {
+ public:
+  // Adds a class; a class registered before stays where it is.
+  void RegisterSyntaxProvider(const TmvSyntaxProviderClass& providerClass);
+  int Count() const;
+  const TmvSyntaxProviderClass& Items(int index) const;
+  // The class of that name, compared without regard to case; null if none.
+  const TmvSyntaxProviderClass* FindClassByClassName(std::string_view name) const;
+  // The classes in order of registration.
+  std::vector<const TmvSyntaxProviderClass*> Classes() const;
+
+ private:
+  mutable std::mutex lock_;
+  std::vector<const TmvSyntaxProviderClass*> classes_;
+};
+
+TmvSyntaxProvidersList& SyntaxProvidersList();
+
+// Registers the providers this library holds, in the order of the table of
+// providers: SQL-92, SQL-89, SQL-2003, SQL Server, SQL Server Compact,
+// Oracle, MySQL, PostgreSQL, InterBase, Firebird, DB2, Informix, Access,
+// Sybase, SQLite, Teradata, Netezza, Advantage, Mimer SQL, universal.
+// Calling it again changes nothing.
+void RegisterBuiltinSyntaxProviders();
+
+}  // namespace mv
