@@ -293,16 +293,23 @@ TEST_F(FormatLayout, ConditionsBreakAtTheirLevels) {
             u"From t\r\n"
             u"Where (a = 1 And b = 2) Or\r\n"
             u"  (c = 3 And (d = 4 Or e = 5))");
-  // Before every logical word; after only the outermost Or.
-  EXPECT_EQ(Layout(s.get(), {u"MainQueryFormat.WhereFormat.NewLineBefore=nlAllLogical"}),
-            u"Select *\r\n"
-            u"From t\r\n"
-            u"Where (a = 1\r\n"
-            u"  And b = 2)\r\n"
-            u"  Or\r\n"
-            u"  (c = 3\r\n"
-            u"  And (d = 4\r\n"
-            u"    Or e = 5))");
+  // Before every logical word; after only the outermost Or. The brackets
+  // around groups indent their content like those of the tree.
+  const WideString allLogical =
+      u"Select *\r\n"
+      u"From t\r\n"
+      u"Where (a = 1\r\n"
+      u"    And b = 2)\r\n"
+      u"  Or\r\n"
+      u"  (c = 3\r\n"
+      u"    And (d = 4\r\n"
+      u"      Or e = 5))";
+  EXPECT_EQ(Layout(s.get(), {u"MainQueryFormat.WhereFormat.NewLineBefore=nlAllLogical"}), allLogical);
+  // So the same condition read back from that text, with bracket nodes
+  // around the groups, lays out the same.
+  auto parsed = Where(Or(c(), Br(And(c(), Eq(u"a", u"1"), Eq(u"b", u"2"))),
+                         Br(And(c(), Eq(u"c", u"3"), Br(Or(c(), Eq(u"d", u"4"), Eq(u"e", u"5")))))));
+  EXPECT_EQ(Layout(parsed.get(), {u"MainQueryFormat.WhereFormat.NewLineBefore=nlAllLogical"}), allLogical);
   // The same without indent inside the parentheses.
   EXPECT_EQ(Layout(s.get(), {u"MainQueryFormat.WhereFormat.NewLineBefore=nlAllLogical",
                              u"MainQueryFormat.WhereFormat.IndentNestedConditions=0"}),
