@@ -13,9 +13,18 @@ namespace mv {
 
 namespace {
 
-TmvBaseMetadataProvider& RequireMetadataProvider(TmvBaseSQLContext* context) {
+// The context's metadata provider, for the operation `operation` that falls
+// back on it: logged as "SyntaxProvider.<operation>"; without a provider an
+// error is logged and raised.
+TmvBaseMetadataProvider& RequireMetadataProvider(TmvBaseSQLContext* context, const TmvLogHelper& log,
+                                                 const char16_t* operation) {
   TmvBaseMetadataProvider* provider = context ? context->MetadataProvider() : nullptr;
-  if (!provider) throw EmvQueryBuilderError(MetadataMessage(mvQBNoMetadataProvider));
+  const WideString message = MetadataMessage(mvQBNoMetadataProvider);
+  if (!provider) {
+    log.Error(u"SyntaxProvider.%s: %s", operation, message);
+    throw EmvQueryBuilderError(message);
+  }
+  log.Debug(u"SyntaxProvider.%s", operation);
   return *provider;
 }
 
@@ -23,9 +32,9 @@ TmvBaseMetadataProvider& RequireMetadataProvider(TmvBaseSQLContext* context) {
 // then the driver's description, unless the list is loaded already;
 // without, whatever the metadata provider does for the kind.
 template <class Object, class FromServer, class FromDriver, class Fallback>
-void LoadObjectFields(TmvBaseSQLContext* context, Object* object, FromServer fromServer, FromDriver fromDriver,
-                      Fallback fallback) {
-  TmvBaseMetadataProvider& provider = RequireMetadataProvider(context);
+void LoadObjectFields(TmvBaseSQLContext* context, const TmvLogHelper& log, const char16_t* operation, Object* object,
+                      FromServer fromServer, FromDriver fromDriver, Fallback fallback) {
+  TmvBaseMetadataProvider& provider = RequireMetadataProvider(context, log, operation);
   if (!provider.GetCanExecSQL()) {
     fallback(provider);
     return;
@@ -42,30 +51,33 @@ void LoadObjectFields(TmvBaseSQLContext* context, Object* object, FromServer fro
 
 void TmvBaseSyntaxProvider::GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,
                                              std::vector<WideString>& list) {
-  RequireMetadataProvider(context).GetDatabasesList(context, connection, list);
+  RequireMetadataProvider(context, LogHelper(), u"GetDatabasesList").GetDatabasesList(context, connection, list);
 }
 
 void TmvBaseSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
                                            std::vector<WideString>& list, const TSQLQualifiedName* database) {
-  RequireMetadataProvider(context).GetSchemasList(context, connection, list, database);
+  RequireMetadataProvider(context, LogHelper(), u"GetSchemasList").GetSchemasList(context, connection, list, database);
 }
 
 void TmvBaseSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
                                                 TmvMetadataContainer* container, const TmvMetadataFilter* filter,
                                                 const TSQLQualifiedName* database) {
-  RequireMetadataProvider(context).LoadMetadataObjects(context, connection, container, filter, database);
+  RequireMetadataProvider(context, LogHelper(), u"LoadMetadataObjects")
+      .LoadMetadataObjects(context, connection, container, filter, database);
 }
 
 void TmvBaseSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
                                                   TmvMetadataContainer* container, const TmvMetadataFilter* filter,
                                                   const TSQLQualifiedName* database) {
-  RequireMetadataProvider(context).LoadMetadataRelations(context, connection, container, filter, database);
+  RequireMetadataProvider(context, LogHelper(), u"LoadMetadataRelations")
+      .LoadMetadataRelations(context, connection, container, filter, database);
 }
 
 void TmvBaseSyntaxProvider::LoadMetadataForTable(TmvBaseSQLContext* context, TmvConnection* connection,
                                                  TmvMetadataTable* table) {
   LoadObjectFields(
-      context, table, [&] { LoadFieldsForTableFromServer(context, connection, table); },
+      context, LogHelper(), u"LoadMetadataForTable", table,
+      [&] { LoadFieldsForTableFromServer(context, connection, table); },
       [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForTableFromDriver(context, connection, table); },
       [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForTable(context, connection, table); });
 }
@@ -73,14 +85,15 @@ void TmvBaseSyntaxProvider::LoadMetadataForTable(TmvBaseSQLContext* context, Tmv
 void TmvBaseSyntaxProvider::LoadMetadataForView(TmvBaseSQLContext* context, TmvConnection* connection,
                                                 TmvMetadataView* view) {
   LoadObjectFields(
-      context, view, [&] { LoadFieldsForViewFromServer(context, connection, view); },
+      context, LogHelper(), u"LoadMetadataForView", view,
+      [&] { LoadFieldsForViewFromServer(context, connection, view); },
       [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForViewFromDriver(context, connection, view); },
       [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForView(context, connection, view); });
 }
 
 void TmvBaseSyntaxProvider::LoadMetadataForProcedure(TmvBaseSQLContext* context, TmvConnection* connection,
                                                      TmvMetadataProcedure* procedure) {
-  TmvBaseMetadataProvider& provider = RequireMetadataProvider(context);
+  TmvBaseMetadataProvider& provider = RequireMetadataProvider(context, LogHelper(), u"LoadMetadataForProcedure");
   if (!provider.GetCanExecSQL()) {
     provider.LoadMetadataForProcedure(context, connection, procedure);
     return;
@@ -93,7 +106,8 @@ void TmvBaseSyntaxProvider::LoadMetadataForProcedure(TmvBaseSQLContext* context,
     provider.LoadParamsForProcedureFromDriver(context, connection, procedure);
   }
   LoadObjectFields(
-      context, procedure, [&] { LoadFieldsForProcedureFromServer(context, connection, procedure); },
+      context, LogHelper(), u"LoadMetadataForProcedure", procedure,
+      [&] { LoadFieldsForProcedureFromServer(context, connection, procedure); },
       [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForProcedureFromDriver(context, connection, procedure); },
       [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForProcedure(context, connection, procedure); });
 }
@@ -101,14 +115,16 @@ void TmvBaseSyntaxProvider::LoadMetadataForProcedure(TmvBaseSQLContext* context,
 void TmvBaseSyntaxProvider::LoadMetadataForSynonym(TmvBaseSQLContext* context, TmvConnection* connection,
                                                    TmvMetadataSynonym* synonym) {
   LoadObjectFields(
-      context, synonym, [&] { LoadFieldsForSynonymFromServer(context, connection, synonym); },
+      context, LogHelper(), u"LoadMetadataForSynonym", synonym,
+      [&] { LoadFieldsForSynonymFromServer(context, connection, synonym); },
       [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForSynonymFromDriver(context, connection, synonym); },
       [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForSynonym(context, connection, synonym); });
 }
 
 void TmvBaseSyntaxProvider::LoadFieldsForQuery(TmvBaseSQLContext* context, TmvConnection* connection,
                                                WideStringView sql, TmvMetadataFieldsList& fields) {
-  RequireMetadataProvider(context).LoadFieldsForQuery(context, connection, sql, fields);
+  RequireMetadataProvider(context, LogHelper(), u"LoadFieldsForQuery")
+      .LoadFieldsForQuery(context, connection, sql, fields);
 }
 
 void TmvBaseSyntaxProvider::LoadFieldsForTableFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
@@ -134,13 +150,15 @@ void TmvBaseSyntaxProvider::LoadFieldsForSynonymFromServer(TmvBaseSQLContext* co
 TmvOwned<TSQLQualifiedName> TmvBaseSyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
                                                                           TmvConnection* connection) {
   if (!IsSupportDatabases()) throw EmvQueryBuilderError(kNoDatabasesText);
-  return RequireMetadataProvider(context).GetDefaultDatabaseName(context, connection);
+  return RequireMetadataProvider(context, LogHelper(), u"GetDefaultDatabaseName")
+      .GetDefaultDatabaseName(context, connection);
 }
 
 void TmvBaseSyntaxProvider::GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
                                                   TSQLIdentifiersCollection& names) {
   if (!IsSupportSchemas()) throw EmvQueryBuilderError(kNoSchemasText);
-  RequireMetadataProvider(context).GetDefaultSchemaNames(context, connection, names);
+  RequireMetadataProvider(context, LogHelper(), u"GetDefaultSchemaNames")
+      .GetDefaultSchemaNames(context, connection, names);
 }
 
 TmvOwned<TastTokenIdentifier> TmvBaseSyntaxProvider::GetEmptySchemaName(TmvBaseSQLContext*) const { return nullptr; }

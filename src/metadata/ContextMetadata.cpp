@@ -138,9 +138,9 @@ void TmvBaseSQLContext::LoadMetadataRelations(TmvConnection* connection, TmvMeta
 bool TmvBaseSQLContext::IsTableExists(TmvConnection* connection, WideStringView name) {
   if (!metadataProvider_ || !metadataProvider_->GetCanExecSQL()) return false;
   try {
-    std::unique_ptr<TmvDataSet> dataset = metadataProvider_->ExecSQLDatasetUR(
-        connection ? connection : metadataProvider_->Connection(), u"select 1 as dummy_value from " + WideString(name),
-        nullptr);
+    std::unique_ptr<TmvDataSet> dataset =
+        metadataProvider_->ExecSQLDatasetUR(connection ? connection : metadataProvider_->Connection(),
+                                            u"select 1 as dummy_value from " + WideString(name), nullptr);
     return dataset != nullptr;
   } catch (const std::exception&) {
     return false;

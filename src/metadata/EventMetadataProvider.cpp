@@ -22,8 +22,9 @@ TSQLMetadataRelation::~TSQLMetadataRelation() = default;
 // --- TmvEventMetadataProvider ---
 
 const TmvMetadataProviderClass& TmvEventMetadataProvider::StaticClass() {
-  static const TmvMetadataProviderClass info("TmvEventMetadataProvider", &TmvBaseMetadataProvider::StaticClass(),
-                                             []() -> TmvBaseMetadataProvider* { return new TmvEventMetadataProvider(); });
+  static const TmvMetadataProviderClass info(
+      "TmvEventMetadataProvider", &TmvBaseMetadataProvider::StaticClass(),
+      []() -> TmvBaseMetadataProvider* { return new TmvEventMetadataProvider(); });
   return info;
 }
 

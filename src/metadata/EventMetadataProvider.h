@@ -45,8 +45,8 @@ using TmvGetObjectNamesEvent = std::function<void(TmvObject* sender, TSQLDatabas
 // The host adds the field names of the statement.
 using TmvGetSQLFieldNamesEvent = std::function<void(TmvObject* sender, WideStringView sql, TmvFieldsList& fields)>;
 // The host adds the relations of the table.
-using TmvGetTableRelationsEvent = std::function<void(TmvObject* sender, const TSQLQualifiedName& tableName,
-                                                     TSQLMetadataRelations& relations)>;
+using TmvGetTableRelationsEvent =
+    std::function<void(TmvObject* sender, const TSQLQualifiedName& tableName, TSQLMetadataRelations& relations)>;
 // The host fills the object's fields, parameters and whatever else it likes.
 using TmvLoadObjectMetadataEvent =
     std::function<void(TmvObject* sender, TmvBaseSQLContext* context, TmvMetadataObject* object)>;

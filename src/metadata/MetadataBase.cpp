@@ -89,8 +89,7 @@ TmvMetadataCollectionItemBase* TmvMetadataCollectionBase::InsertItem(int index) 
   if (index < 0 || index > Count()) RaiseListIndexError(index, Count());
   TmvOwned<TmvMetadataBase> made(itemClass_->CreateRaw(this, SQLContext()));
   auto* item = TmvCast<TmvMetadataCollectionItemBase>(made.get());
-  if (!item)
-    throw EmvQueryBuilderError(u"Cannot make an item of the class " + WideFromAscii(itemClass_->ClassName()));
+  if (!item) throw EmvQueryBuilderError(u"Cannot make an item of the class " + WideFromAscii(itemClass_->ClassName()));
   made.release();
   items_.insert(items_.begin() + index, TmvOwned<TmvMetadataCollectionItemBase>(item));
   ItemInserted(item);

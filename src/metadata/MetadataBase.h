@@ -114,7 +114,8 @@ class TmvMetadataCollectionBase : public TmvMetadataBase {
   // Frees the item; its former index or -1.
   int Remove(const TmvMetadataCollectionItemBase* item);
   // Stable sort; `compare` answers <0, 0, >0.
-  void Sort(const std::function<int(const TmvMetadataCollectionItemBase*, const TmvMetadataCollectionItemBase*)>& compare);
+  void Sort(
+      const std::function<int(const TmvMetadataCollectionItemBase*, const TmvMetadataCollectionItemBase*)>& compare);
 
   // From a collection: empties the list and adds a clone of every source
   // item, in one batch.
@@ -145,26 +146,26 @@ class TmvMetadataCollectionOf : public TmvMetadataCollectionBase {
 }  // namespace mv
 
 // Declares the class facility members of a metadata class.
-#define MV_DECLARE_METADATA_CLASS()                                         \
- public:                                                                   \
-  static const ::mv::TmvMetadataClass& StaticClass();                      \
+#define MV_DECLARE_METADATA_CLASS()                                          \
+ public:                                                                     \
+  static const ::mv::TmvMetadataClass& StaticClass();                        \
   const ::mv::TmvClass& ClassType() const override { return StaticClass(); } \
   const ::mv::TmvMetadataClass& MetadataClass() const override { return StaticClass(); }
 
 // Defines them for a class made with (parent, context).
-#define MV_DEFINE_METADATA_CLASS(Class, Parent)                                                          \
-  const ::mv::TmvMetadataClass& Class::StaticClass() {                                                   \
-    static const ::mv::TmvMetadataClass info(                                                            \
-        #Class, &Parent::StaticClass(),                                                                  \
+#define MV_DEFINE_METADATA_CLASS(Class, Parent)                                                         \
+  const ::mv::TmvMetadataClass& Class::StaticClass() {                                                  \
+    static const ::mv::TmvMetadataClass info(                                                           \
+        #Class, &Parent::StaticClass(),                                                                 \
         [](::mv::TmvMetadataBase* parent, ::mv::TmvBaseSQLContext* context) -> ::mv::TmvMetadataBase* { \
-          return new Class(parent, context);                                                             \
-        });                                                                                              \
-    return info;                                                                                         \
+          return new Class(parent, context);                                                            \
+        });                                                                                             \
+    return info;                                                                                        \
   }
 
 // Defines them for a class that cannot be made.
-#define MV_DEFINE_ABSTRACT_METADATA_CLASS(Class, Parent)                                \
-  const ::mv::TmvMetadataClass& Class::StaticClass() {                                  \
+#define MV_DEFINE_ABSTRACT_METADATA_CLASS(Class, Parent)                               \
+  const ::mv::TmvMetadataClass& Class::StaticClass() {                                 \
     static const ::mv::TmvMetadataClass info(#Class, &Parent::StaticClass(), nullptr); \
-    return info;                                                                        \
+    return info;                                                                       \
   }

@@ -87,8 +87,8 @@ TmvMetadataObject* TmvMetadataContainer::FindByNameAndClass(const TastTokenIdent
 TmvMetadataObject* TmvMetadataContainer::FindCandidate(const TSQLQualifiedName* candidate,
                                                        const TmvClass& objectClass) const {
   const TmvMetadataObjectHashBucket& bucket = hash_.Bucket(hash_.HashOfFullName(candidate));
-  const WideString key = TmvMetadataObjectHash::KeyOf(candidate->GetCount() > 0 ? candidate->Token(0)->Token
-                                                                                  : WideString());
+  const WideString key =
+      TmvMetadataObjectHash::KeyOf(candidate->GetCount() > 0 ? candidate->Token(0)->Token : WideString());
   const auto* objects = bucket.Find(key);
   if (!objects) return nullptr;
   for (TmvMetadataObject* object : *objects)
@@ -200,8 +200,7 @@ TmvMetadataSynonym* TmvMetadataContainer::AddSynonym(const TSQLQualifiedName* na
   return synonym;
 }
 
-TmvMetadataSynonym* TmvMetadataContainer::AddSynonym(WideStringView name, WideStringView referencedName,
-                                                     bool system) {
+TmvMetadataSynonym* TmvMetadataContainer::AddSynonym(WideStringView name, WideStringView referencedName, bool system) {
   CheckSyntaxProvider();
   TmvBaseSQLContext* context = SQLContext();
   TmvOwned<TSQLQualifiedName> synonymName = context->ParseQualifiedNameQuoteIfNeed(WideString(name));
@@ -436,8 +435,8 @@ void TmvMetadataContainer::Notify(TmvMetadataObject* object, TmvNotifyAction act
   objectsUpdated_ = true;
 }
 
-void TmvMetadataContainer::Fire(const TmvMetadataObjectNotification& handler,
-                                TmvMetadataObjectNotificationEvent& event, TmvMetadataObject* object) {
+void TmvMetadataContainer::Fire(const TmvMetadataObjectNotification& handler, TmvMetadataObjectNotificationEvent& event,
+                                TmvMetadataObject* object) {
   if (handler) handler(this, object);
   event.Fire(this, object);
 }
@@ -566,8 +565,7 @@ TmvOwned<TSQLQualifiedName> TmvMetadataContainer::ParseDatabaseText(WideStringVi
   return name;
 }
 
-void TmvMetadataContainer::ClearMetadataByFilter(const TmvMetadataFilter* filter,
-                                                 const TSQLQualifiedName* database) {
+void TmvMetadataContainer::ClearMetadataByFilter(const TmvMetadataFilter* filter, const TSQLQualifiedName* database) {
   TmvAbortReset abortReset(abort_);
   const TmvBaseSQLContext* context = SQLContext();
   TmvUpdateBatch batch(*this);

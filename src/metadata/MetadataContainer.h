@@ -32,8 +32,7 @@ class TmvMetadataFilter;
 
 using TmvMetadataObjectNotification = std::function<void(TmvObject* sender, TmvMetadataObject* object)>;
 class TmvMetadataObjectNotificationEvent : public TmvEvent<TmvObject*, TmvMetadataObject*> {};
-using TmvMetadataObjectVisibleEvent =
-    std::function<void(TmvObject* sender, TmvMetadataObject* object, bool& visible)>;
+using TmvMetadataObjectVisibleEvent = std::function<void(TmvObject* sender, TmvMetadataObject* object, bool& visible)>;
 
 class TmvMetadataContainer : public TmvMetadataBase {
   MV_DECLARE_METADATA_CLASS()
@@ -78,29 +77,28 @@ class TmvMetadataContainer : public TmvMetadataBase {
   TmvMetadataObject* FindByFullNameAndClass(WideStringView name, const TmvClass& objectClass) const;
   TmvMetadataObject* FindByAltNameAndClass(WideStringView name, bool caseSensitive, const TmvClass& objectClass) const;
 
-#define MV_METADATA_FIND_FAMILY(Kind)                                                                          \
-  TmvMetadata##Kind* Find##Kind##ByName(const TastTokenIdentifier* name,                                       \
-                                        const TastTokenIdentifier* schema = nullptr,                           \
-                                        const TSQLQualifiedName* database = nullptr) const {                   \
-    return FindByName<TmvMetadata##Kind>(name, schema, database);                                              \
-  }                                                                                                            \
-  TmvMetadata##Kind* Find##Kind##ByFullName(const TSQLQualifiedName* name) const {                             \
-    return FindByFullName<TmvMetadata##Kind>(name);                                                            \
-  }                                                                                                            \
-  TmvMetadata##Kind* Find##Kind##ByAltName(const TastTokenIdentifier* name) const {                            \
-    return FindByAltName<TmvMetadata##Kind>(name);                                                             \
-  }                                                                                                            \
-  TmvMetadata##Kind* Find##Kind##ByName(WideStringView name, WideStringView schema = {},                       \
-                                        WideStringView database = {}) const {                                  \
-    return static_cast<TmvMetadata##Kind*>(                                                                    \
-        FindByNameAndClass(name, schema, TmvMetadata##Kind::StaticClass(), database));                         \
-  }                                                                                                            \
-  TmvMetadata##Kind* Find##Kind##ByFullName(WideStringView name) const {                                       \
-    return static_cast<TmvMetadata##Kind*>(FindByFullNameAndClass(name, TmvMetadata##Kind::StaticClass()));   \
-  }                                                                                                            \
-  TmvMetadata##Kind* Find##Kind##ByAltName(WideStringView name, bool caseSensitive) const {                    \
-    return static_cast<TmvMetadata##Kind*>(                                                                    \
-        FindByAltNameAndClass(name, caseSensitive, TmvMetadata##Kind::StaticClass()));                         \
+#define MV_METADATA_FIND_FAMILY(Kind)                                                                                  \
+  TmvMetadata##Kind* Find##Kind##ByName(const TastTokenIdentifier* name, const TastTokenIdentifier* schema = nullptr,  \
+                                        const TSQLQualifiedName* database = nullptr) const {                           \
+    return FindByName<TmvMetadata##Kind>(name, schema, database);                                                      \
+  }                                                                                                                    \
+  TmvMetadata##Kind* Find##Kind##ByFullName(const TSQLQualifiedName* name) const {                                     \
+    return FindByFullName<TmvMetadata##Kind>(name);                                                                    \
+  }                                                                                                                    \
+  TmvMetadata##Kind* Find##Kind##ByAltName(const TastTokenIdentifier* name) const {                                    \
+    return FindByAltName<TmvMetadata##Kind>(name);                                                                     \
+  }                                                                                                                    \
+  TmvMetadata##Kind* Find##Kind##ByName(WideStringView name, WideStringView schema = {}, WideStringView database = {}) \
+      const {                                                                                                          \
+    return static_cast<TmvMetadata##Kind*>(                                                                            \
+        FindByNameAndClass(name, schema, TmvMetadata##Kind::StaticClass(), database));                                 \
+  }                                                                                                                    \
+  TmvMetadata##Kind* Find##Kind##ByFullName(WideStringView name) const {                                               \
+    return static_cast<TmvMetadata##Kind*>(FindByFullNameAndClass(name, TmvMetadata##Kind::StaticClass()));            \
+  }                                                                                                                    \
+  TmvMetadata##Kind* Find##Kind##ByAltName(WideStringView name, bool caseSensitive) const {                            \
+    return static_cast<TmvMetadata##Kind*>(                                                                            \
+        FindByAltNameAndClass(name, caseSensitive, TmvMetadata##Kind::StaticClass()));                                 \
   }
   MV_METADATA_FIND_FAMILY(Object)
   MV_METADATA_FIND_FAMILY(Table)
@@ -130,24 +128,24 @@ class TmvMetadataContainer : public TmvMetadataBase {
 
   // AddTable, AddView, AddProcedure: by tokens, by a full name, by SQL text
   // of a full name, and by the three parts as SQL text.
-#define MV_METADATA_ADD_FAMILY(Kind)                                                                          \
-  TmvMetadata##Kind* Add##Kind(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,             \
-                               bool system = false, const TSQLQualifiedName* database = nullptr) {             \
-    return static_cast<TmvMetadata##Kind*>(                                                                    \
-        AddObject(schema, name, TmvMetadata##Kind::StaticClass(), system, database));                          \
-  }                                                                                                            \
-  TmvMetadata##Kind* Add##Kind(const TSQLQualifiedName* fullName, bool system = false) {                       \
-    return static_cast<TmvMetadata##Kind*>(AddObject(fullName, TmvMetadata##Kind::StaticClass(), system));     \
-  }                                                                                                            \
-  TmvMetadata##Kind* Add##Kind(WideStringView fullName, bool system = false) {                                 \
-    return static_cast<TmvMetadata##Kind*>(AddObject(fullName, TmvMetadata##Kind::StaticClass(), system));     \
-  }                                                                                                            \
-  TmvMetadata##Kind* Add##Kind(WideStringView schema, WideStringView name, bool system,                        \
-                               WideStringView database = {}) {                                                 \
-    return static_cast<TmvMetadata##Kind*>(                                                                    \
-        AddObjectByTexts(schema, name, TmvMetadata##Kind::StaticClass(), system, database));                   \
-  }                                                                                                            \
-  /* Two texts would pass the second as the system flag. */                                                    \
+#define MV_METADATA_ADD_FAMILY(Kind)                                                                       \
+  TmvMetadata##Kind* Add##Kind(const TastTokenIdentifier* schema, const TastTokenIdentifier* name,         \
+                               bool system = false, const TSQLQualifiedName* database = nullptr) {         \
+    return static_cast<TmvMetadata##Kind*>(                                                                \
+        AddObject(schema, name, TmvMetadata##Kind::StaticClass(), system, database));                      \
+  }                                                                                                        \
+  TmvMetadata##Kind* Add##Kind(const TSQLQualifiedName* fullName, bool system = false) {                   \
+    return static_cast<TmvMetadata##Kind*>(AddObject(fullName, TmvMetadata##Kind::StaticClass(), system)); \
+  }                                                                                                        \
+  TmvMetadata##Kind* Add##Kind(WideStringView fullName, bool system = false) {                             \
+    return static_cast<TmvMetadata##Kind*>(AddObject(fullName, TmvMetadata##Kind::StaticClass(), system)); \
+  }                                                                                                        \
+  TmvMetadata##Kind* Add##Kind(WideStringView schema, WideStringView name, bool system,                    \
+                               WideStringView database = {}) {                                             \
+    return static_cast<TmvMetadata##Kind*>(                                                                \
+        AddObjectByTexts(schema, name, TmvMetadata##Kind::StaticClass(), system, database));               \
+  }                                                                                                        \
+  /* Two texts would pass the second as the system flag. */                                                \
   TmvMetadata##Kind* Add##Kind(WideStringView, const char16_t*) = delete;
   MV_METADATA_ADD_FAMILY(Table)
   MV_METADATA_ADD_FAMILY(View)

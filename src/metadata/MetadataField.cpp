@@ -106,7 +106,8 @@ void TmvMetadataField::SetNameStr(WideStringView text) {
     SetName(nullptr);
     return;
   }
-  TmvOwned<TSQLQualifiedName> name = SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
+  TmvOwned<TSQLQualifiedName> name =
+      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
   if (!name) RaiseBadObjectName();
   SetName(name.get());
 }

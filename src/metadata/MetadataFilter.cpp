@@ -123,9 +123,8 @@ bool TmvMetadataFilter::FilterMetadataObject(const TmvMetadataObject* object) co
 }
 
 WideString TmvMetadataFilter::CreatePrefilterCondition(const TmvBaseSQLContext* context,
-                                                       WideStringView schemaExpression,
-                                                       WideStringView objectExpression, TmvMetadataFilterApplyFor kind,
-                                                       WideStringView multiWildcard,
+                                                       WideStringView schemaExpression, WideStringView objectExpression,
+                                                       TmvMetadataFilterApplyFor kind, WideStringView multiWildcard,
                                                        WideStringView singleWildcard) const {
   const TmvBaseSyntaxProvider* provider = context ? context->SyntaxProvider() : nullptr;
   const WideString upper = provider ? provider->GetUpperCaseFunctionName() : WideString(u"upper");

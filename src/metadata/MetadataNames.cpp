@@ -21,7 +21,8 @@ void AssignQualifiedName(TSQLQualifiedName& target, const TSQLQualifiedName* sou
   target.Clear();
   if (!source) return;
   target.AddName(source);
-  if (source->DatabaseLink) target.DatabaseLink.Set(source->DatabaseLink->CloneAs<TSQLQualifiedName>(target.SQLContext()));
+  if (source->DatabaseLink)
+    target.DatabaseLink.Set(source->DatabaseLink->CloneAs<TSQLQualifiedName>(target.SQLContext()));
 }
 
 void BuildFullName(TSQLQualifiedName& target, const TastTokenIdentifier* name, const TastTokenIdentifier* schema,

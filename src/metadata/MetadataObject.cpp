@@ -88,8 +88,7 @@ void TmvMetadataObject::UpdateSchemedName() const { BuildFullName(*schemedName_,
 
 void TmvMetadataObject::UpdateFullName() const {
   BuildFullName(*fullName_, name_.get(), schema_.get(), database_.get());
-  if (dbLink_->GetCount() > 0)
-    fullName_->DatabaseLink.Set(dbLink_->CloneAs<TSQLQualifiedName>(SQLContext()));
+  if (dbLink_->GetCount() > 0) fullName_->DatabaseLink.Set(dbLink_->CloneAs<TSQLQualifiedName>(SQLContext()));
 }
 
 const TSQLQualifiedName* TmvMetadataObject::SchemedName() const {
@@ -184,9 +183,7 @@ WideString TmvMetadataObject::SchemedNameStr() const { return SchemedName()->Get
 WideString TmvMetadataObject::DatabaseStrNotQuoted() const { return database_->GetQualifiedNameWithoutQuotes(); }
 WideString TmvMetadataObject::DBLinkStrNotQuoted() const { return dbLink_->GetQualifiedNameWithoutQuotes(); }
 WideString TmvMetadataObject::FullNameStrNotQuoted() const { return FullName()->GetQualifiedNameWithoutQuotes(); }
-WideString TmvMetadataObject::SchemedNameStrNotQuoted() const {
-  return SchemedName()->GetQualifiedNameWithoutQuotes();
-}
+WideString TmvMetadataObject::SchemedNameStrNotQuoted() const { return SchemedName()->GetQualifiedNameWithoutQuotes(); }
 
 bool TmvMetadataObject::IsNameEqual(const TastTokenIdentifier* name, const TastTokenIdentifier* schema,
                                     const TSQLQualifiedName* database) const {
@@ -525,9 +522,8 @@ WideString TmvMetadataSynonym::ReferencedFullNameStr() const { return referenced
 
 TmvMetadataObject* TmvMetadataSynonym::GetReferencedObject() const {
   if (referencedName_->IsEmpty() || !Container()) return nullptr;
-  TmvMetadataObject* target = Container()->FindByNameAndClass(referencedName_.get(), referencedSchema_.get(),
-                                                              TmvMetadataObject::StaticClass(),
-                                                              referencedDatabase_.get());
+  TmvMetadataObject* target = Container()->FindByNameAndClass(
+      referencedName_.get(), referencedSchema_.get(), TmvMetadataObject::StaticClass(), referencedDatabase_.get());
   return target == this ? nullptr : target;
 }
 

@@ -19,10 +19,9 @@ const TmvMetadataProviderClass& TmvBaseMetadataProvider::StaticClass() {
 }
 
 const TmvMetadataProviderClass& TmvConnectionMetadataProvider::StaticClass() {
-  static const TmvMetadataProviderClass info("TmvConnectionMetadataProvider", &TmvBaseMetadataProvider::StaticClass(),
-                                             []() -> TmvBaseMetadataProvider* {
-                                               return new TmvConnectionMetadataProvider();
-                                             });
+  static const TmvMetadataProviderClass info(
+      "TmvConnectionMetadataProvider", &TmvBaseMetadataProvider::StaticClass(),
+      []() -> TmvBaseMetadataProvider* { return new TmvConnectionMetadataProvider(); });
   return info;
 }
 
@@ -218,8 +217,7 @@ std::unique_ptr<TmvDataSet> TmvBaseMetadataProvider::ExecSQLDatasetUR(TmvConnect
   } catch (const std::exception& e) {
     log_.Exception(u"ExecSQLDatasetUR", e);
     dataset.reset();
-    throw EmvQueryBuilderError(WideString(sql),
-                               MetadataMessageFormat(mvQBErrorExecQuery, {sql, ExceptionMessage(e)}));
+    throw EmvQueryBuilderError(WideString(sql), MetadataMessageFormat(mvQBErrorExecQuery, {sql, ExceptionMessage(e)}));
   }
 }
 
@@ -306,7 +304,8 @@ void TmvBaseMetadataProvider::UpdateFieldFromDef(TmvMetadataField* field, const 
   }
   field->SetFieldType(def.DataType);
   // The driver's spelling of the type, without its size, as a catalog gives it.
-  if (field->FieldTypeName().empty()) field->SetFieldTypeName(WideTrim(WideStringView(def.TypeName).substr(0, def.TypeName.find(u'('))));
+  if (field->FieldTypeName().empty())
+    field->SetFieldTypeName(WideTrim(WideStringView(def.TypeName).substr(0, def.TypeName.find(u'('))));
   if (field->Size() == 0) field->SetSize(def.Size);
   if (field->Precision() == 0) field->SetPrecision(def.Precision);
   if (field->Scale() == 0) field->SetScale(def.Scale);

@@ -42,8 +42,7 @@ using TmvMetadataProviderClass = TmvClassOf<TmvBaseMetadataProvider>;
 using TmvConnectionEvent = std::function<void(TmvObject* sender, TmvConnection* connection)>;
 using TmvDatasetEvent = std::function<void(TmvObject* sender, TmvDataSet* dataset)>;
 using TmvDatasetSetSqlEvent = std::function<void(TmvObject* sender, TmvDataSet* dataset, WideStringView sql)>;
-using TmvDatasetSetParamsEvent =
-    std::function<void(TmvObject* sender, TmvDataSet* dataset, const TmvParams& params)>;
+using TmvDatasetSetParamsEvent = std::function<void(TmvObject* sender, TmvDataSet* dataset, const TmvParams& params)>;
 using TmvNotifyEvent = std::function<void(TmvObject* sender)>;
 
 class TmvBaseMetadataProvider : public TmvObject {
@@ -136,8 +135,7 @@ class TmvBaseMetadataProvider : public TmvObject {
   virtual void LoadMetadataRelations(TmvBaseSQLContext*, TmvConnection*, TmvMetadataContainer*,
                                      const TmvMetadataFilter*, const TSQLQualifiedName*) {}
   // None in the base.
-  virtual TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context,
-                                                                     TmvConnection* connection);
+  virtual TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection);
   virtual void GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
                                      TSQLIdentifiersCollection& names);
   // With SQL: the fields from the driver's description of the object's query.

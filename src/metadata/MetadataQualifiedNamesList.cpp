@@ -50,9 +50,7 @@ TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(const TastTokenIdentifier*
   return raw;
 }
 
-TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(const TSQLQualifiedName* name) {
-  return Insert(Count(), name);
-}
+TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(const TSQLQualifiedName* name) { return Insert(Count(), name); }
 
 TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(WideStringView text) {
   TmvOwned<TSQLQualifiedName> name =

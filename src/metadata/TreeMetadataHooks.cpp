@@ -1,7 +1,6 @@
 // The metadata side of tree/MetadataHooks.h.
-#include "tree/MetadataHooks.h"
-
 #include "metadata/MetadataContainer.h"
+#include "tree/MetadataHooks.h"
 
 namespace mv {
 

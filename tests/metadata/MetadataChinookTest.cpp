@@ -16,8 +16,8 @@ using namespace mv::test;
 
 namespace {
 
-const char16_t* const kChinookTables[] = {u"Album",    u"Artist",   u"Customer",      u"Employee",
-                                          u"Genre",    u"Invoice",  u"InvoiceLine",   u"MediaType",
+const char16_t* const kChinookTables[] = {u"Album",    u"Artist",        u"Customer",    u"Employee",
+                                          u"Genre",    u"Invoice",       u"InvoiceLine", u"MediaType",
                                           u"Playlist", u"PlaylistTrack", u"Track"};
 
 std::string ChinookPath() {

@@ -118,7 +118,7 @@ TEST_F(MetadataTest, NameResolutionMatrix) {
   };
   // The table is stored as the server reports it: "Sales" in quotes.
   const Case cases[] = {
-      {icsNonSensitive, false, u"sales", true},      {icsNonSensitive, true, u"SALES", true},
+      {icsNonSensitive, false, u"sales", true},        {icsNonSensitive, true, u"SALES", true},
       {icsSensitiveUpperCase, false, u"Sales", false}, {icsSensitiveUpperCase, true, u"Sales", true},
       {icsSensitiveUpperCase, true, u"sales", false},  {icsSensitiveLowerCase, false, u"sales", false},
       {icsSensitiveLowerCase, true, u"Sales", true},
@@ -405,7 +405,8 @@ TEST_F(MetadataPrintTest, DefaultPrefixesAreLeftOutAsTheSettingAllows) {
 
 TEST_F(MetadataPrintTest, BoundSourcesPrintTheMetadatasSpellingAndAlternateName) {
   SetDefaults({u"db"}, {u"dbo"});
-  TmvMetadataTable* table = container->AddTable(Id(u"dbo").get(), Id(u"Orders", true).get(), false, Name({u"db"}).get());
+  TmvMetadataTable* table =
+      container->AddTable(Id(u"dbo").get(), Id(u"Orders", true).get(), false, Name({u"db"}).get());
   auto source = Source({u"orders"}, table);
   EXPECT_EQ(Print(source.get(), opsSkipAll), u"\"Orders\"");
   EXPECT_EQ(Print(source.get(), opsSkipDatabase), u"dbo.\"Orders\"");

@@ -26,7 +26,8 @@ TEST(MetadataMaskTest, WildcardsMatchAsInLike) {
 }
 
 TEST(MetadataMaskTest, OneCharRightAfterAnyCharIsDropped) {
-  for (const char16_t* text : {u"", u"x", u"xyz"}) EXPECT_EQ(MatchesMask(text, u"%_", true), MatchesMask(text, u"%", true));
+  for (const char16_t* text : {u"", u"x", u"xyz"})
+    EXPECT_EQ(MatchesMask(text, u"%_", true), MatchesMask(text, u"%", true));
   EXPECT_TRUE(MatchesMask(u"", u"%_", true));
   EXPECT_FALSE(MatchesMask(u"", u"_", true));
   EXPECT_TRUE(MatchesMask(u"x", u"_", true));

@@ -269,8 +269,7 @@ TEST_F(MetadataTest, NameAsObjectLeavesOutDefaultsAsTheSettingAllows) {
 
   // A schema that is no default stays; so does a database that is no default.
   EXPECT_EQ(Table({u"D", u"hr", u"t"})->GetNameAsObject(true, true, opsSkipAll, true)->GetQualifiedName(), u"hr.t");
-  EXPECT_EQ(Table({u"E", u"dbo", u"t"})->GetNameAsObject(true, true, opsSkipAll, true)->GetQualifiedName(),
-            u"E.dbo.t");
+  EXPECT_EQ(Table({u"E", u"dbo", u"t"})->GetNameAsObject(true, true, opsSkipAll, true)->GetQualifiedName(), u"E.dbo.t");
   // A link keeps every part, and goes into the link slot.
   table->SetDBLink(Name({u"remote"}).get());
   EXPECT_EQ(text(opsSkipAll), u"D.dbo.t@remote");

@@ -230,9 +230,7 @@ TEST_F(MetadataProviderTest, ContainerLoadsTheFieldsOfEveryObject) {
   Table({u"u"})->GetFields()->SetLoaded(true);
   server.AddResult(u"select * from t a where 0<>0", TmvMemoryTable().AddColumn(u"id", ftInteger));
   std::vector<WideString> statements;
-  metadataProvider.OnDatasetSetSql = [&](TmvObject*, TmvDataSet*, WideStringView sql) {
-    statements.emplace_back(sql);
-  };
+  metadataProvider.OnDatasetSetSql = [&](TmvObject*, TmvDataSet*, WideStringView sql) { statements.emplace_back(sql); };
   container->LoadFields();
   EXPECT_EQ(statements, std::vector<WideString>{u"select * from t a where 0<>0"});
   EXPECT_EQ(container->Items(0)->GetFields()->Count(), 1);
@@ -293,7 +291,7 @@ TEST_F(EventMetadataProviderTest, ObjectsComeFromTheNameCallbacksThroughTheFilte
   std::vector<WideString> names;
   for (int i = 0; i < container->Count(); ++i) names.push_back(container->Items(i)->FullNameStr());
   EXPECT_EQ(names, (std::vector<WideString>{u"dbo.orders", u"bare", u"sys.objects", u"dbo.recent", u"dbo.refresh",
-                                           u"pub.syn"}));
+                                            u"pub.syn"}));
   EXPECT_NE(container->FindTableByName(Id(u"objects").get(), Id(u"sys").get()), nullptr);
   EXPECT_TRUE(container->FindTableByName(Id(u"objects").get(), Id(u"sys").get())->System());
   EXPECT_FALSE(container->FindTableByName(Id(u"orders").get(), Id(u"dbo").get())->System());
