@@ -304,8 +304,11 @@ void TmvMetadataContainer::Delete(int index) {
   TmvOwned<TmvMetadataObject> owned;
   {
     std::lock_guard guard(lock_);
-    // The handlers may have moved it.
-    auto at = std::find_if(items_.begin(), items_.end(), [object](const auto& item) { return item.get() == object; });
+    // Still at its place, unless a handler moved it.
+    auto at =
+        index < Count() && items_[size_t(index)].get() == object
+            ? items_.begin() + index
+            : std::find_if(items_.begin(), items_.end(), [object](const auto& item) { return item.get() == object; });
     if (at == items_.end()) return;
     owned = std::move(*at);
     items_.erase(at);
