@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs mvsql on the bundled sample.
-#   scripts/run.sh                 the default job on samples/sample.sql
+#   scripts/run.sh                 the default job: format samples/sample.sql
 #   scripts/run.sh COMMAND ARGS    any mvsql command line
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -11,7 +11,11 @@ scripts/build.sh >/dev/null
 if (($#)); then
   exec build/bin/mvsql "$@"
 fi
-build/bin/mvsql --help
+echo "== mvsql dialects"
+build/bin/mvsql dialects
 echo
-echo "== mvsql decode samples/sample.sql"
-exec build/bin/mvsql decode samples/sample.sql
+echo "== mvsql format --dialect sql92 samples/sample.sql"
+build/bin/mvsql format --dialect sql92 samples/sample.sql
+echo
+echo "== mvsql format --dialect sql92 --set KeywordFormat=akfUpperCase --set RightMargin=60 samples/sample.sql"
+build/bin/mvsql format --dialect sql92 --set KeywordFormat=akfUpperCase --set RightMargin=60 samples/sample.sql

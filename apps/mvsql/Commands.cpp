@@ -12,6 +12,7 @@ int RunDecode(const std::vector<std::string>& args, std::ostream& out, std::ostr
 int RunTokens(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunParse(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunDialects(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunFormat(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {
@@ -37,6 +38,17 @@ const std::vector<Command>& AllCommands() {
        "Without --way and --tree the tree is printed back as one line of SQL. A syntax error\n"
        "prints the parser's message on standard error and exits with 1.\n",
        RunParse},
+      {"format", "parse the input and print it laid out under the format options",
+       "mvsql format [--dialect NAME] [--set NAME=VALUE]... [--one-line] [FILE|-]\n"
+       "  --dialect NAME        the dialect: a short name (sql92) or a provider class name (default sql92)\n"
+       "  --set NAME=VALUE      a format option by its property name, nested ones by a dotted path:\n"
+       "                        RightMargin=60, KeywordFormat=akfUpperCase, QuoteIdentifiers=icAll,\n"
+       "                        MainQueryFormat.WhereFormat.NewLineAfter=nlAllLogical; repeatable\n"
+       "  --one-line            the statement on one line with single blanks\n"
+       "Booleans are True or False, enumerations go by their member names. The text ends\n"
+       "its lines with CR LF. A syntax error prints the parser's message on standard error\n"
+       "and exits with 1; an unknown option or a bad value exits with 2.\n",
+       RunFormat},
       {"dialects", "list the dialects: provider class, short name, description", "mvsql dialects\n", RunDialects},
   };
   return commands;

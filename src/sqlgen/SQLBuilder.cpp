@@ -10,13 +10,65 @@ MV_DEFINE_CLASS(TSQLBuilderFast, TSQLBuilder)
 
 TSQLBuilder::TSQLBuilder()
     : mainQueryFormat_(this), expressionsSubQueryFormat_(this), fromSubQueryFormat_(this), cteSubQueryFormat_(this) {
-  // A sub-query inside an expression keeps to its line as far as it can.
-  expressionsSubQueryFormat_.SetMainPartsFromNewLine(false);
-  TSQLBuilderFromClauseFormat& from = expressionsSubQueryFormat_.FromClauseFormat();
-  from.SetNewLineAfterDatasource(false);
-  from.SetNewLineAfterJoin(false);
-  from.SetNewLineBeforeJoinExpression(false);
-  from.SetNewLineBeforeComma(false);
+  Properties().StoreDefaults(*this);
+}
+
+const TmvPropertyTable& TSQLBuilder::Properties() {
+  using T = TSQLBuilder;
+  static const TmvPropertyTable table = [] {
+    // RightMargin keeps MarginWidth in step also when stored directly.
+    TmvPropertyEntry rightMargin =
+        TmvScalarProperty<&T::rightMargin_, &T::SetRightMargin>(u"RightMargin", 80, u"right-margin");
+    rightMargin.Store = [](TmvPersistent& object, int64_t value) {
+      auto& builder = static_cast<TSQLBuilder&>(object);
+      builder.rightMargin_ = int(value);
+      builder.marginWidth_ = value < 1 ? 2147483647.0 : double(value);
+    };
+    return TmvPropertyTable(
+      "TSQLBuilder",
+      {
+          rightMargin,
+          TmvScalarProperty<&T::keywordFormat_, &T::SetKeywordFormat>(u"KeywordFormat", akfFirstUpper,
+                                                                      u"keyword-format"),
+          // Stored as the builder component's "quote-all-identifiers", a boolean view.
+          TmvScalarProperty<&T::quoteIdentifiers_, &T::SetQuoteIdentifiers>(u"QuoteIdentifiers", icIfNeed),
+          TmvObjectProperty<&T::mainQueryFormat_>(u"MainQueryFormat", u"main-query-format/"),
+          // A sub-query inside an expression keeps to its line as far as it can.
+          TmvObjectProperty<&T::expressionsSubQueryFormat_>(u"ExpressionsSubQueryFormat",
+                                                            u"expressions-subquery-format/",
+                                                            {{u"MainPartsFromNewLine", false},
+                                                             {u"FromClauseFormat.NewLineAfterDatasource", false},
+                                                             {u"FromClauseFormat.NewLineAfterJoin", false},
+                                                             {u"FromClauseFormat.NewLineBeforeJoinExpression", false},
+                                                             {u"FromClauseFormat.NewLineBeforeComma", false}}),
+          TmvObjectProperty<&T::fromSubQueryFormat_>(u"FromSubQueryFormat", u"from-subquery-format/"),
+          TmvObjectProperty<&T::cteSubQueryFormat_>(u"CTESubQueryFormat"),
+          TmvScalarProperty<&T::objectPrefixSkipping_, &T::SetObjectPrefixSkipping>(
+              u"ObjectPrefixSkipping", opsSkipAll, u"object-prefix-skipping"),
+          TmvScalarProperty<&T::useAltNames_, &T::SetUseAltNames>(u"UseAltNames", true,
+                                                                  u"use-alternative-object-names"),
+          TmvScalarProperty<&T::expandVirtualFields_, &T::SetExpandVirtualFields>(u"ExpandVirtualFields", false),
+          TmvScalarProperty<&T::expandVirtualObjects_, &T::SetExpandVirtualObjects>(u"ExpandVirtualObjects", false),
+          TmvScalarProperty<&T::outerKeywordInLinks_, &T::SetOuterKeywordInLinks>(
+              u"OuterKeywordInLinks", skDontCare, u"outer-keyword-in-links"),
+          TmvScalarProperty<&T::innerKeywordInLinks_, &T::SetInnerKeywordInLinks>(
+              u"InnerKeywordInLinks", skDontCare, u"inner-keyword-in-links"),
+          TmvScalarProperty<&T::asKeywordInExpressionAlias_, &T::SetAsKeywordInExpressionAlias>(
+              u"AsKeywordInExpressionAlias", skDontCare),
+          TmvScalarProperty<&T::asKeywordInObjectAlias_, &T::SetAsKeywordInObjectAlias>(u"AsKeywordInObjectAlias",
+                                                                                        skDontCare),
+          TmvScalarProperty<&T::parenthesizeANDGroups_, &T::SetParenthesizeANDGroups>(u"ParenthesizeANDGroups",
+                                                                                      true),
+          TmvScalarProperty<&T::parenthesizeSingleCriterion_, &T::SetParenthesizeSingleCriterion>(
+              u"ParenthesizeSingleCriterion", false),
+      });
+  }();
+  return table;
+}
+
+void TSQLBuilder::DescribeProperties(TmvPropertyWriter& writer) const {
+  TmvUpdatablePersistent::DescribeProperties(writer);
+  PropertyTable().Describe(*this, writer);
 }
 
 TSQLBuilder::~TSQLBuilder() = default;

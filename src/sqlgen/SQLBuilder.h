@@ -7,6 +7,11 @@
 //   TSQLBuilder           hard line breaks and indents written at once
 //   TSQLBuilderPlainText  the same, for hosts
 //   TSQLBuilderFast       one line: NewLine is a blank, no indents
+//
+// The settings of a builder, its four select formats included, are listed
+// with their defaults in its property table (`Properties()`), through which
+// they are also read and written by name ("RightMargin",
+// "MainQueryFormat.WhereFormat.NewLineAfter").
 #pragma once
 
 #include <functional>
@@ -36,9 +41,15 @@ class TSQLBuilder : public TmvUpdatablePersistent {
   void Assign(const TmvPersistent* source) override;
   void Assign(const TSQLBuilder& source) { Assign(&source); }
 
+  // The settings with their defaults and XML keys; a descendant with
+  // settings of its own answers its own table in PropertyTable().
+  static const TmvPropertyTable& Properties();
+  virtual const TmvPropertyTable& PropertyTable() const { return Properties(); }
+  void DescribeProperties(TmvPropertyWriter& writer) const override;
+
   // --- Properties. ---
   int RightMargin() const { return rightMargin_; }  // 80; below 1 turns wrapping off
-  void SetRightMargin(int value);
+  void SetRightMargin(int value);  // also sets MarginWidth
   TmvKeywordFormat KeywordFormat() const { return keywordFormat_; }  // akfFirstUpper
   void SetKeywordFormat(TmvKeywordFormat value) { SetValue(keywordFormat_, value); }
   TmvIdentQuotation QuoteIdentifiers() const { return quoteIdentifiers_; }  // icIfNeed
@@ -65,10 +76,19 @@ class TSQLBuilder : public TmvUpdatablePersistent {
   void SetParenthesizeSingleCriterion(bool value) { SetValue(parenthesizeSingleCriterion_, value); }
 
   // The four select formats, owned; setters copy into them.
+  // The statement being built.
   TSQLBuilderSelectFormat& MainQueryFormat() { return mainQueryFormat_; }
+  const TSQLBuilderSelectFormat& MainQueryFormat() const { return mainQueryFormat_; }
+  // A sub-query inside an expression: by default its main parts stay on the
+  // line, and its FROM clause breaks nowhere.
   TSQLBuilderSelectFormat& ExpressionsSubQueryFormat() { return expressionsSubQueryFormat_; }
+  const TSQLBuilderSelectFormat& ExpressionsSubQueryFormat() const { return expressionsSubQueryFormat_; }
+  // A derived table in the FROM clause.
   TSQLBuilderSelectFormat& FromSubQueryFormat() { return fromSubQueryFormat_; }
+  const TSQLBuilderSelectFormat& FromSubQueryFormat() const { return fromSubQueryFormat_; }
+  // The query of a common table expression.
   TSQLBuilderSelectFormat& CTESubQueryFormat() { return cteSubQueryFormat_; }
+  const TSQLBuilderSelectFormat& CTESubQueryFormat() const { return cteSubQueryFormat_; }
   void SetMainQueryFormat(const TSQLBuilderSelectFormat& value) { mainQueryFormat_.Assign(value); }
   void SetExpressionsSubQueryFormat(const TSQLBuilderSelectFormat& value) { expressionsSubQueryFormat_.Assign(value); }
   void SetFromSubQueryFormat(const TSQLBuilderSelectFormat& value) { fromSubQueryFormat_.Assign(value); }
@@ -141,26 +161,27 @@ class TSQLBuilder : public TmvUpdatablePersistent {
   bool atLineStart_ = true;      // the indent of this line is still owed
   bool spacePending_ = false;    // a blank was requested and not yet written
   int spacePriority_ = 2147483647;
-  double marginWidth_ = 80.0;
+  double marginWidth_ = 2147483647.0;  // follows RightMargin
   std::vector<double> indentStack_;  // absolute indents
   int indentTop_ = -1;
   WideString newLineText_ = u"\r\n";
   TmvSimpleStringBuilder resultText_;
 
  private:
-  int rightMargin_ = 80;
-  TmvKeywordFormat keywordFormat_ = akfFirstUpper;
-  TmvIdentQuotation quoteIdentifiers_ = icIfNeed;
-  TmvObjectPrefixSkipping objectPrefixSkipping_ = opsSkipAll;
-  bool useAltNames_ = true;
-  bool expandVirtualFields_ = false;
-  bool expandVirtualObjects_ = false;
-  TmvSkipKeywordMode outerKeywordInLinks_ = skDontCare;
-  TmvSkipKeywordMode innerKeywordInLinks_ = skDontCare;
-  TmvSkipKeywordMode asKeywordInExpressionAlias_ = skDontCare;
-  TmvSkipKeywordMode asKeywordInObjectAlias_ = skDontCare;
-  bool parenthesizeANDGroups_ = true;
-  bool parenthesizeSingleCriterion_ = false;
+  // Defaults come from Properties().
+  int rightMargin_{};
+  TmvKeywordFormat keywordFormat_{};
+  TmvIdentQuotation quoteIdentifiers_{};
+  TmvObjectPrefixSkipping objectPrefixSkipping_{};
+  bool useAltNames_{};
+  bool expandVirtualFields_{};
+  bool expandVirtualObjects_{};
+  TmvSkipKeywordMode outerKeywordInLinks_{};
+  TmvSkipKeywordMode innerKeywordInLinks_{};
+  TmvSkipKeywordMode asKeywordInExpressionAlias_{};
+  TmvSkipKeywordMode asKeywordInObjectAlias_{};
+  bool parenthesizeANDGroups_{};
+  bool parenthesizeSingleCriterion_{};
   TSQLBuilderSelectFormat mainQueryFormat_;
   TSQLBuilderSelectFormat expressionsSubQueryFormat_;
   TSQLBuilderSelectFormat fromSubQueryFormat_;

@@ -4,6 +4,20 @@ namespace mv {
 
 MV_DEFINE_CLASS(TSQLBuilderPiped, TSQLBuilder)
 
+TSQLBuilderPiped::TSQLBuilderPiped() { Properties().StoreDefaults(*this); }
+
+const TmvPropertyTable& TSQLBuilderPiped::Properties() {
+  using T = TSQLBuilderPiped;
+  static const TmvPropertyTable table(
+      "TSQLBuilderPiped",
+      {
+          TmvScalarProperty<&T::dynamicIndents_, &T::SetDynamicIndents>(u"DynamicIndents", false),
+          TmvScalarProperty<&T::dynamicRightMargin_, &T::SetDynamicRightMargin>(u"DynamicRightMargin", false),
+      },
+      &TSQLBuilder::Properties());
+  return table;
+}
+
 void TSQLBuilderPiped::Assign(const TmvPersistent* source) {
   if (source == this) return;
   TmvUpdateBatch batch(*this);

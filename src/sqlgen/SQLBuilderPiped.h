@@ -38,9 +38,14 @@ struct TSQLBuilderElement {
 class TSQLBuilderPiped : public TSQLBuilder {
   MV_DECLARE_CLASS()
  public:
+  TSQLBuilderPiped();
   using TSQLBuilder::Assign;
   // Also copies the two dynamic flags from another piped builder.
   void Assign(const TmvPersistent* source) override;
+
+  // The builder's settings and the two dynamic flags.
+  static const TmvPropertyTable& Properties();
+  const TmvPropertyTable& PropertyTable() const override { return Properties(); }
 
   // Continuation lines align under the text after the keyword, instead of
   // the configured indent. Default false.
@@ -80,8 +85,9 @@ class TSQLBuilderPiped : public TSQLBuilder {
   TSQLBuilderElement& AddElement(TSQLBuilderElementType type);
   void EmitAddIndent(const TSQLBuilderElement& element, double pos);
 
-  bool dynamicIndents_ = false;
-  bool dynamicRightMargin_ = false;
+  // Defaults come from Properties().
+  bool dynamicIndents_{};
+  bool dynamicRightMargin_{};
   std::deque<TSQLBuilderElement> elements_;
 };
 

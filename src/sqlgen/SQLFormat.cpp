@@ -7,52 +7,107 @@ MV_DEFINE_CLASS(TSQLBuilderConditionFormat, TmvUpdatablePersistent)
 MV_DEFINE_CLASS(TSQLBuilderFromClauseFormat, TmvUpdatablePersistent)
 MV_DEFINE_CLASS(TSQLBuilderSelectFormat, TmvUpdatablePersistent)
 
-void TSQLBuilderItemsListFormat::Assign(const TmvPersistent* persistent) {
-  const auto* typed = TmvCast<TSQLBuilderItemsListFormat>(persistent);
-  if (!typed) {
-    TmvUpdatablePersistent::Assign(persistent);
+// --- TSQLBuilderFormatBase ---
+
+void TSQLBuilderFormatBase::Assign(const TmvPersistent* source) {
+  if (!source || !source->InheritsFrom(ClassType())) {
+    TmvUpdatablePersistent::Assign(source);
     return;
   }
-  if (typed == this) return;
-  const TSQLBuilderItemsListFormat& source = *typed;
+  if (source == this) return;
   TmvUpdateBatch batch(*this);
-  SetNewLineAfterItem(source.newLineAfterItem_);
-  SetNewLineBeforeComma(source.newLineBeforeComma_);
+  PropertyTable().AssignValues(*this, *source);
 }
 
-void TSQLBuilderConditionFormat::Assign(const TmvPersistent* persistent) {
-  const auto* typed = TmvCast<TSQLBuilderConditionFormat>(persistent);
-  if (!typed) {
-    TmvUpdatablePersistent::Assign(persistent);
-    return;
-  }
-  if (typed == this) return;
-  const TSQLBuilderConditionFormat& source = *typed;
-  TmvUpdateBatch batch(*this);
-  SetNewLineBefore(source.newLineBefore_);
-  SetNewLineAfter(source.newLineAfter_);
-  SetIndentNestedConditions(source.indentNestedConditions_);
+void TSQLBuilderFormatBase::DescribeProperties(TmvPropertyWriter& writer) const {
+  TmvUpdatablePersistent::DescribeProperties(writer);
+  PropertyTable().Describe(*this, writer);
+}
+
+// --- The tables. The XML keys are those of the builder component's
+// properties document; a property without one is not stored there. ---
+
+const TmvPropertyTable& TSQLBuilderItemsListFormat::Properties() {
+  using T = TSQLBuilderItemsListFormat;
+  static const TmvPropertyTable table(
+      "TSQLBuilderItemsListFormat",
+      {
+          TmvScalarProperty<&T::newLineAfterItem_, &T::SetNewLineAfterItem>(u"NewLineAfterItem", true,
+                                                                            u"new-line-after-item"),
+          TmvScalarProperty<&T::newLineBeforeComma_, &T::SetNewLineBeforeComma>(u"NewLineBeforeComma", false),
+      });
+  return table;
+}
+
+const TmvPropertyTable& TSQLBuilderConditionFormat::Properties() {
+  using T = TSQLBuilderConditionFormat;
+  static const TmvPropertyTable table(
+      "TSQLBuilderConditionFormat",
+      {
+          TmvScalarProperty<&T::newLineBefore_, &T::SetNewLineBefore>(u"NewLineBefore", nlNone),
+          TmvScalarProperty<&T::newLineAfter_, &T::SetNewLineAfter>(u"NewLineAfter", nlTopmostOr, u"new-line-after"),
+          TmvScalarProperty<&T::indentNestedConditions_, &T::SetIndentNestedConditions>(
+              u"IndentNestedConditions", 2, u"indent-nested-conditions"),
+      });
+  return table;
+}
+
+const TmvPropertyTable& TSQLBuilderFromClauseFormat::Properties() {
+  using T = TSQLBuilderFromClauseFormat;
+  static const TmvPropertyTable table(
+      "TSQLBuilderFromClauseFormat",
+      {
+          TmvScalarProperty<&T::newLineAfterDatasource_, &T::SetNewLineAfterDatasource>(
+              u"NewLineAfterDatasource", true, u"new-line-after-datasource"),
+          TmvScalarProperty<&T::newLineAfterJoin_, &T::SetNewLineAfterJoin>(u"NewLineAfterJoin", false,
+                                                                            u"new-line-after-join"),
+          TmvScalarProperty<&T::newLineBeforeComma_, &T::SetNewLineBeforeComma>(u"NewLineBeforeComma", false),
+          TmvScalarProperty<&T::newLineBeforeJoinExpression_, &T::SetNewLineBeforeJoinExpression>(
+              u"NewLineBeforeJoinExpression", false),
+          TmvObjectProperty<&T::joinConditionFormat_>(u"JoinConditionFormat", u"join-conditions-format/"),
+      });
+  return table;
+}
+
+const TmvPropertyTable& TSQLBuilderSelectFormat::Properties() {
+  using T = TSQLBuilderSelectFormat;
+  static const TmvPropertyTable table(
+      "TSQLBuilderSelectFormat",
+      {
+          TmvScalarProperty<&T::indentGlobal_, &T::SetIndentGlobal>(u"IndentGlobal", 0, u"indent-global"),
+          TmvScalarProperty<&T::mainPartsFromNewLine_, &T::SetMainPartsFromNewLine>(u"MainPartsFromNewLine", true,
+                                                                                    u"main-parts-from-new-line"),
+          TmvScalarProperty<&T::indentInPart_, &T::SetIndentInPart>(u"IndentInPart", 2, u"indent-in-part"),
+          TmvScalarProperty<&T::newLineAfterPartKeywords_, &T::SetNewLineAfterPartKeywords>(
+              u"NewLineAfterPartKeywords", false, u"new-line-after-part-keywords"),
+          TmvObjectProperty<&T::selectListFormat_>(u"SelectListFormat", u"select-list-format/"),
+          TmvObjectProperty<&T::fromClauseFormat_>(u"FromClauseFormat", u"from-clause-format/"),
+          TmvObjectProperty<&T::whereFormat_>(u"WhereFormat", u"where-format/"),
+          TmvObjectProperty<&T::groupByFormat_>(u"GroupByFormat", u"group-by-format/"),
+          TmvObjectProperty<&T::havingFormat_>(u"HavingFormat", u"having-format/"),
+          TmvObjectProperty<&T::windowFormat_>(u"WindowFormat"),
+          TmvObjectProperty<&T::orderByFormat_>(u"OrderByFormat", u"order-by-format/"),
+      });
+  return table;
+}
+
+// --- Constructors: the defaults first, then the update parent, so that
+// storing them reports nothing. ---
+
+TSQLBuilderItemsListFormat::TSQLBuilderItemsListFormat(ImvBatchUpdatable* parent) {
+  Properties().StoreDefaults(*this);
+  SetParent(parent);
+}
+
+TSQLBuilderConditionFormat::TSQLBuilderConditionFormat(ImvBatchUpdatable* parent) {
+  Properties().StoreDefaults(*this);
+  SetParent(parent);
 }
 
 TSQLBuilderFromClauseFormat::TSQLBuilderFromClauseFormat(ImvBatchUpdatable* parent)
     : joinConditionFormat_(this) {
+  Properties().StoreDefaults(*this);
   SetParent(parent);
-}
-
-void TSQLBuilderFromClauseFormat::Assign(const TmvPersistent* persistent) {
-  const auto* typed = TmvCast<TSQLBuilderFromClauseFormat>(persistent);
-  if (!typed) {
-    TmvUpdatablePersistent::Assign(persistent);
-    return;
-  }
-  if (typed == this) return;
-  const TSQLBuilderFromClauseFormat& source = *typed;
-  TmvUpdateBatch batch(*this);
-  SetNewLineAfterDatasource(source.newLineAfterDatasource_);
-  SetNewLineAfterJoin(source.newLineAfterJoin_);
-  SetNewLineBeforeComma(source.newLineBeforeComma_);
-  SetNewLineBeforeJoinExpression(source.newLineBeforeJoinExpression_);
-  joinConditionFormat_.Assign(source.joinConditionFormat_);
 }
 
 TSQLBuilderSelectFormat::TSQLBuilderSelectFormat(ImvBatchUpdatable* parent)
@@ -63,29 +118,8 @@ TSQLBuilderSelectFormat::TSQLBuilderSelectFormat(ImvBatchUpdatable* parent)
       havingFormat_(this),
       windowFormat_(this),
       orderByFormat_(this) {
+  Properties().StoreDefaults(*this);
   SetParent(parent);
-}
-
-void TSQLBuilderSelectFormat::Assign(const TmvPersistent* persistent) {
-  const auto* typed = TmvCast<TSQLBuilderSelectFormat>(persistent);
-  if (!typed) {
-    TmvUpdatablePersistent::Assign(persistent);
-    return;
-  }
-  if (typed == this) return;
-  const TSQLBuilderSelectFormat& source = *typed;
-  TmvUpdateBatch batch(*this);
-  SetIndentGlobal(source.indentGlobal_);
-  SetMainPartsFromNewLine(source.mainPartsFromNewLine_);
-  SetIndentInPart(source.indentInPart_);
-  SetNewLineAfterPartKeywords(source.newLineAfterPartKeywords_);
-  selectListFormat_.Assign(source.selectListFormat_);
-  fromClauseFormat_.Assign(source.fromClauseFormat_);
-  whereFormat_.Assign(source.whereFormat_);
-  groupByFormat_.Assign(source.groupByFormat_);
-  havingFormat_.Assign(source.havingFormat_);
-  windowFormat_.Assign(source.windowFormat_);
-  orderByFormat_.Assign(source.orderByFormat_);
 }
 
 }  // namespace mv

@@ -2,17 +2,34 @@
 // conditions, the FROM clause and a whole select statement are laid out.
 // A builder owns four select formats; each select format owns its nested
 // formats. Nested objects are never replaced: setters copy into them.
+//
+// Each class lists its properties with their defaults in one property table
+// (`Properties()`, PropertyTable.h): the constructor stores the defaults
+// from it, `Assign` copies what it lists, and options are read and written
+// by name through it ("WhereFormat.NewLineAfter").
 #pragma once
 
+#include "sqlgen/PropertyTable.h"
 #include "sqlgen/SQLOptions.h"
 #include "support/UpdatablePersistent.h"
 
 namespace mv {
 
-// Base of the format objects: change-checked setters that notify. A nested
+// Base of the format objects: change-checked setters that notify, and
+// copying and describing through the class's property table. A nested
 // format has its owner as update parent, so a change deep inside reaches the
 // builder.
 class TSQLBuilderFormatBase : public TmvUpdatablePersistent {
+ public:
+  // The table of the object's class.
+  virtual const TmvPropertyTable& PropertyTable() const = 0;
+
+  // From an object of the same class (or a descendant): every property of
+  // the table inside one batch, nested objects by their own Assign. Other
+  // sources fall to the inherited Assign.
+  void Assign(const TmvPersistent* source) override;
+  void DescribeProperties(TmvPropertyWriter& writer) const override;
+
  protected:
   template <class T>
   void SetValue(T& field, T value) {
@@ -26,10 +43,11 @@ class TSQLBuilderFormatBase : public TmvUpdatablePersistent {
 class TSQLBuilderItemsListFormat : public TSQLBuilderFormatBase {
   MV_DECLARE_CLASS()
  public:
-  explicit TSQLBuilderItemsListFormat(ImvBatchUpdatable* parent = nullptr) { SetParent(parent); }
-  // Copies every property inside one batch; other sources fall to the inherited Assign.
-  void Assign(const TmvPersistent* source) override;
+  explicit TSQLBuilderItemsListFormat(ImvBatchUpdatable* parent = nullptr);
+  using TSQLBuilderFormatBase::Assign;
   void Assign(const TSQLBuilderItemsListFormat& source) { Assign(&source); }
+  static const TmvPropertyTable& Properties();
+  const TmvPropertyTable& PropertyTable() const override { return Properties(); }
 
   // After the comma: a line break, otherwise a blank. Default true.
   bool NewLineAfterItem() const { return newLineAfterItem_; }
@@ -39,17 +57,20 @@ class TSQLBuilderItemsListFormat : public TSQLBuilderFormatBase {
   void SetNewLineBeforeComma(bool value) { SetValue(newLineBeforeComma_, value); }
 
  private:
-  bool newLineAfterItem_ = true;
-  bool newLineBeforeComma_ = false;
+  // Defaults come from Properties().
+  bool newLineAfterItem_{};
+  bool newLineBeforeComma_{};
 };
 
 // How a logical condition is broken and indented.
 class TSQLBuilderConditionFormat : public TSQLBuilderFormatBase {
   MV_DECLARE_CLASS()
  public:
-  explicit TSQLBuilderConditionFormat(ImvBatchUpdatable* parent = nullptr) { SetParent(parent); }
-  void Assign(const TmvPersistent* source) override;
+  explicit TSQLBuilderConditionFormat(ImvBatchUpdatable* parent = nullptr);
+  using TSQLBuilderFormatBase::Assign;
   void Assign(const TSQLBuilderConditionFormat& source) { Assign(&source); }
+  static const TmvPropertyTable& Properties();
+  const TmvPropertyTable& PropertyTable() const override { return Properties(); }
 
   // Line break before "And"/"Or". Default nlNone.
   TSQLBuilderConditionFormatNL NewLineBefore() const { return newLineBefore_; }
@@ -62,9 +83,9 @@ class TSQLBuilderConditionFormat : public TSQLBuilderFormatBase {
   void SetIndentNestedConditions(int value) { SetValue(indentNestedConditions_, value); }
 
  private:
-  TSQLBuilderConditionFormatNL newLineBefore_ = nlNone;
-  TSQLBuilderConditionFormatNL newLineAfter_ = nlTopmostOr;
-  int indentNestedConditions_ = 2;
+  TSQLBuilderConditionFormatNL newLineBefore_{};
+  TSQLBuilderConditionFormatNL newLineAfter_{};
+  int indentNestedConditions_{};
 };
 
 // How the FROM clause is broken.
@@ -72,8 +93,10 @@ class TSQLBuilderFromClauseFormat : public TSQLBuilderFormatBase {
   MV_DECLARE_CLASS()
  public:
   explicit TSQLBuilderFromClauseFormat(ImvBatchUpdatable* parent = nullptr);
-  void Assign(const TmvPersistent* source) override;
+  using TSQLBuilderFormatBase::Assign;
   void Assign(const TSQLBuilderFromClauseFormat& source) { Assign(&source); }
+  static const TmvPropertyTable& Properties();
+  const TmvPropertyTable& PropertyTable() const override { return Properties(); }
 
   // Line break before a join operator and after a comma. Default true.
   bool NewLineAfterDatasource() const { return newLineAfterDatasource_; }
@@ -93,10 +116,10 @@ class TSQLBuilderFromClauseFormat : public TSQLBuilderFormatBase {
   void SetJoinConditionFormat(const TSQLBuilderConditionFormat& value) { joinConditionFormat_.Assign(value); }
 
  private:
-  bool newLineAfterDatasource_ = true;
-  bool newLineAfterJoin_ = false;
-  bool newLineBeforeComma_ = false;
-  bool newLineBeforeJoinExpression_ = false;
+  bool newLineAfterDatasource_{};
+  bool newLineAfterJoin_{};
+  bool newLineBeforeComma_{};
+  bool newLineBeforeJoinExpression_{};
   TSQLBuilderConditionFormat joinConditionFormat_;
 };
 
@@ -105,8 +128,10 @@ class TSQLBuilderSelectFormat : public TSQLBuilderFormatBase {
   MV_DECLARE_CLASS()
  public:
   explicit TSQLBuilderSelectFormat(ImvBatchUpdatable* parent = nullptr);
-  void Assign(const TmvPersistent* source) override;
+  using TSQLBuilderFormatBase::Assign;
   void Assign(const TSQLBuilderSelectFormat& source) { Assign(&source); }
+  static const TmvPropertyTable& Properties();
+  const TmvPropertyTable& PropertyTable() const override { return Properties(); }
 
   // Indent of the whole statement. Default 0.
   int IndentGlobal() const { return indentGlobal_; }
@@ -144,10 +169,10 @@ class TSQLBuilderSelectFormat : public TSQLBuilderFormatBase {
   void SetOrderByFormat(const TSQLBuilderItemsListFormat& value) { orderByFormat_.Assign(value); }
 
  private:
-  int indentGlobal_ = 0;
-  bool mainPartsFromNewLine_ = true;
-  int indentInPart_ = 2;
-  bool newLineAfterPartKeywords_ = false;
+  int indentGlobal_{};
+  bool mainPartsFromNewLine_{};
+  int indentInPart_{};
+  bool newLineAfterPartKeywords_{};
   TSQLBuilderItemsListFormat selectListFormat_;
   TSQLBuilderFromClauseFormat fromClauseFormat_;
   TSQLBuilderConditionFormat whereFormat_;

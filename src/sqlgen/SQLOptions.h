@@ -24,7 +24,19 @@ enum TmvObjectPrefixSkipping : uint8_t { opsSkipAll, opsSkipDatabase, opsSkipNon
 // Which part of a query a builder component prints.
 enum TmvQueryPart : uint8_t { mvqpQuery, mvqpSubQuery, mvqpUnionSubQuery };
 
-// Where a logical condition breaks its line at "And" and "Or".
+// Where a logical condition breaks its line at "And" and "Or": never, only at
+// an "Or" of the outermost level, at "And" and "Or" of the outermost level,
+// at every level.
 enum TSQLBuilderConditionFormatNL : uint8_t { nlNone, nlTopmostOr, nlTopmostLogical, nlAllLogical };
+
+// The member names of each enum, for reading and writing options by name
+// (PropertyTable.h).
+struct TmvEnumType;
+const TmvEnumType& TmvEnumTypeOf(TmvKeywordFormat);
+const TmvEnumType& TmvEnumTypeOf(TmvIdentQuotation);
+const TmvEnumType& TmvEnumTypeOf(TmvSkipKeywordMode);
+const TmvEnumType& TmvEnumTypeOf(TmvObjectPrefixSkipping);
+const TmvEnumType& TmvEnumTypeOf(TmvQueryPart);
+const TmvEnumType& TmvEnumTypeOf(TSQLBuilderConditionFormatNL);
 
 }  // namespace mv

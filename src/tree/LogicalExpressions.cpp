@@ -100,6 +100,22 @@ bool BreakAt(TSQLBuilderConditionFormatNL mode, int level, bool isOr) {
   return mode == nlTopmostLogical || (isOr && mode == nlTopmostOr);
 }
 
+// An item of a logical collection, in the brackets it needs unless a caller
+// opened them already. Brackets written here indent their content as a
+// bracket node of the tree does, so that a printed condition parsed again
+// (now with bracket nodes) lays out the same.
+void BuildItemInBrackets(TSQLExpressionItem* item, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format,
+                         bool inBrackets, bool needsBrackets, int level,
+                         const TSQLBuilderConditionFormat& conditionFormat) {
+  const bool open = needsBrackets && !inBrackets;
+  const bool indent = open && conditionFormat.IndentNestedConditions() > 0;
+  if (open) builder.WriteSymbol(u"(");
+  if (indent) builder.AddIndent(conditionFormat.IndentNestedConditions());
+  item->BuildSQLCosmetic(builder, format, inBrackets || needsBrackets, level, conditionFormat);
+  if (indent) builder.EndIndent();
+  if (open) builder.WriteSymbol(u")");
+}
+
 }  // namespace
 
 void TSQLExpressionAnd::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
@@ -130,10 +146,7 @@ void TSQLExpressionAnd::BuildLogicalCollectionItem(TSQLExpressionItem* item, TSQ
   const bool isCollection = TmvCast<TSQLExpressionLogicalCollection>(item) != nullptr;
   const bool isBrackets = TmvCast<TSQLExpressionBrackets>(item) != nullptr;
   const bool needsBrackets = (builder.ParenthesizeSingleCriterion() || isCollection) && !isBrackets;
-  const bool open = needsBrackets && !inBrackets;
-  if (open) builder.WriteSymbol(u"(");
-  item->BuildSQLCosmetic(builder, format, inBrackets || needsBrackets, level, conditionFormat);
-  if (open) builder.WriteSymbol(u")");
+  BuildItemInBrackets(item, builder, format, inBrackets, needsBrackets, level, conditionFormat);
 }
 
 void TSQLExpressionOr::BuildLogicalCollectionItem(TSQLExpressionItem* item, TSQLBuilder& builder,
@@ -144,10 +157,7 @@ void TSQLExpressionOr::BuildLogicalCollectionItem(TSQLExpressionItem* item, TSQL
   const bool needsBrackets = ((isCollection && builder.ParenthesizeANDGroups()) ||
                               (!isCollection && builder.ParenthesizeSingleCriterion())) &&
                              !isBrackets;
-  const bool open = needsBrackets && !inBrackets;
-  if (open) builder.WriteSymbol(u"(");
-  item->BuildSQLCosmetic(builder, format, inBrackets || needsBrackets, level, conditionFormat);
-  if (open) builder.WriteSymbol(u")");
+  BuildItemInBrackets(item, builder, format, inBrackets, needsBrackets, level, conditionFormat);
 }
 
 void TSQLExpressionAnd::BuildSQLCosmetic(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format, bool inBrackets,
