@@ -136,12 +136,24 @@ struct BatchCounts {
   std::map<std::string, int> blamed;  // token text (upper case) -> count
 };
 
-// The first line of a message, for one-line failure reports.
-std::string FirstLine(const mv::WideString& text) {
-  std::string line = mv::UTF8Encode(text);
-  for (char& c : line)
-    if (c == '\r' || c == '\n') c = ' ';
-  return line;
+// A message of several lines on one, for one-line failure reports: the
+// lines trimmed and joined by a blank.
+std::string OneLine(const mv::WideString& text) {
+  std::string out, line;
+  auto flush = [&] {
+    const size_t first = line.find_first_not_of(' ');
+    if (first != std::string::npos) out += (out.empty() ? "" : " ") + line.substr(first);
+    line.clear();
+  };
+  for (char c : mv::UTF8Encode(text)) {
+    if (c == '\r' || c == '\n') {
+      flush();
+    } else {
+      line += c;
+    }
+  }
+  flush();
+  return out;
 }
 
 void RunBatchFile(mv::TmvBaseSQLContext& context, const std::string& path, bool failures, BatchCounts& counts,
@@ -155,7 +167,7 @@ void RunBatchFile(mv::TmvBaseSQLContext& context, const std::string& path, bool 
       first = PrintFast(tree.get());
     } catch (const mv::EmvSQLError& e) {
       ++counts.blamed[e.Kind == mv::ekNotSelectStatement ? "(not a select)" : mv::UTF8Encode(mv::WideUpperCase(e.TokenText))];
-      if (failures) out << where << ": " << FirstLine(e.Message()) << "\n";
+      if (failures) out << where << ": " << OneLine(e.Message()) << "\n";
       continue;
     } catch (const std::exception& e) {
       ++counts.blamed["(error)"];

@@ -1,5 +1,7 @@
 #include "frontend/ParseTreeDump.h"
 
+#include <vector>
+
 #include "tree/Expressions.h"
 #include "tree/FromClause.h"
 #include "tree/LogicalExpressions.h"
@@ -54,30 +56,43 @@ std::string KeyFields(const TastNodeBase* node) {
   return out;
 }
 
-void Dump(const TastNodeBase* node, int depth, bool unionMember, std::string& out) {
-  if (!node || TmvCast<TastNodeSpace>(node) || TmvCast<TastNodeNewLine>(node)) return;
-  out.append(size_t(depth) * 2, ' ');
-  out += std::string(node->ClassName()) + KeyFields(node);
-  if (const auto* member = TmvCast<TSQLSubQueryExpression>(node); member && unionMember)
-    out += " " + Quoted(member->UnionOperator) + (member->UnionAll ? " all" : "");
-  out += "\n";
-  TastNodeBaseList children;
-  node->GetMyChildren(children);
-  // Members of a union after the first carry the operator that joins them.
-  const bool isUnion = TmvCast<TSQLSubQueryExpressions>(node) != nullptr;
-  bool first = true;
-  for (const TastNodeBase* child : children) {
-    const bool member = isUnion && TmvCast<TSQLSubQueryExpression>(child) != nullptr;
-    Dump(child, depth + 1, member && !first, out);
-    if (member) first = false;
-  }
-}
+// One node to write: its depth, and whether it is a union member after the
+// first (it then shows the operator that joins it to the one before).
+struct Pending {
+  const TastNodeBase* node;
+  int depth;
+  bool unionMember;
+};
 
 }  // namespace
 
-std::string DumpParseTree(const TastNodeBase* node) {
+std::string DumpParseTree(const TastNodeBase* root) {
   std::string out;
-  Dump(node, 0, false, out);
+  // A stack instead of recursion: a long chain of operators nests as deep
+  // as it is long.
+  std::vector<Pending> pending{{root, 0, false}};
+  while (!pending.empty()) {
+    const Pending current = pending.back();
+    pending.pop_back();
+    const TastNodeBase* node = current.node;
+    if (!node || TmvCast<TastNodeSpace>(node) || TmvCast<TastNodeNewLine>(node)) continue;
+    out.append(size_t(current.depth) * 2, ' ');
+    out += std::string(node->ClassName()) + KeyFields(node);
+    if (const auto* member = TmvCast<TSQLSubQueryExpression>(node); member && current.unionMember)
+      out += " " + Quoted(member->UnionOperator) + (member->UnionAll ? " all" : "");
+    out += "\n";
+    TastNodeBaseList children;
+    node->GetMyChildren(children);
+    const bool isUnion = TmvCast<TSQLSubQueryExpressions>(node) != nullptr;
+    std::vector<Pending> next;
+    bool first = true;
+    for (const TastNodeBase* child : children) {
+      const bool member = isUnion && TmvCast<TSQLSubQueryExpression>(child) != nullptr;
+      next.push_back({child, current.depth + 1, member && !first});
+      if (member) first = false;
+    }
+    pending.insert(pending.end(), next.rbegin(), next.rend());
+  }
   return out;
 }
 

@@ -5,11 +5,8 @@
 #include "frontend/Scanner.h"
 #include "support/Exceptions.h"
 #include "support/MessageCatalog.h"
-#include "tree/FromClause.h"
 #include "tree/QualifiedNames.h"
 #include "tree/QualifiedNamesList.h"
-#include "tree/SelectClauses.h"
-#include "tree/SelectStatement.h"
 #include "tree/Tokens.h"
 
 namespace mv {

@@ -267,11 +267,10 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   TmvLogHelper logHelper_;
 };
 
-// begin + text + end, with every occurrence of `end` in the text doubled.
-// (Declared with the tokens, in tree/Tokens.h.)
-// The inverse: the text between a leading `begin` (compared without regard
-// to case) and the last character, with a doubled first character of `end`
-// taken once. Text no longer than the two quotes, or not starting with
+// The text inside quotes (the inverse of CreateQuotedIdentifier in
+// tree/Tokens.h): the characters between a leading `begin` (compared without
+// regard to case) and the last character, with a doubled first character of
+// `end` taken once. Text no longer than the two quotes, or not starting with
 // `begin`, comes back as it stands.
 WideString ExtractQuotedIdentifier(WideStringView text, WideStringView begin, WideStringView end);
 

@@ -1,0 +1,380 @@
+// The SQL-92 grammar: its size, the trees it builds for the forms with
+// something to decide (aliases, joins, predicates, parameters, the ODBC
+// escapes, names), what it refuses, and the limits of nesting.
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <functional>
+#include <memory>
+
+#include "SQL92Pars.h"
+#include "dialects/EngineInit.h"
+#include "dialects/sql92/SQL92SyntaxProvider.h"
+#include "frontend/ParseTreeDump.h"
+#include "frontend/SQLContext.h"
+#include "tree/SelectStatement.h"
+
+using namespace mv;
+
+namespace {
+
+class SQL92GrammarTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { InitializeEngine(); }
+  SQL92GrammarTest() { context.SetSyntaxProvider(&provider); }
+  ~SQL92GrammarTest() override { context.SetSyntaxProvider(nullptr); }
+
+  std::string Select(const WideString& text) { return DumpParseTree(context.ParseSelect(text).get()); }
+  std::string Expression(const WideString& text) { return DumpParseTree(context.ParseExpression(text).get()); }
+  std::string Logical(const WideString& text) { return DumpParseTree(context.ParseLogicalExpression(text).get()); }
+  std::string Source(const WideString& text) { return DumpParseTree(context.ParseDatasource(text).get()); }
+  WideString Print(const WideString& text) {
+    TSQLBuilderFast builder;
+    return context.ParseSelect(text)->SimpleSQL(builder);
+  }
+  bool Parses(const WideString& text) {
+    try {
+      context.ParseSelect(text);
+      return true;
+    } catch (const EmvSQLError&) {
+      return false;
+    }
+  }
+
+  TmvSQL92SyntaxProvider provider;
+  TmvBaseSQLContext context;
+};
+
+// Whether `text` holds `part`.
+::testing::AssertionResult Holds(const std::string& text, const std::string& part) {
+  if (text.find(part) != std::string::npos) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "no\n" << part << "\nin\n" << text;
+}
+
+}  // namespace
+
+TEST_F(SQL92GrammarTest, TheGrammarHasItsFiftyEightRules) {
+  EXPECT_EQ(SQL92Parser::RuleCount, 58);
+  // Every option, repetition and choice has its first-pass helper.
+  EXPECT_GT(SQL92Parser::OptCount, 0);
+  EXPECT_GT(SQL92Parser::AltCount, 0);
+  EXPECT_EQ(SQL92Parser::IterCount, 15);
+}
+
+TEST_F(SQL92GrammarTest, AnEmptySelectListAndAnEmptyFrom) {
+  EXPECT_EQ(Select(u"SELECT FROM"),
+            "TSQLSelectStatement\n"
+            "  TSQLSubQuerySelectExpression\n"
+            "    TSQLSelectItems\n"
+            "    TSQLFromClause\n");
+  EXPECT_EQ(Print(u"select from"), u"Select From");
+}
+
+TEST_F(SQL92GrammarTest, AliasesOfSelectItems) {
+  const std::string tree = Select(u"SELECT a b, c AS d, 'x' y FROM t");
+  EXPECT_TRUE(Holds(tree,
+                    "      TSQLSelectItemExpression\n"
+                    "        TSQLAliasExpressionAlias\n"
+                    "          TastTokenIdentifier \"b\"\n"));
+  EXPECT_TRUE(Holds(tree, "        TSQLAliasExpressionAlias as\n          TastTokenIdentifier \"d\"\n"));
+  EXPECT_TRUE(Holds(tree,
+                    "        TSQLAliasExpressionAlias\n"
+                    "          TastTokenIdentifier \"y\"\n"
+                    "        TSQLExpressionConstant\n"
+                    "          TastTokenString \"'x'\"\n"));
+  // The alias written first, with "=".
+  EXPECT_TRUE(Holds(Select(u"SELECT x = 1 FROM t"),
+                    "      TSQLSelectItemExpression\n"
+                    "        TSQLAliasEqualsExpression\n"
+                    "          TastTokenIdentifier \"x\"\n"
+                    "        TSQLExpressionConstant\n"
+                    "          TastTokenNumber \"1\"\n"));
+  EXPECT_TRUE(Holds(Select(u"SELECT 'n' = 1"), "        TSQLAliasEqualsExpression\n          TastTokenString \"'n'\"\n"));
+  EXPECT_EQ(Print(u"SELECT a b, c AS d, 'x' y, x = 1 FROM t"), u"Select a b, c As d, 'x' y, x = 1 From t");
+}
+
+TEST_F(SQL92GrammarTest, AllColumnsOfATable) {
+  // ".*" is one token, so no column can take t.
+  EXPECT_TRUE(Holds(Select(u"SELECT t.*, s.t.* FROM t"),
+                    "      TSQLSelectItemAllTableColumns\n"
+                    "        TSQLDatabaseObject\n"
+                    "          TastTokenIdentifier \"t\"\n"));
+  EXPECT_EQ(Print(u"SELECT *, s.t.* FROM s.t"), u"Select *, s.t.* From s.t");
+}
+
+TEST_F(SQL92GrammarTest, KeywordsAsNames) {
+  EXPECT_TRUE(Holds(Select(u"SELECT count FROM t"), "TSQLObjectColumn\n            TastTokenIdentifier \"count\"\n"));
+  EXPECT_TRUE(Parses(u"SELECT t.avg, sum.max, call FROM t"));
+  EXPECT_FALSE(Parses(u"SELECT select FROM t"));
+  EXPECT_FALSE(Parses(u"SELECT fn FROM t"));
+}
+
+TEST_F(SQL92GrammarTest, NotBeforeAPredicateAndBeforeAnExpression) {
+  EXPECT_EQ(Logical(u"a NOT LIKE 'x'"),
+            "TSQLExpressionLikeTemplate \"Like\" not\n"
+            "  TSQLExpressionColumn\n"
+            "    TSQLObjectColumn\n"
+            "      TastTokenIdentifier \"a\"\n"
+            "  TSQLExpressionConstant\n"
+            "    TastTokenString \"'x'\"\n");
+  EXPECT_EQ(Logical(u"NOT a LIKE 'x' ESCAPE '!'"),
+            "TSQLExpressionNot\n"
+            "  TSQLExpressionLikeTemplate \"Like\"\n"
+            "    TSQLExpressionColumn\n"
+            "      TSQLObjectColumn\n"
+            "        TastTokenIdentifier \"a\"\n"
+            "    TSQLExpressionConstant\n"
+            "      TastTokenString \"'x'\"\n"
+            "    TSQLExpressionConstant\n"
+            "      TastTokenString \"'!'\"\n");
+  EXPECT_TRUE(Holds(Logical(u"a NOT BETWEEN 1 AND 2"), "TSQLExpressionBetween not\n"));
+  EXPECT_TRUE(Holds(Logical(u"a NOT IN (1)"), "TSQLExpressionInSet not\n"));
+  EXPECT_TRUE(Holds(Logical(u"a IS NOT NULL"), "TSQLExpressionIsNull not\n"));
+  EXPECT_TRUE(Holds(Logical(u"NOT NOT a = 1"), "TSQLExpressionNot\n  TSQLExpressionNot\n"));
+}
+
+TEST_F(SQL92GrammarTest, BracketsOfAnExpressionAndOfACondition) {
+  EXPECT_EQ(Logical(u"(a) = 1"),
+            "TSQLExpressionOperatorBinary\n"
+            "  TSQLExpressionBrackets\n"
+            "    TSQLExpressionColumn\n"
+            "      TSQLObjectColumn\n"
+            "        TastTokenIdentifier \"a\"\n"
+            "  TSQLOperator \"=\"\n"
+            "  TSQLExpressionConstant\n"
+            "    TastTokenNumber \"1\"\n");
+  EXPECT_TRUE(Holds(Logical(u"(a = 1)"), "TSQLExpressionBrackets\n  TSQLExpressionOperatorBinary\n"));
+  EXPECT_TRUE(Holds(Logical(u"(SELECT 1) = 1"), "TSQLExpressionOperatorBinary\n  TSQLExpressionSelect\n"));
+}
+
+TEST_F(SQL92GrammarTest, OperatorsNestToTheLeftAndAndBindsFirst) {
+  EXPECT_EQ(Expression(u"a + b - c"),
+            "TSQLExpressionOperatorBinary\n"
+            "  TSQLExpressionOperatorBinary\n"
+            "    TSQLExpressionColumn\n"
+            "      TSQLObjectColumn\n"
+            "        TastTokenIdentifier \"a\"\n"
+            "    TSQLOperator \"+\"\n"
+            "    TSQLExpressionColumn\n"
+            "      TSQLObjectColumn\n"
+            "        TastTokenIdentifier \"b\"\n"
+            "  TSQLOperator \"-\"\n"
+            "  TSQLExpressionColumn\n"
+            "    TSQLObjectColumn\n"
+            "      TastTokenIdentifier \"c\"\n");
+  EXPECT_TRUE(Holds(Expression(u"a + b * c"), "  TSQLOperator \"+\"\n  TSQLExpressionOperatorBinary\n"));
+  EXPECT_TRUE(Holds(Expression(u"-a || ~b"), "TSQLExpressionOperatorBinary\n  TSQLExpressionOperatorPrefix\n"));
+  const std::string logical = Logical(u"a = 1 OR b = 2 AND c = 3");
+  EXPECT_EQ(logical.rfind("TSQLExpressionOr\n", 0), 0u);
+  EXPECT_TRUE(Holds(logical, "\n  TSQLExpressionAnd\n"));
+  EXPECT_EQ(Logical(u"a = 1 AND b = 2").rfind("TSQLExpressionAnd\n", 0), 0u);
+  EXPECT_EQ(Logical(u"a = 1").rfind("TSQLExpressionOperatorBinary\n", 0), 0u);
+}
+
+TEST_F(SQL92GrammarTest, JoinsNestAsWritten) {
+  EXPECT_EQ(Select(u"SELECT * FROM a JOIN b JOIN c ON x = 1 ON y = 2"),
+            "TSQLSelectStatement\n"
+            "  TSQLSubQuerySelectExpression\n"
+            "    TSQLSelectItems\n"
+            "      TSQLSelectItemAllColumns\n"
+            "    TSQLFromClause\n"
+            "      TSQLFromObject\n"
+            "        TSQLDatabaseObject\n"
+            "          TastTokenIdentifier \"a\"\n"
+            "      TSQLFromGroup\n"
+            "        TSQLJoinKindInner inner\n"
+            "        TSQLExpressionOperatorBinary\n"
+            "          TSQLExpressionColumn\n"
+            "            TSQLObjectColumn\n"
+            "              TastTokenIdentifier \"y\"\n"
+            "          TSQLOperator \"=\"\n"
+            "          TSQLExpressionConstant\n"
+            "            TastTokenNumber \"2\"\n"
+            "        TSQLFromObject\n"
+            "          TSQLDatabaseObject\n"
+            "            TastTokenIdentifier \"b\"\n"
+            "        TSQLFromObject\n"
+            "          TSQLJoinKindInner inner\n"
+            "          TSQLExpressionOperatorBinary\n"
+            "            TSQLExpressionColumn\n"
+            "              TSQLObjectColumn\n"
+            "                TastTokenIdentifier \"x\"\n"
+            "            TSQLOperator \"=\"\n"
+            "            TSQLExpressionConstant\n"
+            "              TastTokenNumber \"1\"\n"
+            "          TSQLDatabaseObject\n"
+            "            TastTokenIdentifier \"c\"\n");
+  EXPECT_EQ(Print(u"SELECT * FROM a JOIN b JOIN c ON x = 1 ON y = 2"),
+            u"Select * From a Inner Join (b Inner Join c On x = 1) On y = 2");
+  // One ON for two joins is no SQL-92.
+  EXPECT_FALSE(Parses(u"SELECT * FROM a JOIN b JOIN c ON x = 1"));
+}
+
+TEST_F(SQL92GrammarTest, JoinKinds) {
+  const std::string tree = Select(u"SELECT * FROM a JOIN b ON x = 1, c CROSS JOIN d LEFT OUTER JOIN e ON 1 = 1 "
+                                  u"RIGHT JOIN f ON 1 = 1 FULL OUTER JOIN g ON 1 = 1 INNER JOIN h ON 1 = 1");
+  // A comma source after a join has no join kind.
+  EXPECT_TRUE(Holds(tree,
+                    "      TSQLFromObject\n"
+                    "        TSQLDatabaseObject\n"
+                    "          TastTokenIdentifier \"c\"\n"));
+  EXPECT_TRUE(Holds(tree, "        TSQLJoinKindCross\n        TSQLDatabaseObject\n          TastTokenIdentifier \"d\"\n"));
+  EXPECT_TRUE(Holds(tree, "        TSQLJoinKindLeft outer\n"));
+  EXPECT_TRUE(Holds(tree, "        TSQLJoinKindRight\n"));
+  EXPECT_TRUE(Holds(tree, "        TSQLJoinKindFull outer\n"));
+  EXPECT_EQ(Print(u"SELECT * FROM a LEFT JOIN b ON 1 = 1, (c CROSS JOIN d)"),
+            u"Select * From a Left Join b On 1 = 1, (c Cross Join d)");
+}
+
+TEST_F(SQL92GrammarTest, SourcesOfTheFromClause) {
+  EXPECT_TRUE(Holds(Source(u"(SELECT 1) AS q"), "TSQLFromQuery\n  TSQLAliasObjectAlias as\n"));
+  EXPECT_EQ(Source(u"s.f(1, 2) x"),
+            "TSQLFromFunction\n"
+            "  TSQLAliasObjectAlias\n"
+            "    TastTokenIdentifier \"x\"\n"
+            "  TSQLDatabaseObject\n"
+            "    TastTokenIdentifier \"f\"\n"
+            "    TastTokenIdentifier \"s\"\n"
+            "  TSQLExpressionsList\n"
+            "    TSQLExpressionConstant\n"
+            "      TastTokenNumber \"1\"\n"
+            "    TSQLExpressionConstant\n"
+            "      TastTokenNumber \"2\"\n");
+  EXPECT_TRUE(Holds(Source(u"f()"), "TSQLFromFunction\n  TSQLDatabaseObject\n    TastTokenIdentifier \"f\"\n"));
+  EXPECT_TRUE(Holds(Source(u"(a, b)"), "TSQLFromGroup\n  TSQLFromObject\n"));
+  // A group takes no alias in SQL-92.
+  EXPECT_THROW(context.ParseDatasource(u"(a, b) x"), EmvSQLError);
+}
+
+TEST_F(SQL92GrammarTest, TheFiveODBCEscapes) {
+  for (const char16_t* text : {u"{d '2001-01-01'}", u"{guid '6F9619FF-8B86-D011-B42D-00C04FC964FF'}", u"{fn f(1)}",
+                               u"{call p(1)}", u"{?= call p}", u"{ts '2001-01-01 10:00:00'}", u"{T '10:00:00'}"}) {
+    auto expression = context.ParseExpression(text);
+    ASSERT_TRUE(expression) << UTF8Encode(text);
+    EXPECT_EQ(std::string(expression->ClassName()), "TSQLExpressionNodesList");
+  }
+  EXPECT_EQ(Print(u"SELECT {d '2001-01-01'}, {fn f(1)}, {call p(1)}, {?= call p}"),
+            u"Select {d '2001-01-01'}, {fn f(1)}, {call p(1)}, {?= call p}");
+  EXPECT_TRUE(Holds(Expression(u"{?= CALL p}"),
+                    "  TastNodeWithList\n"
+                    "    TastTokenSymbol \"{\"\n"
+                    "    TastTokenSymbol \"?=\"\n"
+                    "    TastTokenBuiltin \"CALL\"\n"
+                    "    TastTokenIdentifier \"p\"\n"
+                    "    TastTokenSymbol \"}\"\n"));
+}
+
+TEST_F(SQL92GrammarTest, TheFourParameterForms) {
+  EXPECT_EQ(Expression(u"?"), "TSQLExpressionParameter\n  TastTokenSymbol \"?\"\n");
+  EXPECT_EQ(Expression(u"?1"), "TSQLExpressionParameter\n  TastTokenSymbol \"?\"\n  TastTokenNumber \"1\"\n");
+  EXPECT_EQ(Expression(u":a"), "TSQLExpressionParameter\n  TastTokenSymbol \":\"\n  TastTokenIdentifier \"a\"\n");
+  EXPECT_EQ(Expression(u":1"), "TSQLExpressionParameter\n  TastTokenSymbol \":\"\n  TastTokenNumber \"1\"\n");
+  EXPECT_EQ(Print(u"SELECT ?, ?1, :a, :1 FROM t WHERE a = :b"), u"Select ?, ?1, :a, :1 From t Where a = :b");
+}
+
+TEST_F(SQL92GrammarTest, HowManyPartsANameMayHave) {
+  EXPECT_TRUE(Parses(u"SELECT a.b.c.d.e FROM a.b.c.d"));
+  EXPECT_FALSE(Parses(u"SELECT a.b.c.d.e.f FROM t"));
+  EXPECT_FALSE(Parses(u"SELECT a FROM a.b.c.d.e"));
+  // Parts are held from the inside out.
+  EXPECT_EQ(Source(u"db.s.t"),
+            "TSQLFromObject\n"
+            "  TSQLDatabaseObject\n"
+            "    TastTokenIdentifier \"t\"\n"
+            "    TastTokenIdentifier \"s\"\n"
+            "    TastTokenIdentifier \"db\"\n");
+  EXPECT_TRUE(Holds(Expression(u"\"My \"\"Col\"\"\""), "TastTokenIdentifier \"My \\\"Col\\\"\" quoted\n"));
+}
+
+TEST_F(SQL92GrammarTest, UnionsKeepTheirOperatorsAsWritten) {
+  const std::string tree = Select(u"SELECT a FROM t UNION ALL (SELECT b FROM u EXCEPT SELECT c FROM v) intersect SELECT d");
+  EXPECT_TRUE(Holds(tree, "  TSQLSubQueryExpressions \"UNION\" all\n"));
+  EXPECT_TRUE(Holds(tree, "    TSQLSubQuerySelectExpression \"EXCEPT\"\n"));
+  EXPECT_TRUE(Holds(tree, "  TSQLSubQuerySelectExpression \"intersect\"\n"));
+  EXPECT_TRUE(Parses(u"SELECT a FROM t UNION SELECT b FROM u ORDER BY 1;"));
+}
+
+TEST_F(SQL92GrammarTest, ConstantsAndTypes) {
+  EXPECT_EQ(Print(u"SELECT date '2001-01-01', TIME '10:00', timestamp '2001-01-01 10:00', current_timestamp, "
+                  u"session_user, null, 0x1f, 1., .5e-3"),
+            u"Select Date '2001-01-01', Time '10:00', TimeStamp '2001-01-01 10:00', Current_TimeStamp, "
+            u"Session_User, Null, 0x1f, 1., .5e-3");
+  EXPECT_EQ(Print(u"SELECT cast(a as double precision), cast(a as national character varying(10)), "
+                  u"cast(a as numeric(10,2)), cast(a as time(3) with time zone), "
+                  u"cast(a as interval day(2) to second(3)), cast(a as interval second(2, 3)), cast(a as s.my_type)"),
+            u"Select Cast(a As Double Precision), Cast(a As National Character Varying(10)), "
+            u"Cast(a As Numeric(10, 2)), Cast(a As Time(3) With Time Zone), "
+            u"Cast(a As Interval Day(2) To Second(3)), Cast(a As Interval Second(2, 3)), Cast(a As s.my_type)");
+}
+
+TEST_F(SQL92GrammarTest, SpecialFunctions) {
+  EXPECT_EQ(Print(u"SELECT EXTRACT(timezone_hour FROM d), substring(a FROM 2), substring(a, 1, 2), "
+                  u"position(a), coalesce(a, b), CASE WHEN a = 1 THEN 2 WHEN a = 2 THEN 3 ELSE 4 END"),
+            u"Select Extract(TimeZone_Hour From d), SubString(a From 2), SubString(a, 1, 2), Position(a), "
+            u"Coalesce(a, b), Case When a = 1 Then 2 When a = 2 Then 3 Else 4 End");
+  EXPECT_TRUE(Holds(Expression(u"extract(year from d)"),
+                    "  TastNodeWithList\n"
+                    "    TastTokenBuiltin \"Extract\"\n"
+                    "    TastTokenSymbol \"(\"\n"
+                    "    TastTokenKeyword \"Year\"\n"
+                    "    TastTokenKeyword \"From\"\n"));
+}
+
+TEST_F(SQL92GrammarTest, QuantifiedComparisons) {
+  EXPECT_TRUE(Holds(Logical(u"a > ALL (SELECT b FROM t)"), "TSQLExpressionCompWithSubQuery quantifier=0\n"));
+  EXPECT_TRUE(Holds(Logical(u"a > SOME (SELECT b FROM t)"), "TSQLExpressionCompWithSubQuery quantifier=1\n"));
+  EXPECT_TRUE(Holds(Logical(u"a !> ANY (SELECT b FROM t)"), "TSQLExpressionCompWithSubQuery quantifier=2\n"));
+  EXPECT_TRUE(Holds(Logical(u"EXISTS (SELECT 1)"), "TSQLExpressionExists\n"));
+  EXPECT_TRUE(Holds(Logical(u"a IN (SELECT b FROM t)"), "TSQLExpressionInSubQuery\n"));
+}
+
+// --- Limits ---
+
+namespace {
+
+// Runs `work` on a thread with a stack of `bytes`.
+void OnStackOf(size_t bytes, const std::function<void()>& work) {
+  pthread_attr_t attr;
+  pthread_attr_init(&attr);
+  pthread_attr_setstacksize(&attr, bytes);
+  pthread_t thread;
+  auto job = std::make_unique<std::function<void()>>(work);
+  ASSERT_EQ(pthread_create(
+                &thread, &attr,
+                [](void* arg) -> void* {
+                  (*static_cast<std::function<void()>*>(arg))();
+                  return nullptr;
+                },
+                job.get()),
+            0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attr);
+}
+
+WideString Nested(int depth, const WideString& inner) {
+  return WideString(size_t(depth), u'(') + inner + WideString(size_t(depth), u')');
+}
+
+}  // namespace
+
+TEST_F(SQL92GrammarTest, TwoHundredNestedBracketsParseOnASmallStack) {
+  bool condition = false, expression = false;
+  OnStackOf(2 * 1024 * 1024, [&] {
+    condition = Parses(u"SELECT a FROM t WHERE " + Nested(200, u"a = 1"));
+    expression = Parses(u"SELECT " + Nested(200, u"a") + u" FROM t");
+  });
+  EXPECT_TRUE(condition);
+  EXPECT_TRUE(expression);
+}
+
+TEST_F(SQL92GrammarTest, DeeperNestingIsAnOrdinarySyntaxError) {
+  for (const WideString& text : {u"SELECT a FROM t WHERE " + Nested(2000, u"a = 1"), u"SELECT " + Nested(5000, u"a")}) {
+    try {
+      context.ParseSelect(text);
+      ADD_FAILURE() << "no exception";
+    } catch (const EmvSQLError& e) {
+      EXPECT_EQ(e.Kind, ekInvalidSelectStatement);
+      EXPECT_EQ(e.Message().rfind(u"Invalid SELECT statement.\r\n Unexpected token ", 0), 0u);
+    }
+  }
+}
