@@ -4,7 +4,6 @@
 
 #include "dialects/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
-#include "metadata/MetadataMessages.h"
 #include "support/Exceptions.h"
 
 namespace mv {
@@ -47,8 +46,6 @@ void TmvMetadataBase::SetMetadataParent(TmvMetadataBase* parent) {
   parent_ = parent;
   SetParent(parent);
 }
-
-void TmvMetadataBase::RaiseBadObjectName() { throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName)); }
 
 // --- TmvMetadataCollectionItemBase ---
 

@@ -6,9 +6,7 @@ MV_DEFINE_METADATA_CLASS(TmvMetadataParameter, TmvMetadataCollectionItemBase)
 MV_DEFINE_METADATA_CLASS(TmvMetadataParametersList, TmvMetadataCollectionBase)
 
 TmvMetadataParameter::TmvMetadataParameter(TmvMetadataBase* parent, TmvBaseSQLContext* context)
-    : TmvMetadataCollectionItemBase(parent, context),
-      name_(TastCreate<TastTokenIdentifier>(context)),
-      altNameId_(TastCreate<TastTokenIdentifier>(context)) {}
+    : TmvWithAltName(parent, context), name_(TastCreate<TastTokenIdentifier>(context)) {}
 
 TmvMetadataParameter::~TmvMetadataParameter() = default;
 
@@ -42,32 +40,19 @@ void TmvMetadataParameter::SetName(const TastTokenIdentifier* token) {
   NotifyUpdated();
 }
 
-void TmvMetadataParameter::SetAltName(WideStringView value) {
-  if (altNameId_->Token == value) return;
-  altNameId_->SetToken(value);
-  NotifyUpdated();
+void TmvMetadataParameter::SetFieldType(TFieldType value) { SetValueAndNotify(*this, fieldType_, value); }
+void TmvMetadataParameter::SetSize(int32_t value) { SetValueAndNotify(*this, size_, value); }
+void TmvMetadataParameter::SetPrecision(int32_t value) { SetValueAndNotify(*this, precision_, value); }
+void TmvMetadataParameter::SetScale(int32_t value) { SetValueAndNotify(*this, scale_, value); }
+void TmvMetadataParameter::SetParamType(TParamType value) { SetValueAndNotify(*this, paramType_, value); }
+void TmvMetadataParameter::SetShortDescription(WideStringView value) {
+  SetValueAndNotify(*this, shortDescription_, value);
 }
-
-void TmvMetadataParameter::SetAltNameCaseSensitive(bool value) {
-  if (altNameId_->Quoted == value) return;
-  altNameId_->Quoted = value;
-  NotifyUpdated();
+void TmvMetadataParameter::SetLongDescription(WideStringView value) {
+  SetValueAndNotify(*this, longDescription_, value);
 }
-
-void TmvMetadataParameter::SetFieldType(TFieldType value) { SetValue(fieldType_, value); }
-void TmvMetadataParameter::SetSize(int32_t value) { SetValue(size_, value); }
-void TmvMetadataParameter::SetPrecision(int32_t value) { SetValue(precision_, value); }
-void TmvMetadataParameter::SetScale(int32_t value) { SetValue(scale_, value); }
-void TmvMetadataParameter::SetParamType(TParamType value) { SetValue(paramType_, value); }
-void TmvMetadataParameter::SetShortDescription(WideStringView value) { SetValue(shortDescription_, WideString(value)); }
-void TmvMetadataParameter::SetLongDescription(WideStringView value) { SetValue(longDescription_, WideString(value)); }
 
 TmvMetadataParametersList::TmvMetadataParametersList(TmvMetadataBase* parent, TmvBaseSQLContext* context)
-    : TmvMetadataCollectionOf<TmvMetadataParameter>(parent, context) {}
-
-void TmvMetadataParametersList::Assign(const TmvPersistent* source) {
-  TmvMetadataCollectionOf<TmvMetadataParameter>::Assign(source);
-  if (const auto* other = TmvCast<TmvMetadataParametersList>(source)) loaded_ = other->loaded_;
-}
+    : TmvMetadataLoadedListOf<TmvMetadataParameter>(parent, context) {}
 
 }  // namespace mv

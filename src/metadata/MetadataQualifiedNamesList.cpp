@@ -1,6 +1,6 @@
 #include "metadata/MetadataQualifiedNamesList.h"
 
-#include "frontend/SQLContext.h"
+#include "metadata/MetadataNames.h"
 #include "support/Exceptions.h"
 
 namespace mv {
@@ -53,15 +53,11 @@ TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(const TastTokenIdentifier*
 TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(const TSQLQualifiedName* name) { return Insert(Count(), name); }
 
 TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(WideStringView text) {
-  TmvOwned<TSQLQualifiedName> name =
-      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
-  if (!name) RaiseBadObjectName();
-  return Add(name.get());
+  return Add(ParseName(SQLContext(), text).get());
 }
 
 int TmvMetadataQualifiedNamesList::FindByName(WideStringView text) const {
-  TmvOwned<TSQLQualifiedName> name =
-      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
+  TmvOwned<TSQLQualifiedName> name = ParseNameOrNull(SQLContext(), text);
   return name ? FindByName(name.get()) : -1;
 }
 

@@ -2,9 +2,7 @@
 
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
-#include "metadata/MetadataMessages.h"
 #include "metadata/MetadataNames.h"
-#include "support/Exceptions.h"
 
 namespace mv {
 
@@ -45,22 +43,12 @@ void TmvMetadataRelation::Assign(const TmvPersistent* source) {
   NotifyUpdated();
 }
 
-void TmvMetadataRelation::SetForeignKey(bool value) {
-  if (foreignKey_ == value) return;
-  foreignKey_ = value;
-  NotifyUpdated();
-}
-
+void TmvMetadataRelation::SetForeignKey(bool value) { SetValueAndNotify(*this, foreignKey_, value); }
 void TmvMetadataRelation::SetKeyCardinality(TmvMetadataRelationCardinality value) {
-  if (keyCardinality_ == value) return;
-  keyCardinality_ = value;
-  NotifyUpdated();
+  SetValueAndNotify(*this, keyCardinality_, value);
 }
-
 void TmvMetadataRelation::SetChildCardinality(TmvMetadataRelationCardinality value) {
-  if (childCardinality_ == value) return;
-  childCardinality_ = value;
-  NotifyUpdated();
+  SetValueAndNotify(*this, childCardinality_, value);
 }
 
 void TmvMetadataRelation::UpdateChildFullName() {
@@ -86,31 +74,14 @@ void TmvMetadataRelation::SetChildName(const TastTokenIdentifier* value) {
 }
 
 void TmvMetadataRelation::SetChildTable(const TSQLQualifiedName* value) {
-  if (IsQualifiedNameEmpty(value)) {
-    childName_->Clear();
-    childSchema_->Clear();
-    childDatabase_->Clear();
-  } else {
-    TmvBaseSQLContext* context = SQLContext();
-    if (!context) throw EmvQueryBuilderError(MetadataMessage(mvQBNoSyntaxProvider));
-    AssignIdentifier(*childName_, context->ExtractNameFromFullName(value).get());
-    AssignIdentifier(*childSchema_, context->ExtractSchemaFromFullName(value).get());
-    AssignQualifiedName(*childDatabase_, context->ExtractDatabaseFromFullName(value).get());
-  }
+  SplitFullName(SQLContext(), value, *childName_, *childSchema_, *childDatabase_);
   UpdateChildFullName();
   NotifyUpdated();
 }
 
 void TmvMetadataRelation::SetChildDatabaseStr(WideStringView text) {
   if (text == ChildDatabaseStr()) return;
-  if (text.empty()) {
-    SetChildDatabase(nullptr);
-    return;
-  }
-  TmvOwned<TSQLQualifiedName> name =
-      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
-  if (!name) RaiseBadObjectName();
-  SetChildDatabase(name.get());
+  SetChildDatabase(ParseOptionalName(SQLContext(), text).get());
 }
 
 WideString TmvMetadataRelation::ChildDatabaseStr() const { return childDatabase_->GetQualifiedName(); }
