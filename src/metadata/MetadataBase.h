@@ -72,6 +72,23 @@ class TmvMetadataBase : public TmvUpdatablePersistent {
   }
 
  protected:
+  // The frame of every Assign override: a source of class T other than this
+  // object is copied in one update batch, first by `inherited()` (the base
+  // class's Assign) and then by `copy(other)`, and reported once; any other
+  // source goes to `inherited()` alone; this object itself is left as it is.
+  template <class T, class Inherited, class Copy>
+  void AssignFrom(const TmvPersistent* source, Inherited inherited, Copy copy) {
+    const T* other = TmvCast<T>(source);
+    if (!other) {
+      inherited();
+      return;
+    }
+    if (other == this) return;
+    TmvUpdateBatch batch(*this);
+    inherited();
+    copy(*other);
+    NotifyUpdated();
+  }
   // Moves the object under another parent (null: none), batches included.
   void SetMetadataParent(TmvMetadataBase* parent);
 

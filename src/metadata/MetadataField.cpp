@@ -26,30 +26,25 @@ TmvMetadataField::~TmvMetadataField() = default;
 TmvMetadataFieldsList* TmvMetadataField::FieldsList() const { return TmvCast<TmvMetadataFieldsList>(Parent()); }
 
 void TmvMetadataField::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataField>(source);
-  if (!other) {
-    TmvMetadataCollectionItemBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataCollectionItemBase::Assign(source);
-  altNameId_->Assign(*other->altNameId_);
-  fieldTypeName_ = other->fieldTypeName_;
-  fieldType_ = other->fieldType_;
-  size_ = other->size_;
-  precision_ = other->precision_;
-  scale_ = other->scale_;
-  primaryKey_ = other->primaryKey_;
-  nullable_ = other->nullable_;
-  readOnly_ = other->readOnly_;
-  shortDescription_ = other->shortDescription_;
-  longDescription_ = other->longDescription_;
-  name_->Assign(*other->name_);
-  expression_ = other->expression_;
-  expressionAST_.reset();
-  if (other->expressionAST_) expressionAST_ = other->expressionAST_->CloneAs<TSQLExpressionItem>(SQLContext());
-  NotifyUpdated();
+  AssignFrom<TmvMetadataField>(
+      source, [&] { TmvMetadataCollectionItemBase::Assign(source); },
+      [&](const TmvMetadataField& other) {
+        altNameId_->Assign(*other.altNameId_);
+        fieldTypeName_ = other.fieldTypeName_;
+        fieldType_ = other.fieldType_;
+        size_ = other.size_;
+        precision_ = other.precision_;
+        scale_ = other.scale_;
+        primaryKey_ = other.primaryKey_;
+        nullable_ = other.nullable_;
+        readOnly_ = other.readOnly_;
+        shortDescription_ = other.shortDescription_;
+        longDescription_ = other.longDescription_;
+        name_->Assign(*other.name_);
+        expression_ = other.expression_;
+        expressionAST_.reset();
+        if (other.expressionAST_) expressionAST_ = other.expressionAST_->CloneAs<TSQLExpressionItem>(SQLContext());
+      });
 }
 
 namespace {
@@ -132,10 +127,7 @@ WideString TmvMetadataField::NameStrNotQuoted() const { return name_->GetQualifi
 
 void TmvMetadataField::SetAltNameId(const TastTokenIdentifier* token) {
   if (token == altNameId_.get()) return;
-  if (token)
-    altNameId_->Assign(*token);
-  else
-    altNameId_->Clear();
+  AssignIdentifier(*altNameId_, token);
   NotifyUpdated();
 }
 

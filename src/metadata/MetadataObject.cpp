@@ -48,37 +48,32 @@ TmvMetadataObject::TmvMetadataObject(TmvMetadataBase* parent, TmvBaseSQLContext*
 TmvMetadataObject::~TmvMetadataObject() = default;
 
 void TmvMetadataObject::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataObject>(source);
-  if (!other) {
-    TmvMetadataBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataBase::Assign(source);
-  AssignQualifiedName(*dbLink_, other->dbLink_.get());
-  AssignQualifiedName(*database_, other->database_.get());
-  AssignIdentifier(*schema_, other->schema_.get());
-  AssignIdentifier(*name_, other->name_.get());
-  schemedName_.reset();
-  fullName_.reset();
-  UpdateNames();
-  expression_ = other->expression_;
-  expressionAST_.reset();
-  if (other->expressionAST_) expressionAST_ = other->expressionAST_->CloneAs<TSQLFromSource>(SQLContext());
-  system_ = other->system_;
-  visible_ = other->visible_;
-  AssignIdentifier(*altNameId_, other->altNameId_.get());
-  if (container_ && container_->Contains(this)) container_->ReHashByAltName(this);
-  if (other->recomendedAliases_)
-    recomendedAliases_ = other->recomendedAliases_->CloneAs<TastIdentifiersList>(SQLContext());
-  else
-    recomendedAliases_.reset();
-  longDescription_ = other->longDescription_;
-  shortDescription_ = other->shortDescription_;
-  SetFields(other->GetFields());
-  SetRelations(other->GetRelations());
-  NotifyUpdated();
+  AssignFrom<TmvMetadataObject>(
+      source, [&] { TmvMetadataBase::Assign(source); },
+      [&](const TmvMetadataObject& other) {
+        AssignQualifiedName(*dbLink_, other.dbLink_.get());
+        AssignQualifiedName(*database_, other.database_.get());
+        AssignIdentifier(*schema_, other.schema_.get());
+        AssignIdentifier(*name_, other.name_.get());
+        schemedName_.reset();
+        fullName_.reset();
+        UpdateNames();
+        expression_ = other.expression_;
+        expressionAST_.reset();
+        if (other.expressionAST_) expressionAST_ = other.expressionAST_->CloneAs<TSQLFromSource>(SQLContext());
+        system_ = other.system_;
+        visible_ = other.visible_;
+        AssignIdentifier(*altNameId_, other.altNameId_.get());
+        if (container_ && container_->Contains(this)) container_->ReHashByAltName(this);
+        if (other.recomendedAliases_)
+          recomendedAliases_ = other.recomendedAliases_->CloneAs<TastIdentifiersList>(SQLContext());
+        else
+          recomendedAliases_.reset();
+        longDescription_ = other.longDescription_;
+        shortDescription_ = other.shortDescription_;
+        SetFields(other.GetFields());
+        SetRelations(other.GetRelations());
+      });
 }
 
 // --- Names ---
@@ -242,9 +237,7 @@ TastIdentifiersList* TmvMetadataObject::RecomendedAliases() const {
   return recomendedAliases_.get();
 }
 
-void TmvMetadataObject::SetLongDescription(WideStringView value) {
-  SetValueAndNotify(*this, longDescription_, value);
-}
+void TmvMetadataObject::SetLongDescription(WideStringView value) { SetValueAndNotify(*this, longDescription_, value); }
 void TmvMetadataObject::SetShortDescription(WideStringView value) {
   SetValueAndNotify(*this, shortDescription_, value);
 }

@@ -1,5 +1,7 @@
 #include "metadata/MetadataParameter.h"
 
+#include "metadata/MetadataNames.h"
+
 namespace mv {
 
 MV_DEFINE_METADATA_CLASS(TmvMetadataParameter, TmvMetadataCollectionItemBase)
@@ -11,32 +13,24 @@ TmvMetadataParameter::TmvMetadataParameter(TmvMetadataBase* parent, TmvBaseSQLCo
 TmvMetadataParameter::~TmvMetadataParameter() = default;
 
 void TmvMetadataParameter::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataParameter>(source);
-  if (!other) {
-    TmvMetadataCollectionItemBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataCollectionItemBase::Assign(source);
-  name_->Assign(*other->name_);
-  altNameId_->Assign(*other->altNameId_);
-  fieldType_ = other->fieldType_;
-  size_ = other->size_;
-  precision_ = other->precision_;
-  scale_ = other->scale_;
-  paramType_ = other->paramType_;
-  shortDescription_ = other->shortDescription_;
-  longDescription_ = other->longDescription_;
-  NotifyUpdated();
+  AssignFrom<TmvMetadataParameter>(
+      source, [&] { TmvMetadataCollectionItemBase::Assign(source); },
+      [&](const TmvMetadataParameter& other) {
+        name_->Assign(*other.name_);
+        altNameId_->Assign(*other.altNameId_);
+        fieldType_ = other.fieldType_;
+        size_ = other.size_;
+        precision_ = other.precision_;
+        scale_ = other.scale_;
+        paramType_ = other.paramType_;
+        shortDescription_ = other.shortDescription_;
+        longDescription_ = other.longDescription_;
+      });
 }
 
 void TmvMetadataParameter::SetName(const TastTokenIdentifier* token) {
   if (token == name_.get()) return;
-  if (token)
-    name_->Assign(*token);
-  else
-    name_->Clear();
+  AssignIdentifier(*name_, token);
   NotifyUpdated();
 }
 

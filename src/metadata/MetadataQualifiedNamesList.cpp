@@ -13,17 +13,12 @@ TmvMetadataQualifiedNamesList::TmvMetadataQualifiedNamesList(TmvMetadataBase* pa
 TmvMetadataQualifiedNamesList::~TmvMetadataQualifiedNamesList() = default;
 
 void TmvMetadataQualifiedNamesList::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataQualifiedNamesList>(source);
-  if (!other) {
-    TmvMetadataBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataBase::Assign(source);
-  list_->Clear();
-  for (int i = 0; i < other->Count(); ++i) list_->Add(other->Items(i)->CloneAs<TSQLQualifiedName>(SQLContext()));
-  NotifyUpdated();
+  AssignFrom<TmvMetadataQualifiedNamesList>(
+      source, [&] { TmvMetadataBase::Assign(source); },
+      [&](const TmvMetadataQualifiedNamesList& other) {
+        list_->Clear();
+        for (int i = 0; i < other.Count(); ++i) list_->Add(other.Items(i)->CloneAs<TSQLQualifiedName>(SQLContext()));
+      });
 }
 
 void TmvMetadataQualifiedNamesList::CheckIndex(int index) const {

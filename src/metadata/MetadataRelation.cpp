@@ -23,24 +23,19 @@ TmvMetadataRelation::TmvMetadataRelation(TmvMetadataBase* parent, TmvBaseSQLCont
 TmvMetadataRelation::~TmvMetadataRelation() = default;
 
 void TmvMetadataRelation::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataRelation>(source);
-  if (!other) {
-    TmvMetadataCollectionItemBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataCollectionItemBase::Assign(source);
-  foreignKey_ = other->foreignKey_;
-  keyFields_->Assign(other->keyFields_.get());
-  keyCardinality_ = other->keyCardinality_;
-  AssignQualifiedName(*childDatabase_, other->childDatabase_.get());
-  AssignIdentifier(*childSchema_, other->childSchema_.get());
-  AssignIdentifier(*childName_, other->childName_.get());
-  UpdateChildFullName();
-  childFields_->Assign(other->childFields_.get());
-  childCardinality_ = other->childCardinality_;
-  NotifyUpdated();
+  AssignFrom<TmvMetadataRelation>(
+      source, [&] { TmvMetadataCollectionItemBase::Assign(source); },
+      [&](const TmvMetadataRelation& other) {
+        foreignKey_ = other.foreignKey_;
+        keyFields_->Assign(other.keyFields_.get());
+        keyCardinality_ = other.keyCardinality_;
+        AssignQualifiedName(*childDatabase_, other.childDatabase_.get());
+        AssignIdentifier(*childSchema_, other.childSchema_.get());
+        AssignIdentifier(*childName_, other.childName_.get());
+        UpdateChildFullName();
+        childFields_->Assign(other.childFields_.get());
+        childCardinality_ = other.childCardinality_;
+      });
 }
 
 void TmvMetadataRelation::SetForeignKey(bool value) { SetValueAndNotify(*this, foreignKey_, value); }
