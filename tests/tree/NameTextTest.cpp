@@ -2,6 +2,7 @@
 // context's name entries, so that the dialect's quotes are understood.
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "support/Exceptions.h"
@@ -64,12 +65,8 @@ TEST_F(NameTextTest, SetQualifiedName) {
   name->SetQualifiedName(u"Order Details");  // taken quoted
   ASSERT_EQ(name->GetCount(), 1);
   EXPECT_EQ(name->GetQualifiedName(), u"\"Order Details\"");
-  try {
-    name->SetQualifiedName(u"a\"b");  // not even in quotes a name
-    FAIL() << "no exception";
-  } catch (const Exception& e) {
-    EXPECT_EQ(e.Message(), u"Invalid object name");
-  }
+  // Not even in quotes a name.
+  EXPECT_EQ(mvtest::ThrownMessage([&] { name->SetQualifiedName(u"a\"b"); }), u"Invalid object name");
   EXPECT_EQ(name->GetQualifiedName(), u"\"Order Details\"");  // unchanged after a failure
   name->SetQualifiedName(u"");
   EXPECT_EQ(name->GetCount(), 0);
