@@ -45,16 +45,7 @@ class ExpressionPrint : public ::testing::Test {
 
   // Select <column> From <table>, a one-member sub-select.
   TmvOwned<TSQLSubSelectStatement> SubSelect(const char16_t* column, const char16_t* table) {
-    auto select = Make<TSQLSubQuerySelectExpression>();
-    select->SelectItems.Set(Make<TSQLSelectItems>());
-    auto item = Make<TSQLSelectItemExpression>();
-    item->Expression.Set(Col(&context, {column}));
-    select->SelectItems->Add(std::move(item));
-    select->FromClause.Set(Make<TSQLFromClause>());
-    select->FromClause->Add(FromObject(&context, {table}));
-    auto statement = Make<TSQLSubSelectStatement>();
-    statement->Add(std::move(select));
-    return statement;
+    return Select(&context).Items({column}).From(table).SubSelect();
   }
 
   template <class T>

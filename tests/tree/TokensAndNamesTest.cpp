@@ -176,8 +176,10 @@ TEST_F(NamesTest, ComparisonUnderTheCaseRules) {
   provider.SetIdentCaseSens(icsSensitiveUpperCase);
   EXPECT_FALSE(context.IsIdentifiersEqual(quoted.get(), bare.get()));
   EXPECT_TRUE(context.IsIdentifiersEqual(Id(&context, u"A", true).get(), bare.get()));
+  EXPECT_TRUE(context.IsIdentifiersEqual(bare.get(), Id(&context, u"A").get()));
   provider.SetIdentCaseSens(icsSensitiveLowerCase);
   EXPECT_TRUE(context.IsIdentifiersEqual(quoted.get(), Id(&context, u"A").get()));
+  EXPECT_FALSE(context.IsIdentifiersEqual(Id(&context, u"A", true).get(), Id(&context, u"A").get()));
   // Other tokens compare without regard to case.
   auto keyword = TastCreate<TastTokenKeyword>(&context, u"COUNT");
   auto builtin = TastCreate<TastTokenBuiltin>(&context, u"Count");
