@@ -41,38 +41,6 @@ std::vector<TmvToken> All(const WideString& text) {
   return scanner->GetTokens();
 }
 
-TEST(SQL92Kinds, NumberingFollowsTheTokenTable) {
-  EXPECT_EQ(SQL92Scanner::NoSym, 271);
-  EXPECT_EQ(SQL92Scanner::KeywordCount, 233);
-  EXPECT_EQ(SQL92Scanner::tkIntegerToken, 3);
-  EXPECT_EQ(SQL92Scanner::tkRealToken, 4);
-  EXPECT_EQ(SQL92Scanner::tkIdentifierToken, 5);
-  EXPECT_EQ(SQL92Scanner::tkQuotedIdentifierToken, 6);
-  EXPECT_EQ(SQL92Scanner::tkLiteralToken, 7);
-  EXPECT_EQ(SQL92Scanner::tkStringToken, 8);
-  EXPECT_EQ(SQL92Scanner::tkDot, 9);
-  EXPECT_EQ(SQL92Scanner::tkComma, 10);
-  EXPECT_EQ(SQL92Scanner::kwAVG, 11);
-  EXPECT_EQ(SQL92Scanner::kwEND, 87);
-  EXPECT_EQ(SQL92Scanner::tkEndExec, 88);
-  EXPECT_EQ(SQL92Scanner::kwESCAPE, 89);
-  EXPECT_EQ(SQL92Scanner::kwSELECT, 189);
-  EXPECT_EQ(SQL92Scanner::kwZONE, 237);
-  EXPECT_EQ(SQL92Scanner::tkLineComment, 238);
-  EXPECT_EQ(SQL92Scanner::tkBlockComment, 239);
-  EXPECT_EQ(SQL92Scanner::tkSemicolon, 240);
-  EXPECT_EQ(SQL92Scanner::tkDotAsterisk, 245);
-  EXPECT_EQ(SQL92Scanner::kwTILDE, 251);
-  EXPECT_EQ(SQL92Scanner::kwD, 255);
-  EXPECT_EQ(SQL92Scanner::kwTS, 257);
-  EXPECT_EQ(SQL92Scanner::tkRightBrace, 258);
-  EXPECT_EQ(SQL92Scanner::kwGUID, 259);
-  EXPECT_EQ(SQL92Scanner::tkQuestionMarkEqual, 260);
-  EXPECT_EQ(SQL92Scanner::kwFN, 262);
-  EXPECT_EQ(SQL92Scanner::tkNotEqual, 263);
-  EXPECT_EQ(SQL92Scanner::tkGreater, 270);
-}
-
 TEST(SQL92Kinds, KeywordsRunFrom11To237InOrderWithEndExecBetween) {
   auto keywords = SQL92Scanner::Keywords();
   ASSERT_EQ(keywords.size(), 233u);
