@@ -201,16 +201,6 @@ TEST(PipedBuilder, DynamicRightMarginMeasuresFromTheIndent) {
   EXPECT_EQ(Build(piped, write), u"x\r\n      aaaa bbbb");
 }
 
-TEST(PipedBuilder, HardLinesEndInCRLF) {
-  TSQLBuilderPiped piped;
-  WideString text = Build(piped, [](TSQLBuilder& b) {
-    b.WriteKeyword(u"A");
-    b.NewLine();
-    b.WriteKeyword(u"B");
-  });
-  EXPECT_EQ(text, WideString(u"A\r\nB"));
-}
-
 TEST(PipedBuilder, MergedBlankTakesTheBestPriority) {
   TSQLBuilderPiped piped;
   piped.SetRightMargin(12);
