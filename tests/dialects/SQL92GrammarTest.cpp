@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "OnStackOf.h"
+#include "SQL92Context.h"
 #include "SQL92Pars.h"
 #include "dialects/EngineInit.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
@@ -15,12 +16,8 @@ using namespace mv;
 
 namespace {
 
-class SQL92GrammarTest : public ::testing::Test {
+class SQL92GrammarTest : public mvtest::SQL92ContextTest {
  protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
-  SQL92GrammarTest() { context.SetSyntaxProvider(&provider); }
-  ~SQL92GrammarTest() override { context.SetSyntaxProvider(nullptr); }
-
   std::string Select(const WideString& text) { return DumpParseTree(context.ParseSelect(text).get()); }
   std::string Expression(const WideString& text) { return DumpParseTree(context.ParseExpression(text).get()); }
   std::string Logical(const WideString& text) { return DumpParseTree(context.ParseLogicalExpression(text).get()); }
@@ -37,9 +34,6 @@ class SQL92GrammarTest : public ::testing::Test {
       return false;
     }
   }
-
-  TmvSQL92SyntaxProvider provider;
-  TmvBaseSQLContext context;
 };
 
 // Whether `text` holds `part`.

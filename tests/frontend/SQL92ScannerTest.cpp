@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "ParseHelpers.h"
 #include "SQL92Scan.h"
 
 namespace {
@@ -12,28 +13,9 @@ namespace {
 using mv::SQL92Scanner;
 using mv::TmvToken;
 using mv::WideString;
+using Tok = mvtest::ScannedToken;
 
-struct Tok {
-  int32_t kind;
-  WideString text;
-  bool partial = false;
-  bool operator==(const Tok&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& os, const Tok& t) {
-  return os << "{" << t.kind << ", \"" << mv::UTF8Encode(t.text) << "\"" << (t.partial ? ", partial" : "") << "}";
-}
-
-// The visible tokens of a text, the end token left out.
-std::vector<Tok> Visible(const WideString& text) {
-  auto scanner = mv::TmvCreate<SQL92Scanner>();
-  scanner->Init(text);
-  std::vector<Tok> out;
-  for (const TmvToken& t : scanner->GetTokens()) {
-    if (!t.IsHidden() && t.Kind != mv::tkEndOfText) out.push_back({t.Kind, t.Text, t.IsPartial});
-  }
-  return out;
-}
+std::vector<Tok> Visible(const WideString& text) { return mvtest::ScanTokens<SQL92Scanner>(text); }
 
 std::vector<TmvToken> All(const WideString& text) {
   auto scanner = mv::TmvCreate<SQL92Scanner>();

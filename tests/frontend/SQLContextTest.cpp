@@ -7,6 +7,7 @@
 #include <atomic>
 #include <thread>
 
+#include "SQL92Context.h"
 #include "Thrown.h"
 #include "dialects/EngineInit.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
@@ -23,12 +24,8 @@ using namespace mv;
 
 namespace {
 
-class SQLContextTest : public ::testing::Test {
+class SQLContextTest : public mvtest::SQL92ContextTest {
  protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
-  SQLContextTest() { context.SetSyntaxProvider(&provider); }
-  ~SQLContextTest() override { context.SetSyntaxProvider(nullptr); }
-
   // The EmvSQLError ParseSelect raises for `text`.
   EmvSQLError SelectError(const WideString& text) {
     try {
@@ -48,9 +45,6 @@ class SQLContextTest : public ::testing::Test {
     TSQLBuilderFast builder;
     return node->SimpleSQL(builder);
   }
-
-  TmvSQL92SyntaxProvider provider;
-  TmvBaseSQLContext context;
 };
 
 }  // namespace

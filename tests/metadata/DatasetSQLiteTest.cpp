@@ -45,17 +45,6 @@ TEST_F(DatasetSQLiteTest, ReadsTheCatalogTable) {
   EXPECT_EQ(Column(*query, u"type"), (std::vector<WideString>{u"table", u"index", u"view"}));
 }
 
-TEST_F(DatasetSQLiteTest, DescribesWithoutRunning) {
-  // Running this would never end; describing it must not run it.
-  auto query = db_->CreateQuery(
-      u"with recursive c(x) as (select 1 union all select x + 1 from c) select count(*) as n from c");
-  query->UpdateFieldDefs();
-  ASSERT_EQ(query->FieldDefs().Count(), 1);
-  EXPECT_EQ(query->FieldDefs()[0].Name, u"n");
-  EXPECT_TRUE(query->FieldDefs()[0].ReadOnly());
-  EXPECT_FALSE(query->Active());
-}
-
 TEST_F(DatasetSQLiteTest, DeclaredTypesBecomeFieldTypes) {
   db_->ExecSQL(
       u"create table t (k integer primary key autoincrement, small smallint, big bigint, flag boolean, "

@@ -9,18 +9,8 @@ using namespace mv::test;
 
 namespace {
 
-class ExpressionPrint : public ::testing::Test {
+class ExpressionPrint : public TreeTest {
  protected:
-  ExpressionPrint() { context.SetSyntaxProvider(&provider); }
-  ~ExpressionPrint() override { context.SetSyntaxProvider(nullptr); }
-
-  TmvBaseSQLContext* c() { return &context; }
-
-  template <class T>
-  TmvOwned<T> Make() {
-    return TastCreate<T>(&context);
-  }
-
   // Expression [op] with an operator child.
   template <class T>
   TmvOwned<T> WithOperator(Expr operand, WideStringView op) {
@@ -55,9 +45,6 @@ class ExpressionPrint : public ::testing::Test {
     node->Negated = negated;
     return node;
   }
-
-  TTestSyntaxProvider provider;
-  TmvBaseSQLContext context;
 };
 
 }  // namespace

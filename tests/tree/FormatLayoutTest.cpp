@@ -14,13 +14,8 @@ using namespace mv::test;
 
 namespace {
 
-class FormatLayout : public ::testing::Test {
+class FormatLayout : public TreeTest {
  protected:
-  FormatLayout() { context.SetSyntaxProvider(&provider); }
-  ~FormatLayout() override { context.SetSyntaxProvider(nullptr); }
-
-  TmvBaseSQLContext* c() { return &context; }
-
   // The text of a node through a piped builder with `settings` applied
   // ("Name=Value", property names).
   WideString Layout(TastNode* node, std::initializer_list<const char16_t*> settings = {}) {
@@ -29,15 +24,9 @@ class FormatLayout : public ::testing::Test {
     return node->SimpleSQL(builder);
   }
 
-  Expr Eq(Expr a, Expr b) { return Bin(std::move(a), u"=", std::move(b)); }
-  Expr Eq(const char16_t* column, const char16_t* value) { return Eq(Col(c(), {column}), Num(c(), value)); }
+  using TreeTest::Eq;
   Expr Eq(const char16_t* a1, const char16_t* a2, const char16_t* b1, const char16_t* b2) {
     return Eq(Col(c(), {a1, a2}), Col(c(), {b1, b2}));
-  }
-
-  template <class T>
-  TmvOwned<T> Make() {
-    return TastCreate<T>(&context);
   }
 
   Expr CountStar() {
@@ -83,8 +72,6 @@ class FormatLayout : public ::testing::Test {
     return Select(c()).Star().From(u"t").Where(std::move(condition)).Statement();
   }
 
-  TTestSyntaxProvider provider;
-  TmvBaseSQLContext context;
 };
 
 }  // namespace

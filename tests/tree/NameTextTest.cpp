@@ -2,6 +2,7 @@
 // context's name entries, so that the dialect's quotes are understood.
 #include <gtest/gtest.h>
 
+#include "SQL92Context.h"
 #include "Thrown.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLContext.h"
@@ -11,17 +12,7 @@
 
 using namespace mv;
 
-namespace {
-
-class NameTextTest : public ::testing::Test {
- protected:
-  NameTextTest() { context.SetSyntaxProvider(&provider); }
-  ~NameTextTest() override { context.SetSyntaxProvider(nullptr); }
-  TmvSQL92SyntaxProvider provider;
-  TmvBaseSQLContext context;
-};
-
-}  // namespace
+using NameTextTest = mvtest::SQL92ContextTest;
 
 TEST_F(NameTextTest, AnIdentifierFromSQLText) {
   auto plain = TastCreate<TastTokenIdentifier>(&context, WideStringView(u"abc"));

@@ -16,27 +16,12 @@ using namespace mv::test;
 
 namespace {
 
-class SelectPrint : public ::testing::Test {
+class SelectPrint : public TreeTest {
  protected:
-  SelectPrint() {
-    provider.innerMandatory = true;
-    context.SetSyntaxProvider(&provider);
-  }
-  ~SelectPrint() override { context.SetSyntaxProvider(nullptr); }
-
-  TmvBaseSQLContext* c() { return &context; }
-  Expr Eq(Expr a, Expr b) { return Bin(std::move(a), u"=", std::move(b)); }
-  Expr Eq(const char16_t* column, const char16_t* value) { return Bin(Col(c(), {column}), u"=", Num(c(), value)); }
-
-  template <class T>
-  TmvOwned<T> Make() {
-    return TastCreate<T>(&context);
-  }
+  SelectPrint() { provider.innerMandatory = true; }
 
   WideString Piped(TastNode* node) { return Print(node, piped); }
 
-  TTestSyntaxProvider provider;
-  TmvBaseSQLContext context;
   TSQLBuilderPiped piped;
 };
 

@@ -15,11 +15,8 @@ using namespace mv::test;
 
 namespace {
 
-class NamesTest : public ::testing::Test {
+class NamesTest : public TreeTest {
  protected:
-  NamesTest() { context.SetSyntaxProvider(&provider); }
-  ~NamesTest() override { context.SetSyntaxProvider(nullptr); }
-
   // The identifier printed by a one-line builder in that quoting mode.
   WideString Quote(const char16_t* text, bool quoted, TmvIdentQuotation mode) {
     auto id = Id(&context, text, quoted);
@@ -27,9 +24,6 @@ class NamesTest : public ::testing::Test {
     builder.SetQuoteIdentifiers(mode);
     return Print(id, builder);
   }
-
-  TTestSyntaxProvider provider;
-  TmvBaseSQLContext context;
 };
 
 }  // namespace

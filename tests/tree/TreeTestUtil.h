@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "TestProvider.h"
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilderPiped.h"
 #include "tree/Expressions.h"
@@ -192,6 +193,25 @@ struct Select {
     statement->Add(std::move(s));
     return statement;
   }
+};
+
+// A context on a TTestSyntaxProvider whose answers a test may change.
+class TreeTest : public ::testing::Test {
+ protected:
+  TreeTest() { context.SetSyntaxProvider(&provider); }
+  ~TreeTest() override { context.SetSyntaxProvider(nullptr); }
+
+  TmvBaseSQLContext* c() { return &context; }
+  template <class T>
+  TmvOwned<T> Make() {
+    return TastCreate<T>(&context);
+  }
+  Expr Eq(Expr a, Expr b) { return Bin(std::move(a), u"=", std::move(b)); }
+  // column = number
+  Expr Eq(const char16_t* column, const char16_t* value) { return Eq(Col(c(), {column}), Num(c(), value)); }
+
+  TTestSyntaxProvider provider;
+  TmvBaseSQLContext context;
 };
 
 // The text of a node through a builder.
