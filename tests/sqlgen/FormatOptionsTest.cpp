@@ -291,87 +291,38 @@ TEST(FormatOptions, EveryOptionCanBeSetByNameAndReadBack) {
 TEST(FormatOptions, NamesReachTheTypedProperties) {
   TSQLBuilderPiped b;
   const TmvPropertyTable& t = b.PropertyTable();
-  // Text as a command line may give it: names are case-blind, enumerations
-  // take names in any case or ordinals, booleans words or numbers.
-  struct BuilderCase {
-    const char16_t* path;
-    const char16_t* text;
-    int64_t (*read)(const TSQLBuilderPiped&);
-    int64_t expected;
-  };
-  const BuilderCase builderCases[] = {
-      {u"RightMargin", u"-5", [](const TSQLBuilderPiped& b) -> int64_t { return b.RightMargin(); }, -5},
-      {u"keywordformat", u"akfUpperCase", [](const TSQLBuilderPiped& b) -> int64_t { return b.KeywordFormat(); },
-       akfUpperCase},
-      {u"QuoteIdentifiers", u"ICALL", [](const TSQLBuilderPiped& b) -> int64_t { return b.QuoteIdentifiers(); }, icAll},
-      {u"ObjectPrefixSkipping", u"2",
-       [](const TSQLBuilderPiped& b) -> int64_t { return b.ObjectPrefixSkipping(); }, opsSkipNone},
-      {u"UseAltNames", u"0", [](const TSQLBuilderPiped& b) -> int64_t { return b.UseAltNames(); }, false},
-      {u"ExpandVirtualFields", u"true", [](const TSQLBuilderPiped& b) -> int64_t { return b.ExpandVirtualFields(); },
-       true},
-      {u"ExpandVirtualObjects", u"1", [](const TSQLBuilderPiped& b) -> int64_t { return b.ExpandVirtualObjects(); },
-       true},
-      {u"OuterKeywordInLinks", u"skSkipIfPossible",
-       [](const TSQLBuilderPiped& b) -> int64_t { return b.OuterKeywordInLinks(); }, skSkipIfPossible},
-      {u"InnerKeywordInLinks", u"skPrintAlways",
-       [](const TSQLBuilderPiped& b) -> int64_t { return b.InnerKeywordInLinks(); }, skPrintAlways},
-      {u"AsKeywordInExpressionAlias", u"skPrintAlways",
-       [](const TSQLBuilderPiped& b) -> int64_t { return b.AsKeywordInExpressionAlias(); }, skPrintAlways},
-      {u"AsKeywordInObjectAlias", u"skSkipIfPossible",
-       [](const TSQLBuilderPiped& b) -> int64_t { return b.AsKeywordInObjectAlias(); }, skSkipIfPossible},
-      {u"ParenthesizeANDGroups", u"False",
-       [](const TSQLBuilderPiped& b) -> int64_t { return b.ParenthesizeANDGroups(); }, false},
-      {u"ParenthesizeSingleCriterion", u" True ",
-       [](const TSQLBuilderPiped& b) -> int64_t { return b.ParenthesizeSingleCriterion(); }, true},
-      {u"DynamicIndents", u"True", [](const TSQLBuilderPiped& b) -> int64_t { return b.DynamicIndents(); }, true},
-      {u"DynamicRightMargin", u"True", [](const TSQLBuilderPiped& b) -> int64_t { return b.DynamicRightMargin(); },
-       true},
-  };
-  for (const BuilderCase& c : builderCases) {
-    t.SetText(b, c.path, c.text);
-    EXPECT_EQ(c.read(b), c.expected) << UTF8Encode(c.path);
-  }
+  t.SetText(b, u"RightMargin", u"-5");
+  EXPECT_EQ(b.RightMargin(), -5);
+  t.SetText(b, u"keywordformat", u"akfUpperCase");  // names compare case-blind
+  EXPECT_EQ(b.KeywordFormat(), akfUpperCase);
+  t.SetText(b, u"QuoteIdentifiers", u"ICALL");
+  EXPECT_EQ(b.QuoteIdentifiers(), icAll);
+  t.SetText(b, u"ObjectPrefixSkipping", u"2");  // an ordinal
+  EXPECT_EQ(b.ObjectPrefixSkipping(), opsSkipNone);
+  t.SetText(b, u"UseAltNames", u"0");
+  EXPECT_FALSE(b.UseAltNames());
+  t.SetText(b, u"ExpandVirtualFields", u"true");
+  EXPECT_TRUE(b.ExpandVirtualFields());
+  t.SetText(b, u"ExpandVirtualObjects", u"1");
+  EXPECT_TRUE(b.ExpandVirtualObjects());
+  t.SetText(b, u"OuterKeywordInLinks", u"skSkipIfPossible");
+  EXPECT_EQ(b.OuterKeywordInLinks(), skSkipIfPossible);
+  t.SetText(b, u"InnerKeywordInLinks", u"skPrintAlways");
+  EXPECT_EQ(b.InnerKeywordInLinks(), skPrintAlways);
+  t.SetText(b, u"AsKeywordInExpressionAlias", u"skPrintAlways");
+  EXPECT_EQ(b.AsKeywordInExpressionAlias(), skPrintAlways);
+  t.SetText(b, u"AsKeywordInObjectAlias", u"skSkipIfPossible");
+  EXPECT_EQ(b.AsKeywordInObjectAlias(), skSkipIfPossible);
+  t.SetText(b, u"ParenthesizeANDGroups", u"False");
+  EXPECT_FALSE(b.ParenthesizeANDGroups());
+  t.SetText(b, u"ParenthesizeSingleCriterion", u" True ");
+  EXPECT_TRUE(b.ParenthesizeSingleCriterion());
+  t.SetText(b, u"DynamicIndents", u"True");
+  EXPECT_TRUE(b.DynamicIndents());
+  t.SetText(b, u"DynamicRightMargin", u"True");
+  EXPECT_TRUE(b.DynamicRightMargin());
 
   // Each select format, and each nested format in it.
-  using F = const TSQLBuilderSelectFormat&;
-  struct FormatCase {
-    const char16_t* path;
-    const char16_t* text;
-    int64_t (*read)(F);
-    int64_t expected;
-  };
-  const FormatCase formatCases[] = {
-      {u"IndentGlobal", u"3", [](F f) -> int64_t { return f.IndentGlobal(); }, 3},
-      {u"MainPartsFromNewLine", u"False", [](F f) -> int64_t { return f.MainPartsFromNewLine(); }, false},
-      {u"IndentInPart", u"4", [](F f) -> int64_t { return f.IndentInPart(); }, 4},
-      {u"NewLineAfterPartKeywords", u"True", [](F f) -> int64_t { return f.NewLineAfterPartKeywords(); }, true},
-      {u"SelectListFormat.NewLineAfterItem", u"False",
-       [](F f) -> int64_t { return f.SelectListFormat().NewLineAfterItem(); }, false},
-      {u"SelectListFormat.NewLineBeforeComma", u"True",
-       [](F f) -> int64_t { return f.SelectListFormat().NewLineBeforeComma(); }, true},
-      {u"GroupByFormat.NewLineAfterItem", u"False", [](F f) -> int64_t { return f.GroupByFormat().NewLineAfterItem(); },
-       false},
-      {u"WindowFormat.NewLineBeforeComma", u"True",
-       [](F f) -> int64_t { return f.WindowFormat().NewLineBeforeComma(); }, true},
-      {u"OrderByFormat.NewLineAfterItem", u"False", [](F f) -> int64_t { return f.OrderByFormat().NewLineAfterItem(); },
-       false},
-      {u"WhereFormat.NewLineBefore", u"nlAllLogical", [](F f) -> int64_t { return f.WhereFormat().NewLineBefore(); },
-       nlAllLogical},
-      {u"HavingFormat.NewLineAfter", u"nlTopmostLogical",
-       [](F f) -> int64_t { return f.HavingFormat().NewLineAfter(); }, nlTopmostLogical},
-      {u"HavingFormat.IndentNestedConditions", u"0",
-       [](F f) -> int64_t { return f.HavingFormat().IndentNestedConditions(); }, 0},
-      {u"FromClauseFormat.NewLineAfterDatasource", u"False",
-       [](F f) -> int64_t { return f.FromClauseFormat().NewLineAfterDatasource(); }, false},
-      {u"FromClauseFormat.NewLineAfterJoin", u"True",
-       [](F f) -> int64_t { return f.FromClauseFormat().NewLineAfterJoin(); }, true},
-      {u"FromClauseFormat.NewLineBeforeComma", u"True",
-       [](F f) -> int64_t { return f.FromClauseFormat().NewLineBeforeComma(); }, true},
-      {u"FromClauseFormat.NewLineBeforeJoinExpression", u"True",
-       [](F f) -> int64_t { return f.FromClauseFormat().NewLineBeforeJoinExpression(); }, true},
-      {u"FromClauseFormat.JoinConditionFormat.NewLineAfter", u"nlNone",
-       [](F f) -> int64_t { return f.FromClauseFormat().JoinConditionFormat().NewLineAfter(); }, nlNone},
-  };
   struct Format {
     const char16_t* name;
     TSQLBuilderSelectFormat& format;
@@ -380,10 +331,42 @@ TEST(FormatOptions, NamesReachTheTypedProperties) {
                    Format{u"ExpressionsSubQueryFormat", b.ExpressionsSubQueryFormat()},
                    Format{u"FromSubQueryFormat", b.FromSubQueryFormat()},
                    Format{u"CTESubQueryFormat", b.CTESubQueryFormat()}}) {
-    for (const FormatCase& c : formatCases) {
-      t.SetText(b, WideString(f.name) + u"." + c.path, c.text);
-      EXPECT_EQ(c.read(f.format), c.expected) << UTF8Encode(f.name) << "." << UTF8Encode(c.path);
-    }
+    const WideString p = WideString(f.name) + u".";
+    SCOPED_TRACE(UTF8Encode(f.name));
+    t.SetText(b, p + u"IndentGlobal", u"3");
+    EXPECT_EQ(f.format.IndentGlobal(), 3);
+    t.SetText(b, p + u"MainPartsFromNewLine", u"False");
+    EXPECT_FALSE(f.format.MainPartsFromNewLine());
+    t.SetText(b, p + u"IndentInPart", u"4");
+    EXPECT_EQ(f.format.IndentInPart(), 4);
+    t.SetText(b, p + u"NewLineAfterPartKeywords", u"True");
+    EXPECT_TRUE(f.format.NewLineAfterPartKeywords());
+    t.SetText(b, p + u"SelectListFormat.NewLineAfterItem", u"False");
+    EXPECT_FALSE(f.format.SelectListFormat().NewLineAfterItem());
+    t.SetText(b, p + u"SelectListFormat.NewLineBeforeComma", u"True");
+    EXPECT_TRUE(f.format.SelectListFormat().NewLineBeforeComma());
+    t.SetText(b, p + u"GroupByFormat.NewLineAfterItem", u"False");
+    EXPECT_FALSE(f.format.GroupByFormat().NewLineAfterItem());
+    t.SetText(b, p + u"WindowFormat.NewLineBeforeComma", u"True");
+    EXPECT_TRUE(f.format.WindowFormat().NewLineBeforeComma());
+    t.SetText(b, p + u"OrderByFormat.NewLineAfterItem", u"False");
+    EXPECT_FALSE(f.format.OrderByFormat().NewLineAfterItem());
+    t.SetText(b, p + u"WhereFormat.NewLineBefore", u"nlAllLogical");
+    EXPECT_EQ(f.format.WhereFormat().NewLineBefore(), nlAllLogical);
+    t.SetText(b, p + u"HavingFormat.NewLineAfter", u"nlTopmostLogical");
+    EXPECT_EQ(f.format.HavingFormat().NewLineAfter(), nlTopmostLogical);
+    t.SetText(b, p + u"HavingFormat.IndentNestedConditions", u"0");
+    EXPECT_EQ(f.format.HavingFormat().IndentNestedConditions(), 0);
+    t.SetText(b, p + u"FromClauseFormat.NewLineAfterDatasource", u"False");
+    EXPECT_FALSE(f.format.FromClauseFormat().NewLineAfterDatasource());
+    t.SetText(b, p + u"FromClauseFormat.NewLineAfterJoin", u"True");
+    EXPECT_TRUE(f.format.FromClauseFormat().NewLineAfterJoin());
+    t.SetText(b, p + u"FromClauseFormat.NewLineBeforeComma", u"True");
+    EXPECT_TRUE(f.format.FromClauseFormat().NewLineBeforeComma());
+    t.SetText(b, p + u"FromClauseFormat.NewLineBeforeJoinExpression", u"True");
+    EXPECT_TRUE(f.format.FromClauseFormat().NewLineBeforeJoinExpression());
+    t.SetText(b, p + u"FromClauseFormat.JoinConditionFormat.NewLineAfter", u"nlNone");
+    EXPECT_EQ(f.format.FromClauseFormat().JoinConditionFormat().NewLineAfter(), nlNone);
   }
   // A format's own table works on the format alone.
   TSQLBuilderConditionFormat condition;
