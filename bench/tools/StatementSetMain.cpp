@@ -3,15 +3,16 @@
 // ';;'-separated file, with a tab-separated index next to it.
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <string>
 
 #include "StatementSet.h"
+#include "ToolMain.h"
 #include "support/TextFile.h"
 
 namespace {
 
+const char* const kProgram = "bench_statement_set";
 const char* const kUsage =
     "usage: bench_statement_set [--corpus DIR] [--set FILE] --out FILE\n"
     "  --corpus DIR  the shared SQL corpus (default: $MV_CORPUS_DIR)\n"
@@ -19,54 +20,32 @@ const char* const kUsage =
     "  --out FILE    the statements, entries separated by ';;' lines; the index goes to\n"
     "                the same name with .index.tsv instead of .sql\n";
 
-void WriteFile(const std::filesystem::path& path, const std::string& bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << bytes;
-  if (!out) throw std::runtime_error("cannot write " + path.string());
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
+  using namespace mv::bench;
   std::string corpus = std::getenv("MV_CORPUS_DIR") ? std::getenv("MV_CORPUS_DIR") : "";
   std::string setFile = MV_BENCH_DIR "/statement-set.txt";
   std::string outFile;
-  for (int i = 1; i < argc; ++i) {
-    const std::string arg = argv[i];
-    if (arg == "--help") {
-      std::cout << kUsage;
-      return 0;
-    }
-    if ((arg == "--corpus" || arg == "--set" || arg == "--out") && i + 1 < argc) {
-      (arg == "--corpus" ? corpus : arg == "--set" ? setFile : outFile) = argv[++i];
-    } else {
-      std::cerr << "bench_statement_set: unexpected argument '" << arg << "'\n" << kUsage;
-      return 2;
-    }
-  }
-  if (outFile.empty() || corpus.empty()) {
-    std::cerr << "bench_statement_set: " << (outFile.empty() ? "--out" : "--corpus (or MV_CORPUS_DIR)")
-              << " is required\n" << kUsage;
-    return 2;
-  }
-  try {
+  if (auto exitCode = ParseToolOptions(argc, argv, kProgram, kUsage,
+                                       {{"--corpus", &corpus}, {"--set", &setFile}, {"--out", &outFile}}))
+    return *exitCode;
+  if (outFile.empty()) return MissingToolOption(kProgram, "--out", kUsage);
+  if (corpus.empty()) return MissingToolOption(kProgram, "--corpus (or MV_CORPUS_DIR)", kUsage);
+  return RunTool(kProgram, [&] {
     const auto sources = mv::ParseStatementSet(mv::ReadAllBytes(setFile), setFile);
     if (sources.empty()) throw std::runtime_error(setFile + " names no corpus folder");
     const auto statements = mv::SelectStatements(sources, corpus);
     const std::filesystem::path out(outFile);
     if (out.has_parent_path()) std::filesystem::create_directories(out.parent_path());
-    const std::string joined = mv::JoinStatementList(statements);
-    WriteFile(out, joined);
+    WriteFile(out, mv::JoinStatementList(statements));
     std::filesystem::path index = out;
     index.replace_extension(".index.tsv");
     WriteFile(index, mv::StatementIndex(statements));
     size_t sqlBytes = 0;
     for (const auto& s : statements) sqlBytes += mv::UTF8Encode(s.Text).size();
-    std::cerr << "bench_statement_set: " << statements.size() << " statements (" << sqlBytes
-              << " bytes of SQL) from " << sources.size() << " folders in " << out.string() << "\n";
+    std::cerr << kProgram << ": " << statements.size() << " statements (" << sqlBytes << " bytes of SQL) from "
+              << sources.size() << " folders in " << out.string() << "\n";
     return 0;
-  } catch (const std::exception& e) {
-    std::cerr << "bench_statement_set: " << e.what() << "\n";
-    return 1;
-  }
+  });
 }

@@ -28,23 +28,37 @@ TmvBaseMetadataProvider& RequireMetadataProvider(TmvBaseSQLContext* context, con
   return *provider;
 }
 
-// The field load of one object: with SQL, the dialect's catalog first and
-// then the driver's description, unless the list is loaded already;
-// without, whatever the metadata provider does for the kind.
-template <class Object, class FromServer, class FromDriver, class Fallback>
-void LoadObjectFields(TmvBaseSQLContext* context, const TmvLogHelper& log, const char16_t* operation, Object* object,
-                      FromServer fromServer, FromDriver fromDriver, Fallback fallback) {
-  TmvBaseMetadataProvider& provider = RequireMetadataProvider(context, log, operation);
+// Fills a fields or parameters list unless it is loaded: the dialect's
+// catalog first, then the driver's description.
+template <class List, class FromServer, class FromDriver>
+void FillUnlessLoaded(List& list, FromServer fromServer, FromDriver fromDriver) {
+  if (list.Loaded()) return;
+  list.Clear();
+  fromServer();
+  fromDriver();
+}
+
+// One kind's operations: of the syntax provider, and of the metadata provider.
+template <class Object>
+using TmvServerLoad = void (TmvBaseSyntaxProvider::*)(TmvBaseSQLContext*, TmvConnection*, Object*);
+template <class Object>
+using TmvProviderLoad = void (TmvBaseMetadataProvider::*)(TmvBaseSQLContext*, TmvConnection*, Object*);
+
+// The field load of one object: with SQL, FillUnlessLoaded from `fromServer`
+// and `fromDriver`; without, the metadata provider's `fallback` for the kind.
+template <class Object>
+void LoadObjectFields(TmvBaseSyntaxProvider& syntax, TmvBaseSQLContext* context, TmvConnection* connection,
+                      const char16_t* operation, Object* object, TmvServerLoad<Object> fromServer,
+                      TmvProviderLoad<Object> fromDriver, TmvProviderLoad<Object> fallback) {
+  TmvBaseMetadataProvider& provider = RequireMetadataProvider(context, syntax.LogHelper(), operation);
   if (!provider.GetCanExecSQL()) {
-    fallback(provider);
+    (provider.*fallback)(context, connection, object);
     return;
   }
   TmvUpdateBatch batch(*object);
-  TmvMetadataFieldsList* fields = object->GetFields();
-  if (fields->Loaded()) return;
-  fields->Clear();
-  fromServer();
-  fromDriver(provider);
+  FillUnlessLoaded(
+      *object->GetFields(), [&] { (syntax.*fromServer)(context, connection, object); },
+      [&] { (provider.*fromDriver)(context, connection, object); });
 }
 
 }  // namespace
@@ -75,20 +89,18 @@ void TmvBaseSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, Tm
 
 void TmvBaseSyntaxProvider::LoadMetadataForTable(TmvBaseSQLContext* context, TmvConnection* connection,
                                                  TmvMetadataTable* table) {
-  LoadObjectFields(
-      context, LogHelper(), u"LoadMetadataForTable", table,
-      [&] { LoadFieldsForTableFromServer(context, connection, table); },
-      [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForTableFromDriver(context, connection, table); },
-      [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForTable(context, connection, table); });
+  LoadObjectFields(*this, context, connection, u"LoadMetadataForTable", table,
+                   &TmvBaseSyntaxProvider::LoadFieldsForTableFromServer,
+                   &TmvBaseMetadataProvider::LoadFieldsForTableFromDriver,
+                   &TmvBaseMetadataProvider::LoadMetadataForTable);
 }
 
 void TmvBaseSyntaxProvider::LoadMetadataForView(TmvBaseSQLContext* context, TmvConnection* connection,
                                                 TmvMetadataView* view) {
-  LoadObjectFields(
-      context, LogHelper(), u"LoadMetadataForView", view,
-      [&] { LoadFieldsForViewFromServer(context, connection, view); },
-      [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForViewFromDriver(context, connection, view); },
-      [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForView(context, connection, view); });
+  LoadObjectFields(*this, context, connection, u"LoadMetadataForView", view,
+                   &TmvBaseSyntaxProvider::LoadFieldsForViewFromServer,
+                   &TmvBaseMetadataProvider::LoadFieldsForViewFromDriver,
+                   &TmvBaseMetadataProvider::LoadMetadataForView);
 }
 
 void TmvBaseSyntaxProvider::LoadMetadataForProcedure(TmvBaseSQLContext* context, TmvConnection* connection,
@@ -99,26 +111,21 @@ void TmvBaseSyntaxProvider::LoadMetadataForProcedure(TmvBaseSQLContext* context,
     return;
   }
   TmvUpdateBatch batch(*procedure);
-  TmvMetadataParametersList* parameters = procedure->Parameters();
-  if (!parameters->Loaded()) {
-    parameters->Clear();
-    LoadParamsForProcedureFromServer(context, connection, procedure);
-    provider.LoadParamsForProcedureFromDriver(context, connection, procedure);
-  }
-  LoadObjectFields(
-      context, LogHelper(), u"LoadMetadataForProcedure", procedure,
-      [&] { LoadFieldsForProcedureFromServer(context, connection, procedure); },
-      [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForProcedureFromDriver(context, connection, procedure); },
-      [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForProcedure(context, connection, procedure); });
+  FillUnlessLoaded(
+      *procedure->Parameters(), [&] { LoadParamsForProcedureFromServer(context, connection, procedure); },
+      [&] { provider.LoadParamsForProcedureFromDriver(context, connection, procedure); });
+  LoadObjectFields(*this, context, connection, u"LoadMetadataForProcedure", procedure,
+                   &TmvBaseSyntaxProvider::LoadFieldsForProcedureFromServer,
+                   &TmvBaseMetadataProvider::LoadFieldsForProcedureFromDriver,
+                   &TmvBaseMetadataProvider::LoadMetadataForProcedure);
 }
 
 void TmvBaseSyntaxProvider::LoadMetadataForSynonym(TmvBaseSQLContext* context, TmvConnection* connection,
                                                    TmvMetadataSynonym* synonym) {
-  LoadObjectFields(
-      context, LogHelper(), u"LoadMetadataForSynonym", synonym,
-      [&] { LoadFieldsForSynonymFromServer(context, connection, synonym); },
-      [&](TmvBaseMetadataProvider& p) { p.LoadFieldsForSynonymFromDriver(context, connection, synonym); },
-      [&](TmvBaseMetadataProvider& p) { p.LoadMetadataForSynonym(context, connection, synonym); });
+  LoadObjectFields(*this, context, connection, u"LoadMetadataForSynonym", synonym,
+                   &TmvBaseSyntaxProvider::LoadFieldsForSynonymFromServer,
+                   &TmvBaseMetadataProvider::LoadFieldsForSynonymFromDriver,
+                   &TmvBaseMetadataProvider::LoadMetadataForSynonym);
 }
 
 void TmvBaseSyntaxProvider::LoadFieldsForQuery(TmvBaseSQLContext* context, TmvConnection* connection,

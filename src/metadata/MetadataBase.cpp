@@ -4,7 +4,6 @@
 
 #include "dialects/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
-#include "metadata/MetadataMessages.h"
 #include "support/Exceptions.h"
 
 namespace mv {
@@ -47,8 +46,6 @@ void TmvMetadataBase::SetMetadataParent(TmvMetadataBase* parent) {
   parent_ = parent;
   SetParent(parent);
 }
-
-void TmvMetadataBase::RaiseBadObjectName() { throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName)); }
 
 // --- TmvMetadataCollectionItemBase ---
 
@@ -136,23 +133,18 @@ void TmvMetadataCollectionBase::Sort(
 }
 
 void TmvMetadataCollectionBase::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataCollectionBase>(source);
-  if (!other) {
-    TmvMetadataBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataBase::Assign(source);
-  Clear();
-  items_.reserve(other->items_.size());
-  for (const auto& item : other->items_) {
-    TmvOwned<TmvMetadataBase> copy = item->Clone(this, SQLContext());
-    auto* typed = static_cast<TmvMetadataCollectionItemBase*>(copy.release());
-    items_.push_back(TmvOwned<TmvMetadataCollectionItemBase>(typed));
-    ItemInserted(typed);
-  }
-  NotifyUpdated();
+  AssignFrom<TmvMetadataCollectionBase>(
+      source, [&] { TmvMetadataBase::Assign(source); },
+      [&](const TmvMetadataCollectionBase& other) {
+        Clear();
+        items_.reserve(other.items_.size());
+        for (const auto& item : other.items_) {
+          TmvOwned<TmvMetadataBase> copy = item->Clone(this, SQLContext());
+          auto* typed = static_cast<TmvMetadataCollectionItemBase*>(copy.release());
+          items_.push_back(TmvOwned<TmvMetadataCollectionItemBase>(typed));
+          ItemInserted(typed);
+        }
+      });
 }
 
 }  // namespace mv

@@ -29,6 +29,15 @@ class TmvMetadataBase;
 
 using TmvMetadataClass = TmvClassOf<TmvMetadataBase, TmvMetadataBase*, TmvBaseSQLContext*>;
 
+// The body of a property setter: stores a changed value in a field of
+// `object` and reports the change; an equal value changes nothing.
+template <class T, class V>
+void SetValueAndNotify(ImvBatchUpdatable& object, T& field, const V& value) {
+  if (field == value) return;
+  field = value;
+  object.NotifyUpdated();
+}
+
 class TmvMetadataBase : public TmvUpdatablePersistent {
  public:
   static const TmvMetadataClass& StaticClass();
@@ -63,10 +72,25 @@ class TmvMetadataBase : public TmvUpdatablePersistent {
   }
 
  protected:
+  // The frame of every Assign override: a source of class T other than this
+  // object is copied in one update batch, first by `inherited()` (the base
+  // class's Assign) and then by `copy(other)`, and reported once; any other
+  // source goes to `inherited()` alone; this object itself is left as it is.
+  template <class T, class Inherited, class Copy>
+  void AssignFrom(const TmvPersistent* source, Inherited inherited, Copy copy) {
+    const T* other = TmvCast<T>(source);
+    if (!other) {
+      inherited();
+      return;
+    }
+    if (other == this) return;
+    TmvUpdateBatch batch(*this);
+    inherited();
+    copy(*other);
+    NotifyUpdated();
+  }
   // Moves the object under another parent (null: none), batches included.
   void SetMetadataParent(TmvMetadataBase* parent);
-  // Raises EmvQueryBuilderError with the text of mvQBBadObjectName.
-  [[noreturn]] static void RaiseBadObjectName();
 
  private:
   TmvBaseSQLContext* context_;
@@ -141,6 +165,32 @@ class TmvMetadataCollectionOf : public TmvMetadataCollectionBase {
   Item* Items(int index) const { return static_cast<Item*>(ItemAt(index)); }
   Item* Add() { return static_cast<Item*>(AddItem()); }
   Item* Insert(int index) { return static_cast<Item*>(InsertItem(index)); }
+};
+
+// A typed collection with a loaded flag apart from its count, false at
+// first: Add and Insert set it, and only a list whose flag is clear is ever
+// fetched. So a list with no items but a set flag is not fetched again, and
+// a list filled by hand is never replaced by a fetch.
+template <class Item>
+class TmvMetadataLoadedListOf : public TmvMetadataCollectionOf<Item> {
+ public:
+  using TmvMetadataCollectionOf<Item>::TmvMetadataCollectionOf;
+
+  bool Loaded() const { return loaded_; }
+  void SetLoaded(bool value) { loaded_ = value; }
+
+  // Items and the loaded flag of another list of the same items.
+  void Assign(const TmvPersistent* source) override {
+    TmvMetadataCollectionOf<Item>::Assign(source);
+    if (const auto* other = dynamic_cast<const TmvMetadataLoadedListOf*>(source)) loaded_ = other->loaded_;
+  }
+  using TmvMetadataCollectionOf<Item>::Assign;
+
+ protected:
+  void ItemInserted(TmvMetadataCollectionItemBase*) override { loaded_ = true; }
+
+ private:
+  bool loaded_ = false;
 };
 
 }  // namespace mv

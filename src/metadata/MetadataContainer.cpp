@@ -176,9 +176,7 @@ TmvMetadataObject* TmvMetadataContainer::AddObject(const TSQLQualifiedName* full
 TmvMetadataObject* TmvMetadataContainer::AddObject(WideStringView fullName, const TmvMetadataClass& objectClass,
                                                    bool system) {
   CheckSyntaxProvider();
-  TmvOwned<TSQLQualifiedName> name = SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(fullName));
-  if (!name) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
-  return AddObject(name.get(), objectClass, system);
+  return AddObject(ParseName(SQLContext(), fullName).get(), objectClass, system);
 }
 
 TmvMetadataObject* TmvMetadataContainer::AddObjectByTexts(WideStringView schema, WideStringView name,
@@ -202,14 +200,8 @@ TmvMetadataSynonym* TmvMetadataContainer::AddSynonym(const TSQLQualifiedName* na
 
 TmvMetadataSynonym* TmvMetadataContainer::AddSynonym(WideStringView name, WideStringView referencedName, bool system) {
   CheckSyntaxProvider();
-  TmvBaseSQLContext* context = SQLContext();
-  TmvOwned<TSQLQualifiedName> synonymName = context->ParseQualifiedNameQuoteIfNeed(WideString(name));
-  if (!synonymName) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
-  TmvOwned<TSQLQualifiedName> target;
-  if (!referencedName.empty()) {
-    target = context->ParseQualifiedNameQuoteIfNeed(WideString(referencedName));
-    if (!target) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
-  }
+  TmvOwned<TSQLQualifiedName> synonymName = ParseName(SQLContext(), name);
+  TmvOwned<TSQLQualifiedName> target = ParseOptionalName(SQLContext(), referencedName);
   return AddSynonym(synonymName.get(), target.get(), system);
 }
 
@@ -227,7 +219,7 @@ void TmvMetadataContainer::ParseObjectNames(WideStringView schema, WideStringVie
   };
   schemaToken = identifier(schema);
   nameToken = identifier(name);
-  databaseName = !database.empty() && context ? context->ParseQualifiedNameQuoteIfNeed(WideString(database)) : nullptr;
+  databaseName = ParseNameOrNull(context, database);
   if (!databaseName) databaseName = TastCreate<TSQLQualifiedName>(context);
 }
 
@@ -244,8 +236,7 @@ TmvMetadataObject* TmvMetadataContainer::FindByNameAndClass(WideStringView name,
 
 TmvMetadataObject* TmvMetadataContainer::FindByFullNameAndClass(WideStringView name,
                                                                 const TmvClass& objectClass) const {
-  if (name.empty() || !SQLContext()) return nullptr;
-  TmvOwned<TSQLQualifiedName> parsed = SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(name));
+  TmvOwned<TSQLQualifiedName> parsed = ParseNameOrNull(SQLContext(), name);
   return parsed ? FindByFullNameAndClass(parsed.get(), objectClass) : nullptr;
 }
 
@@ -563,9 +554,7 @@ void TmvMetadataContainer::ClearMetadataByMask(WideStringView objectMask, WideSt
 TmvOwned<TSQLQualifiedName> TmvMetadataContainer::ParseDatabaseText(WideStringView database) const {
   if (database.empty()) return nullptr;
   CheckSyntaxProvider();
-  TmvOwned<TSQLQualifiedName> name = SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(database));
-  if (!name) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
-  return name;
+  return ParseName(SQLContext(), database);
 }
 
 void TmvMetadataContainer::ClearMetadataByFilter(const TmvMetadataFilter* filter, const TSQLQualifiedName* database) {

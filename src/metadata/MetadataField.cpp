@@ -3,6 +3,7 @@
 #include "dialects/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataMessages.h"
+#include "metadata/MetadataNames.h"
 #include "metadata/dataset/Field.h"
 #include "metadata/dataset/FieldDef.h"
 #include "support/Exceptions.h"
@@ -18,39 +19,32 @@ MV_DEFINE_METADATA_CLASS(TmvMetadataFieldsList, TmvMetadataCollectionBase)
 // --- TmvMetadataField ---
 
 TmvMetadataField::TmvMetadataField(TmvMetadataBase* parent, TmvBaseSQLContext* context)
-    : TmvMetadataCollectionItemBase(parent, context),
-      name_(TastCreate<TSQLQualifiedName>(context)),
-      altNameId_(TastCreate<TastTokenIdentifier>(context)) {}
+    : TmvWithAltName(parent, context), name_(TastCreate<TSQLQualifiedName>(context)) {}
 
 TmvMetadataField::~TmvMetadataField() = default;
 
 TmvMetadataFieldsList* TmvMetadataField::FieldsList() const { return TmvCast<TmvMetadataFieldsList>(Parent()); }
 
 void TmvMetadataField::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataField>(source);
-  if (!other) {
-    TmvMetadataCollectionItemBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataCollectionItemBase::Assign(source);
-  altNameId_->Assign(*other->altNameId_);
-  fieldTypeName_ = other->fieldTypeName_;
-  fieldType_ = other->fieldType_;
-  size_ = other->size_;
-  precision_ = other->precision_;
-  scale_ = other->scale_;
-  primaryKey_ = other->primaryKey_;
-  nullable_ = other->nullable_;
-  readOnly_ = other->readOnly_;
-  shortDescription_ = other->shortDescription_;
-  longDescription_ = other->longDescription_;
-  name_->Assign(*other->name_);
-  expression_ = other->expression_;
-  expressionAST_.reset();
-  if (other->expressionAST_) expressionAST_ = other->expressionAST_->CloneAs<TSQLExpressionItem>(SQLContext());
-  NotifyUpdated();
+  AssignFrom<TmvMetadataField>(
+      source, [&] { TmvMetadataCollectionItemBase::Assign(source); },
+      [&](const TmvMetadataField& other) {
+        altNameId_->Assign(*other.altNameId_);
+        fieldTypeName_ = other.fieldTypeName_;
+        fieldType_ = other.fieldType_;
+        size_ = other.size_;
+        precision_ = other.precision_;
+        scale_ = other.scale_;
+        primaryKey_ = other.primaryKey_;
+        nullable_ = other.nullable_;
+        readOnly_ = other.readOnly_;
+        shortDescription_ = other.shortDescription_;
+        longDescription_ = other.longDescription_;
+        name_->Assign(*other.name_);
+        expression_ = other.expression_;
+        expressionAST_.reset();
+        if (other.expressionAST_) expressionAST_ = other.expressionAST_->CloneAs<TSQLExpressionItem>(SQLContext());
+      });
 }
 
 namespace {
@@ -102,14 +96,7 @@ void TmvMetadataField::SetNameToken(const TastTokenIdentifier* token) {
 
 void TmvMetadataField::SetNameStr(WideStringView text) {
   if (text == NameStr()) return;
-  if (text.empty()) {
-    SetName(nullptr);
-    return;
-  }
-  TmvOwned<TSQLQualifiedName> name =
-      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
-  if (!name) RaiseBadObjectName();
-  SetName(name.get());
+  SetName(ParseOptionalName(SQLContext(), text).get());
 }
 
 void TmvMetadataField::SetNameAlias(const TSQLAliasExpression* alias) {
@@ -140,22 +127,7 @@ WideString TmvMetadataField::NameStrNotQuoted() const { return name_->GetQualifi
 
 void TmvMetadataField::SetAltNameId(const TastTokenIdentifier* token) {
   if (token == altNameId_.get()) return;
-  if (token)
-    altNameId_->Assign(*token);
-  else
-    altNameId_->Clear();
-  NotifyUpdated();
-}
-
-void TmvMetadataField::SetAltName(WideStringView value) {
-  if (altNameId_->Token == value) return;
-  altNameId_->SetToken(value);
-  NotifyUpdated();
-}
-
-void TmvMetadataField::SetAltNameCaseSensitive(bool value) {
-  if (altNameId_->Quoted == value) return;
-  altNameId_->Quoted = value;
+  AssignIdentifier(*altNameId_, token);
   NotifyUpdated();
 }
 
@@ -165,16 +137,16 @@ void TmvMetadataField::SetExpressionAST(TmvOwned<TSQLExpressionItem> expression,
   NotifyUpdated();
 }
 
-void TmvMetadataField::SetShortDescription(WideStringView value) { SetValue(shortDescription_, WideString(value)); }
-void TmvMetadataField::SetLongDescription(WideStringView value) { SetValue(longDescription_, WideString(value)); }
-void TmvMetadataField::SetFieldTypeName(WideStringView value) { SetValue(fieldTypeName_, WideString(value)); }
-void TmvMetadataField::SetFieldType(TFieldType value) { SetValue(fieldType_, value); }
-void TmvMetadataField::SetSize(int32_t value) { SetValue(size_, value); }
-void TmvMetadataField::SetPrecision(int32_t value) { SetValue(precision_, value); }
-void TmvMetadataField::SetScale(int32_t value) { SetValue(scale_, value); }
-void TmvMetadataField::SetPrimaryKey(bool value) { SetValue(primaryKey_, value); }
-void TmvMetadataField::SetNullable(bool value) { SetValue(nullable_, value); }
-void TmvMetadataField::SetReadOnly(bool value) { SetValue(readOnly_, value); }
+void TmvMetadataField::SetShortDescription(WideStringView value) { SetValueAndNotify(*this, shortDescription_, value); }
+void TmvMetadataField::SetLongDescription(WideStringView value) { SetValueAndNotify(*this, longDescription_, value); }
+void TmvMetadataField::SetFieldTypeName(WideStringView value) { SetValueAndNotify(*this, fieldTypeName_, value); }
+void TmvMetadataField::SetFieldType(TFieldType value) { SetValueAndNotify(*this, fieldType_, value); }
+void TmvMetadataField::SetSize(int32_t value) { SetValueAndNotify(*this, size_, value); }
+void TmvMetadataField::SetPrecision(int32_t value) { SetValueAndNotify(*this, precision_, value); }
+void TmvMetadataField::SetScale(int32_t value) { SetValueAndNotify(*this, scale_, value); }
+void TmvMetadataField::SetPrimaryKey(bool value) { SetValueAndNotify(*this, primaryKey_, value); }
+void TmvMetadataField::SetNullable(bool value) { SetValueAndNotify(*this, nullable_, value); }
+void TmvMetadataField::SetReadOnly(bool value) { SetValueAndNotify(*this, readOnly_, value); }
 
 WideString TmvMetadataField::GetFieldTypeNameAndSize() const {
   const TmvBaseSyntaxProvider* provider = SyntaxProvider();
@@ -189,12 +161,7 @@ WideString TmvMetadataField::GetFieldTypeNameAndSize() const {
 // --- TmvMetadataFieldsList ---
 
 TmvMetadataFieldsList::TmvMetadataFieldsList(TmvMetadataBase* parent, TmvBaseSQLContext* context)
-    : TmvMetadataCollectionOf<TmvMetadataField>(parent, context) {}
-
-void TmvMetadataFieldsList::Assign(const TmvPersistent* source) {
-  TmvMetadataCollectionOf<TmvMetadataField>::Assign(source);
-  if (const auto* other = TmvCast<TmvMetadataFieldsList>(source)) loaded_ = other->loaded_;
-}
+    : TmvMetadataLoadedListOf<TmvMetadataField>(parent, context) {}
 
 TmvMetadataField* TmvMetadataFieldsList::AddField(const TSQLQualifiedName* name, TFieldType fieldType, int32_t size,
                                                   bool nullable, bool readOnly, WideStringView shortDescription,
@@ -224,10 +191,7 @@ TmvMetadataField* TmvMetadataFieldsList::AddField(const TastToken* token) {
 }
 
 TmvMetadataField* TmvMetadataFieldsList::AddField(WideStringView text) {
-  TmvOwned<TSQLQualifiedName> name =
-      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
-  if (!name) RaiseBadObjectName();
-  return AddField(name.get());
+  return AddField(ParseName(SQLContext(), text).get());
 }
 
 TmvMetadataField* TmvMetadataFieldsList::AddField(const TmvField& source) {
@@ -283,7 +247,7 @@ int TmvMetadataFieldsList::FindFieldByName(WideStringView text) const {
     }
     return -1;
   }
-  TmvOwned<TSQLQualifiedName> name = context->ParseQualifiedNameQuoteIfNeed(WideString(text));
+  TmvOwned<TSQLQualifiedName> name = ParseNameOrNull(context, text);
   return name ? FindFieldByName(name.get()) : -1;
 }
 

@@ -1,13 +1,9 @@
 // Fields of metadata objects (columns of tables, views, procedure results)
-// and the list that holds them.
-//
-// A fields list carries a loaded flag apart from its count: Add, Insert and
-// every AddField set it, and only a list whose flag is clear is ever fetched.
-// So an object with no fields but a set flag is not fetched again, and a list
-// filled by hand is never replaced by a fetch.
+// and the list that holds them. The list's loaded flag (see
+// TmvMetadataLoadedListOf) is set by every AddField as well.
 #pragma once
 
-#include "metadata/MetadataBase.h"
+#include "metadata/MetadataAltName.h"
 #include "support/FieldType.h"
 #include "tree/QualifiedNames.h"
 
@@ -19,7 +15,7 @@ class TSQLExpressionItem;
 class TSQLAliasExpression;
 class TmvMetadataFieldsList;
 
-class TmvMetadataField : public TmvMetadataCollectionItemBase {
+class TmvMetadataField : public TmvWithAltName<TmvMetadataCollectionItemBase> {
   MV_DECLARE_METADATA_CLASS()
  public:
   TmvMetadataField(TmvMetadataBase* parent, TmvBaseSQLContext* context);
@@ -52,13 +48,8 @@ class TmvMetadataField : public TmvMetadataCollectionItemBase {
   WideString NameStr() const;
   WideString NameStrNotQuoted() const;
 
-  // --- Alternate (display) name ---
-  const TastTokenIdentifier* AltNameId() const { return altNameId_.get(); }
+  // --- Alternate (display) name: also a copy of a whole token (null clears) ---
   void SetAltNameId(const TastTokenIdentifier* token);
-  const WideString& AltName() const { return altNameId_->Token; }
-  void SetAltName(WideStringView value);
-  bool AltNameCaseSensitive() const { return altNameId_->Quoted; }
-  void SetAltNameCaseSensitive(bool value);
 
   // --- Virtual calculated field: an expression in place of a column ---
   const WideString& Expression() const { return expression_; }
@@ -100,15 +91,7 @@ class TmvMetadataField : public TmvMetadataCollectionItemBase {
   WideString GetFieldTypeNameAndSize() const;
 
  private:
-  template <class T>
-  void SetValue(T& field, const T& value) {
-    if (field == value) return;
-    field = value;
-    NotifyUpdated();
-  }
-
   TmvOwned<TSQLQualifiedName> name_;
-  TmvOwned<TastTokenIdentifier> altNameId_;
   WideString expression_;
   TmvOwned<TSQLExpressionItem> expressionAST_;
   WideString shortDescription_;
@@ -123,18 +106,10 @@ class TmvMetadataField : public TmvMetadataCollectionItemBase {
   bool readOnly_ = false;
 };
 
-class TmvMetadataFieldsList : public TmvMetadataCollectionOf<TmvMetadataField> {
+class TmvMetadataFieldsList : public TmvMetadataLoadedListOf<TmvMetadataField> {
   MV_DECLARE_METADATA_CLASS()
  public:
   TmvMetadataFieldsList(TmvMetadataBase* parent, TmvBaseSQLContext* context);
-
-  // Whether the list holds what the server has (see the file comment).
-  bool Loaded() const { return loaded_; }
-  void SetLoaded(bool value) { loaded_ = value; }
-
-  // Items and the loaded flag of another list.
-  void Assign(const TmvPersistent* source) override;
-  using TmvMetadataCollectionOf<TmvMetadataField>::Assign;
 
   TmvMetadataField* AddField(const TSQLQualifiedName* name, TFieldType fieldType = ftUnknown, int32_t size = 0,
                              bool nullable = true, bool readOnly = false, WideStringView shortDescription = {},
@@ -155,12 +130,6 @@ class TmvMetadataFieldsList : public TmvMetadataCollectionOf<TmvMetadataField> {
   // SQL text; without a syntax provider the upper-case texts of one-part
   // names are compared. Text that is no name finds nothing.
   int FindFieldByName(WideStringView text) const;
-
- protected:
-  void ItemInserted(TmvMetadataCollectionItemBase*) override { loaded_ = true; }
-
- private:
-  bool loaded_ = false;
 };
 
 }  // namespace mv

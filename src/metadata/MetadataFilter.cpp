@@ -68,13 +68,17 @@ void TmvMetadataFilterItem::Assign(const TmvPersistent* source) {
 }
 
 void TmvMetadataFilterItem::SetApplyFor(TmvMetadataFilterApplyForSet value) {
-  SetValue(applyFor_, TmvMetadataFilterApplyForSet(value & kMetadataFilterAllKinds));
+  SetValueAndNotify(*this, applyFor_, TmvMetadataFilterApplyForSet(value & kMetadataFilterAllKinds));
 }
-void TmvMetadataFilterItem::SetSchemaMask(WideStringView value) { SetValue(schemaMask_, WideString(value)); }
-void TmvMetadataFilterItem::SetSchemaMaskCaseSensitive(bool value) { SetValue(schemaMaskCaseSensitive_, value); }
-void TmvMetadataFilterItem::SetObjectMask(WideStringView value) { SetValue(objectMask_, WideString(value)); }
-void TmvMetadataFilterItem::SetObjectMaskCaseSensitive(bool value) { SetValue(objectMaskCaseSensitive_, value); }
-void TmvMetadataFilterItem::SetExclude(bool value) { SetValue(exclude_, value); }
+void TmvMetadataFilterItem::SetSchemaMask(WideStringView value) { SetValueAndNotify(*this, schemaMask_, value); }
+void TmvMetadataFilterItem::SetSchemaMaskCaseSensitive(bool value) {
+  SetValueAndNotify(*this, schemaMaskCaseSensitive_, value);
+}
+void TmvMetadataFilterItem::SetObjectMask(WideStringView value) { SetValueAndNotify(*this, objectMask_, value); }
+void TmvMetadataFilterItem::SetObjectMaskCaseSensitive(bool value) {
+  SetValueAndNotify(*this, objectMaskCaseSensitive_, value);
+}
+void TmvMetadataFilterItem::SetExclude(bool value) { SetValueAndNotify(*this, exclude_, value); }
 
 bool TmvMetadataFilterItem::Matches(WideStringView schema, WideStringView name) const {
   return (IsNoLimit(schemaMask_) || MatchesMask(schema, schemaMask_, schemaMaskCaseSensitive_)) &&

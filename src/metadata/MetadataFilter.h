@@ -8,6 +8,7 @@
 
 #include <cstdint>
 
+#include "metadata/MetadataBase.h"
 #include "support/UpdatableCollection.h"
 #include "support/WideString.h"
 
@@ -51,13 +52,6 @@ class TmvMetadataFilterItem : public TmvUpdatableCollectionItem {
   bool Matches(WideStringView schema, WideStringView name) const;
 
  private:
-  template <class T>
-  void SetValue(T& field, const T& value) {
-    if (field == value) return;
-    field = value;
-    NotifyUpdated();
-  }
-
   TmvMetadataFilterApplyForSet applyFor_ = kMetadataFilterAllKinds;
   WideString schemaMask_ = u"%";
   bool schemaMaskCaseSensitive_ = true;

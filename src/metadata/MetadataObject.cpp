@@ -36,50 +36,44 @@ TmvBaseSQLContext& RequireContext(const TmvMetadataBase& object) {
 // --- TmvMetadataObject ---
 
 TmvMetadataObject::TmvMetadataObject(TmvMetadataBase* parent, TmvBaseSQLContext* context)
-    : TmvMetadataBase(parent, context),
+    : TmvWithAltName(parent, context),
       container_(TmvCast<TmvMetadataContainer>(parent)),
       dbLink_(TastCreate<TSQLQualifiedName>(context)),
       database_(TastCreate<TSQLQualifiedName>(context)),
       schema_(TastCreate<TastTokenIdentifier>(context)),
       name_(TastCreate<TastTokenIdentifier>(context)),
-      altNameId_(TastCreate<TastTokenIdentifier>(context)),
       fields_(TmvCreate<TmvMetadataFieldsList>(this, context)),
       relations_(TmvCreate<TmvMetadataRelationsList>(this, context)) {}
 
 TmvMetadataObject::~TmvMetadataObject() = default;
 
 void TmvMetadataObject::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataObject>(source);
-  if (!other) {
-    TmvMetadataBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataBase::Assign(source);
-  AssignQualifiedName(*dbLink_, other->dbLink_.get());
-  AssignQualifiedName(*database_, other->database_.get());
-  AssignIdentifier(*schema_, other->schema_.get());
-  AssignIdentifier(*name_, other->name_.get());
-  schemedName_.reset();
-  fullName_.reset();
-  UpdateNames();
-  expression_ = other->expression_;
-  expressionAST_.reset();
-  if (other->expressionAST_) expressionAST_ = other->expressionAST_->CloneAs<TSQLFromSource>(SQLContext());
-  system_ = other->system_;
-  visible_ = other->visible_;
-  AssignIdentifier(*altNameId_, other->altNameId_.get());
-  if (container_ && container_->Contains(this)) container_->ReHashByAltName(this);
-  if (other->recomendedAliases_)
-    recomendedAliases_ = other->recomendedAliases_->CloneAs<TastIdentifiersList>(SQLContext());
-  else
-    recomendedAliases_.reset();
-  longDescription_ = other->longDescription_;
-  shortDescription_ = other->shortDescription_;
-  SetFields(other->GetFields());
-  SetRelations(other->GetRelations());
-  NotifyUpdated();
+  AssignFrom<TmvMetadataObject>(
+      source, [&] { TmvMetadataBase::Assign(source); },
+      [&](const TmvMetadataObject& other) {
+        AssignQualifiedName(*dbLink_, other.dbLink_.get());
+        AssignQualifiedName(*database_, other.database_.get());
+        AssignIdentifier(*schema_, other.schema_.get());
+        AssignIdentifier(*name_, other.name_.get());
+        schemedName_.reset();
+        fullName_.reset();
+        UpdateNames();
+        expression_ = other.expression_;
+        expressionAST_.reset();
+        if (other.expressionAST_) expressionAST_ = other.expressionAST_->CloneAs<TSQLFromSource>(SQLContext());
+        system_ = other.system_;
+        visible_ = other.visible_;
+        AssignIdentifier(*altNameId_, other.altNameId_.get());
+        if (container_ && container_->Contains(this)) container_->ReHashByAltName(this);
+        if (other.recomendedAliases_)
+          recomendedAliases_ = other.recomendedAliases_->CloneAs<TastIdentifiersList>(SQLContext());
+        else
+          recomendedAliases_.reset();
+        longDescription_ = other.longDescription_;
+        shortDescription_ = other.shortDescription_;
+        SetFields(other.GetFields());
+        SetRelations(other.GetRelations());
+      });
 }
 
 // --- Names ---
@@ -151,27 +145,14 @@ void TmvMetadataObject::SetSchemaStr(WideStringView text) {
   NotifyUpdated();
 }
 
-namespace {
-
-// A name read from SQL text for a setter: null for empty text; raises
-// "Invalid object name" for text that is no name.
-TmvOwned<TSQLQualifiedName> ParseNameText(TmvBaseSQLContext* context, WideStringView text) {
-  if (text.empty()) return nullptr;
-  TmvOwned<TSQLQualifiedName> name = context ? context->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
-  if (!name) throw EmvQueryBuilderError(MetadataMessage(mvQBBadObjectName));
-  return name;
-}
-
-}  // namespace
-
 void TmvMetadataObject::SetDatabaseStr(WideStringView text) {
   if (text == DatabaseStr()) return;
-  SetDatabase(ParseNameText(SQLContext(), text).get());
+  SetDatabase(ParseOptionalName(SQLContext(), text).get());
 }
 
 void TmvMetadataObject::SetDBLinkStr(WideStringView text) {
   if (text == DBLinkStr()) return;
-  SetDBLink(ParseNameText(SQLContext(), text).get());
+  SetDBLink(ParseOptionalName(SQLContext(), text).get());
 }
 
 WideString TmvMetadataObject::NameStr() const { return TokenSQL(name_.get()); }
@@ -225,19 +206,7 @@ WideString TmvMetadataObject::GetNameAsString(bool withDatabase, bool withSchema
 
 // --- Alternate name, expression, flags ---
 
-void TmvMetadataObject::SetAltName(WideStringView value) {
-  if (altNameId_->Token == value) return;
-  altNameId_->SetToken(value);
-  if (container_) {
-    if (container_->Contains(this)) container_->ReHashByAltName(this);
-    container_->SetObjectsUpdated();
-  }
-  NotifyUpdated();
-}
-
-void TmvMetadataObject::SetAltNameCaseSensitive(bool value) {
-  if (altNameId_->Quoted == value) return;
-  altNameId_->Quoted = value;
+void TmvMetadataObject::AltNameChanged() {
   if (container_) {
     if (container_->Contains(this)) container_->ReHashByAltName(this);
     container_->SetObjectsUpdated();
@@ -260,33 +229,17 @@ void TmvMetadataObject::SetExpressionAST(TmvOwned<TSQLFromSource> expression, Wi
   NotifyUpdated();
 }
 
-void TmvMetadataObject::SetSystem(bool value) {
-  if (system_ == value) return;
-  system_ = value;
-  NotifyUpdated();
-}
-
-void TmvMetadataObject::SetVisible(bool value) {
-  if (visible_ == value) return;
-  visible_ = value;
-  NotifyUpdated();
-}
+void TmvMetadataObject::SetSystem(bool value) { SetValueAndNotify(*this, system_, value); }
+void TmvMetadataObject::SetVisible(bool value) { SetValueAndNotify(*this, visible_, value); }
 
 TastIdentifiersList* TmvMetadataObject::RecomendedAliases() const {
   if (!recomendedAliases_) recomendedAliases_ = TastCreate<TastIdentifiersList>(SQLContext());
   return recomendedAliases_.get();
 }
 
-void TmvMetadataObject::SetLongDescription(WideStringView value) {
-  if (longDescription_ == value) return;
-  longDescription_ = WideString(value);
-  NotifyUpdated();
-}
-
+void TmvMetadataObject::SetLongDescription(WideStringView value) { SetValueAndNotify(*this, longDescription_, value); }
 void TmvMetadataObject::SetShortDescription(WideStringView value) {
-  if (shortDescription_ == value) return;
-  shortDescription_ = WideString(value);
-  NotifyUpdated();
+  SetValueAndNotify(*this, shortDescription_, value);
 }
 
 // --- Fields and relations ---
@@ -500,22 +453,13 @@ void TmvMetadataSynonym::SetReferencedName(const TastTokenIdentifier* value) {
 
 void TmvMetadataSynonym::SetReferencedFullName(const TSQLQualifiedName* value) {
   TmvUpdateBatch batch(*this);
-  if (IsQualifiedNameEmpty(value)) {
-    referencedName_->Clear();
-    referencedSchema_->Clear();
-    referencedDatabase_->Clear();
-  } else {
-    TmvBaseSQLContext& context = RequireContext(*this);
-    AssignIdentifier(*referencedName_, context.ExtractNameFromFullName(value).get());
-    AssignIdentifier(*referencedSchema_, context.ExtractSchemaFromFullName(value).get());
-    AssignQualifiedName(*referencedDatabase_, context.ExtractDatabaseFromFullName(value).get());
-  }
+  SplitFullName(SQLContext(), value, *referencedName_, *referencedSchema_, *referencedDatabase_);
   UpdateReferencedFullName();
   NotifyUpdated();
 }
 
 void TmvMetadataSynonym::SetReferencedFullNameStr(WideStringView text) {
-  SetReferencedFullName(ParseNameText(SQLContext(), text).get());
+  SetReferencedFullName(ParseOptionalName(SQLContext(), text).get());
 }
 
 WideString TmvMetadataSynonym::ReferencedFullNameStr() const { return referencedFullName_->GetQualifiedName(); }

@@ -26,7 +26,7 @@ class TmvMetadataObjectHashBucket;
 class TSQLBuilder;
 class TSQLFromSource;
 
-class TmvMetadataObject : public TmvMetadataBase {
+class TmvMetadataObject : public TmvWithAltName<TmvMetadataBase> {
   MV_DECLARE_METADATA_CLASS()
  public:
   TmvMetadataObject(TmvMetadataBase* parent, TmvBaseSQLContext* context);
@@ -97,14 +97,6 @@ class TmvMetadataObject : public TmvMetadataBase {
   // The same written by `builder`, with the builder's ObjectPrefixSkipping.
   WideString GetNameAsString(bool withDatabase, bool withSchema, bool withName, TSQLBuilder& builder) const;
 
-  // --- Alternate (display) name ---
-  const TastTokenIdentifier* AltNameId() const { return altNameId_.get(); }
-  const WideString& AltName() const { return altNameId_->Token; }
-  // Both act only on a change, and re-enter the object in the alternate-name index.
-  void SetAltName(WideStringView value);
-  bool AltNameCaseSensitive() const { return altNameId_->Quoted; }
-  void SetAltNameCaseSensitive(bool value);
-
   // --- Virtual object: a FROM source in place of a server object ---
   const WideString& Expression() const { return expression_; }
   TSQLFromSource* ExpressionAST() const { return expressionAST_.get(); }
@@ -155,6 +147,9 @@ class TmvMetadataObject : public TmvMetadataBase {
   void DeleteVirtualCalculatedFields();
 
  protected:
+  // A change of the alternate name re-enters the object in the container's
+  // alternate-name index.
+  void AltNameChanged() override;
   // Fetches the fields through the context (and so the syntax provider).
   virtual void LoadFieldsInternal(TmvConnection* connection) = 0;
   // The full name as the server must see it.
@@ -188,7 +183,6 @@ class TmvMetadataObject : public TmvMetadataBase {
   TmvOwned<TSQLFromSource> expressionAST_;
   bool system_ = false;
   bool visible_ = true;
-  TmvOwned<TastTokenIdentifier> altNameId_;
   mutable TmvOwned<TastIdentifiersList> recomendedAliases_;
   WideString longDescription_;
   WideString shortDescription_;

@@ -178,12 +178,17 @@ const TmvParams* TmvBaseMetadataProvider::GetSQLDatasetParams(TmvDataSet* datase
   return dataset ? &dataset->Params() : nullptr;
 }
 
-void TmvBaseMetadataProvider::ExecSQLInternal(TmvConnection* connection, WideStringView sql, const TmvParams* params) {
+std::unique_ptr<TmvDataSet> TmvBaseMetadataProvider::PrepareSQLDataset(TmvConnection* connection, WideStringView sql,
+                                                                       const TmvParams* params) {
   std::unique_ptr<TmvDataSet> dataset = CreateSQLDataset(connection, true, true);
   if (!dataset) throw EmvQueryBuilderError(MetadataMessage(mvQBMetadataProviderCantExecSQL));
   SetSQLDatasetCommand(dataset.get(), sql);
   if (params && params->Count() > 0) SetSQLDatasetParams(dataset.get(), *params);
-  dataset->ExecSQL();
+  return dataset;
+}
+
+void TmvBaseMetadataProvider::ExecSQLInternal(TmvConnection* connection, WideStringView sql, const TmvParams* params) {
+  PrepareSQLDataset(connection, sql, params)->ExecSQL();
 }
 
 void TmvBaseMetadataProvider::ExecSQL(WideStringView sql, const TmvParams* params) {
@@ -208,10 +213,7 @@ std::unique_ptr<TmvDataSet> TmvBaseMetadataProvider::ExecSQLDatasetUR(TmvConnect
   if (connection && !IsConnectionConnected(connection)) OpenConnection(connection);
   std::unique_ptr<TmvDataSet> dataset;
   try {
-    dataset = CreateSQLDataset(connection, true, true);
-    if (!dataset) throw EmvQueryBuilderError(MetadataMessage(mvQBMetadataProviderCantExecSQL));
-    SetSQLDatasetCommand(dataset.get(), sql);
-    if (params && params->Count() > 0) SetSQLDatasetParams(dataset.get(), *params);
+    dataset = PrepareSQLDataset(connection, sql, params);
     dataset->Open();
     return dataset;
   } catch (const std::exception& e) {
@@ -315,9 +317,7 @@ void TmvBaseMetadataProvider::UpdateFieldFromDef(TmvMetadataField* field, const 
 
 void TmvBaseMetadataProvider::LoadFieldsFromQuery(TmvBaseSQLContext* context, TmvConnection* connection,
                                                   TmvMetadataObject* object, WideStringView query) {
-  std::unique_ptr<TmvDataSet> dataset = CreateSQLDataset(ConnectionOr(connection), true, true);
-  if (!dataset) throw EmvQueryBuilderError(MetadataMessage(mvQBMetadataProviderCantExecSQL));
-  SetSQLDatasetCommand(dataset.get(), query);
+  std::unique_ptr<TmvDataSet> dataset = PrepareSQLDataset(ConnectionOr(connection), query, nullptr);
   log_.Debug(u"TmvBaseMetadataProvider.LoadFieldsForObjectFromDriver: load FIELDS from DRIVER: %s: %s",
              object->NameStr(), query);
   dataset->FieldDefs().Clear();

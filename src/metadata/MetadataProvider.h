@@ -188,6 +188,10 @@ class TmvBaseMetadataProvider : public TmvObject {
   TmvConnection* ConnectionOr(TmvConnection* connection) const { return connection ? connection : connection_; }
 
  private:
+  // A forward-only, read-only dataset with the statement (and the params,
+  // if any) set; raises where the provider makes no dataset.
+  std::unique_ptr<TmvDataSet> PrepareSQLDataset(TmvConnection* connection, WideStringView sql,
+                                                const TmvParams* params);
   // Updates one field from a column description (see LoadFieldsForObjectFromDriver).
   void UpdateFieldFromDef(TmvMetadataField* field, const TmvFieldDef& def, bool isNew, WideStringView quotedName);
   // Runs the object's fields query and updates the list from its description.

@@ -1,6 +1,6 @@
 #include "metadata/MetadataQualifiedNamesList.h"
 
-#include "frontend/SQLContext.h"
+#include "metadata/MetadataNames.h"
 #include "support/Exceptions.h"
 
 namespace mv {
@@ -13,17 +13,12 @@ TmvMetadataQualifiedNamesList::TmvMetadataQualifiedNamesList(TmvMetadataBase* pa
 TmvMetadataQualifiedNamesList::~TmvMetadataQualifiedNamesList() = default;
 
 void TmvMetadataQualifiedNamesList::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataQualifiedNamesList>(source);
-  if (!other) {
-    TmvMetadataBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataBase::Assign(source);
-  list_->Clear();
-  for (int i = 0; i < other->Count(); ++i) list_->Add(other->Items(i)->CloneAs<TSQLQualifiedName>(SQLContext()));
-  NotifyUpdated();
+  AssignFrom<TmvMetadataQualifiedNamesList>(
+      source, [&] { TmvMetadataBase::Assign(source); },
+      [&](const TmvMetadataQualifiedNamesList& other) {
+        list_->Clear();
+        for (int i = 0; i < other.Count(); ++i) list_->Add(other.Items(i)->CloneAs<TSQLQualifiedName>(SQLContext()));
+      });
 }
 
 void TmvMetadataQualifiedNamesList::CheckIndex(int index) const {
@@ -53,15 +48,11 @@ TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(const TastTokenIdentifier*
 TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(const TSQLQualifiedName* name) { return Insert(Count(), name); }
 
 TSQLQualifiedName* TmvMetadataQualifiedNamesList::Add(WideStringView text) {
-  TmvOwned<TSQLQualifiedName> name =
-      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
-  if (!name) RaiseBadObjectName();
-  return Add(name.get());
+  return Add(ParseName(SQLContext(), text).get());
 }
 
 int TmvMetadataQualifiedNamesList::FindByName(WideStringView text) const {
-  TmvOwned<TSQLQualifiedName> name =
-      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
+  TmvOwned<TSQLQualifiedName> name = ParseNameOrNull(SQLContext(), text);
   return name ? FindByName(name.get()) : -1;
 }
 

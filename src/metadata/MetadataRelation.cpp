@@ -2,9 +2,7 @@
 
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
-#include "metadata/MetadataMessages.h"
 #include "metadata/MetadataNames.h"
-#include "support/Exceptions.h"
 
 namespace mv {
 
@@ -25,42 +23,27 @@ TmvMetadataRelation::TmvMetadataRelation(TmvMetadataBase* parent, TmvBaseSQLCont
 TmvMetadataRelation::~TmvMetadataRelation() = default;
 
 void TmvMetadataRelation::Assign(const TmvPersistent* source) {
-  const auto* other = TmvCast<TmvMetadataRelation>(source);
-  if (!other) {
-    TmvMetadataCollectionItemBase::Assign(source);
-    return;
-  }
-  if (other == this) return;
-  TmvUpdateBatch batch(*this);
-  TmvMetadataCollectionItemBase::Assign(source);
-  foreignKey_ = other->foreignKey_;
-  keyFields_->Assign(other->keyFields_.get());
-  keyCardinality_ = other->keyCardinality_;
-  AssignQualifiedName(*childDatabase_, other->childDatabase_.get());
-  AssignIdentifier(*childSchema_, other->childSchema_.get());
-  AssignIdentifier(*childName_, other->childName_.get());
-  UpdateChildFullName();
-  childFields_->Assign(other->childFields_.get());
-  childCardinality_ = other->childCardinality_;
-  NotifyUpdated();
+  AssignFrom<TmvMetadataRelation>(
+      source, [&] { TmvMetadataCollectionItemBase::Assign(source); },
+      [&](const TmvMetadataRelation& other) {
+        foreignKey_ = other.foreignKey_;
+        keyFields_->Assign(other.keyFields_.get());
+        keyCardinality_ = other.keyCardinality_;
+        AssignQualifiedName(*childDatabase_, other.childDatabase_.get());
+        AssignIdentifier(*childSchema_, other.childSchema_.get());
+        AssignIdentifier(*childName_, other.childName_.get());
+        UpdateChildFullName();
+        childFields_->Assign(other.childFields_.get());
+        childCardinality_ = other.childCardinality_;
+      });
 }
 
-void TmvMetadataRelation::SetForeignKey(bool value) {
-  if (foreignKey_ == value) return;
-  foreignKey_ = value;
-  NotifyUpdated();
-}
-
+void TmvMetadataRelation::SetForeignKey(bool value) { SetValueAndNotify(*this, foreignKey_, value); }
 void TmvMetadataRelation::SetKeyCardinality(TmvMetadataRelationCardinality value) {
-  if (keyCardinality_ == value) return;
-  keyCardinality_ = value;
-  NotifyUpdated();
+  SetValueAndNotify(*this, keyCardinality_, value);
 }
-
 void TmvMetadataRelation::SetChildCardinality(TmvMetadataRelationCardinality value) {
-  if (childCardinality_ == value) return;
-  childCardinality_ = value;
-  NotifyUpdated();
+  SetValueAndNotify(*this, childCardinality_, value);
 }
 
 void TmvMetadataRelation::UpdateChildFullName() {
@@ -86,31 +69,14 @@ void TmvMetadataRelation::SetChildName(const TastTokenIdentifier* value) {
 }
 
 void TmvMetadataRelation::SetChildTable(const TSQLQualifiedName* value) {
-  if (IsQualifiedNameEmpty(value)) {
-    childName_->Clear();
-    childSchema_->Clear();
-    childDatabase_->Clear();
-  } else {
-    TmvBaseSQLContext* context = SQLContext();
-    if (!context) throw EmvQueryBuilderError(MetadataMessage(mvQBNoSyntaxProvider));
-    AssignIdentifier(*childName_, context->ExtractNameFromFullName(value).get());
-    AssignIdentifier(*childSchema_, context->ExtractSchemaFromFullName(value).get());
-    AssignQualifiedName(*childDatabase_, context->ExtractDatabaseFromFullName(value).get());
-  }
+  SplitFullName(SQLContext(), value, *childName_, *childSchema_, *childDatabase_);
   UpdateChildFullName();
   NotifyUpdated();
 }
 
 void TmvMetadataRelation::SetChildDatabaseStr(WideStringView text) {
   if (text == ChildDatabaseStr()) return;
-  if (text.empty()) {
-    SetChildDatabase(nullptr);
-    return;
-  }
-  TmvOwned<TSQLQualifiedName> name =
-      SQLContext() ? SQLContext()->ParseQualifiedNameQuoteIfNeed(WideString(text)) : nullptr;
-  if (!name) RaiseBadObjectName();
-  SetChildDatabase(name.get());
+  SetChildDatabase(ParseOptionalName(SQLContext(), text).get());
 }
 
 WideString TmvMetadataRelation::ChildDatabaseStr() const { return childDatabase_->GetQualifiedName(); }

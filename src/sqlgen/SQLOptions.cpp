@@ -6,53 +6,24 @@
 
 namespace mv {
 
-namespace {
+// The type of one enumeration: its name and its members' names in ordinal
+// order, their count checked against the last member.
+#define MV_DEFINE_ENUM_TYPE(Enum, Last, ...)                     \
+  const TmvEnumType& TmvEnumTypeOf(Enum) {                       \
+    static constexpr const char16_t* kMembers[] = {__VA_ARGS__}; \
+    static_assert(std::size(kMembers) == Last + 1);              \
+    static constexpr TmvEnumType kType{u"" #Enum, kMembers};     \
+    return kType;                                                \
+  }
 
-// Names in ordinal order; the counts are checked against the last member.
-constexpr const char16_t* kKeywordFormat[] = {u"akfFirstUpper", u"akfUpperCase", u"akfLowerCase"};
-constexpr const char16_t* kIdentQuotation[] = {u"icNone", u"icIfNeed", u"icAll"};
-constexpr const char16_t* kSkipKeywordMode[] = {u"skDontCare", u"skSkipIfPossible", u"skPrintAlways"};
-constexpr const char16_t* kObjectPrefixSkipping[] = {u"opsSkipAll", u"opsSkipDatabase", u"opsSkipNone"};
-constexpr const char16_t* kQueryPart[] = {u"mvqpQuery", u"mvqpSubQuery", u"mvqpUnionSubQuery"};
-constexpr const char16_t* kConditionFormatNL[] = {u"nlNone", u"nlTopmostOr", u"nlTopmostLogical", u"nlAllLogical"};
+MV_DEFINE_ENUM_TYPE(TmvKeywordFormat, akfLowerCase, u"akfFirstUpper", u"akfUpperCase", u"akfLowerCase")
+MV_DEFINE_ENUM_TYPE(TmvIdentQuotation, icAll, u"icNone", u"icIfNeed", u"icAll")
+MV_DEFINE_ENUM_TYPE(TmvSkipKeywordMode, skPrintAlways, u"skDontCare", u"skSkipIfPossible", u"skPrintAlways")
+MV_DEFINE_ENUM_TYPE(TmvObjectPrefixSkipping, opsSkipNone, u"opsSkipAll", u"opsSkipDatabase", u"opsSkipNone")
+MV_DEFINE_ENUM_TYPE(TmvQueryPart, mvqpUnionSubQuery, u"mvqpQuery", u"mvqpSubQuery", u"mvqpUnionSubQuery")
+MV_DEFINE_ENUM_TYPE(TSQLBuilderConditionFormatNL, nlAllLogical, u"nlNone", u"nlTopmostOr", u"nlTopmostLogical",
+                    u"nlAllLogical")
 
-static_assert(std::size(kKeywordFormat) == akfLowerCase + 1);
-static_assert(std::size(kIdentQuotation) == icAll + 1);
-static_assert(std::size(kSkipKeywordMode) == skPrintAlways + 1);
-static_assert(std::size(kObjectPrefixSkipping) == opsSkipNone + 1);
-static_assert(std::size(kQueryPart) == mvqpUnionSubQuery + 1);
-static_assert(std::size(kConditionFormatNL) == nlAllLogical + 1);
-
-}  // namespace
-
-const TmvEnumType& TmvEnumTypeOf(TmvKeywordFormat) {
-  static const TmvEnumType type{u"TmvKeywordFormat", kKeywordFormat};
-  return type;
-}
-
-const TmvEnumType& TmvEnumTypeOf(TmvIdentQuotation) {
-  static const TmvEnumType type{u"TmvIdentQuotation", kIdentQuotation};
-  return type;
-}
-
-const TmvEnumType& TmvEnumTypeOf(TmvSkipKeywordMode) {
-  static const TmvEnumType type{u"TmvSkipKeywordMode", kSkipKeywordMode};
-  return type;
-}
-
-const TmvEnumType& TmvEnumTypeOf(TmvObjectPrefixSkipping) {
-  static const TmvEnumType type{u"TmvObjectPrefixSkipping", kObjectPrefixSkipping};
-  return type;
-}
-
-const TmvEnumType& TmvEnumTypeOf(TmvQueryPart) {
-  static const TmvEnumType type{u"TmvQueryPart", kQueryPart};
-  return type;
-}
-
-const TmvEnumType& TmvEnumTypeOf(TSQLBuilderConditionFormatNL) {
-  static const TmvEnumType type{u"TSQLBuilderConditionFormatNL", kConditionFormatNL};
-  return type;
-}
+#undef MV_DEFINE_ENUM_TYPE
 
 }  // namespace mv

@@ -1,12 +1,10 @@
-// The SQL-92 grammar: its size, the trees it builds for the forms with
+// The SQL-92 grammar: the trees it builds for the forms with
 // something to decide (aliases, joins, predicates, parameters, the ODBC
 // escapes, names), what it refuses, and the limits of nesting.
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <functional>
-#include <memory>
-
+#include "OnStackOf.h"
+#include "SQL92Context.h"
 #include "SQL92Pars.h"
 #include "dialects/EngineInit.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
@@ -18,12 +16,8 @@ using namespace mv;
 
 namespace {
 
-class SQL92GrammarTest : public ::testing::Test {
+class SQL92GrammarTest : public mvtest::SQL92ContextTest {
  protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
-  SQL92GrammarTest() { context.SetSyntaxProvider(&provider); }
-  ~SQL92GrammarTest() override { context.SetSyntaxProvider(nullptr); }
-
   std::string Select(const WideString& text) { return DumpParseTree(context.ParseSelect(text).get()); }
   std::string Expression(const WideString& text) { return DumpParseTree(context.ParseExpression(text).get()); }
   std::string Logical(const WideString& text) { return DumpParseTree(context.ParseLogicalExpression(text).get()); }
@@ -40,9 +34,6 @@ class SQL92GrammarTest : public ::testing::Test {
       return false;
     }
   }
-
-  TmvSQL92SyntaxProvider provider;
-  TmvBaseSQLContext context;
 };
 
 // Whether `text` holds `part`.
@@ -52,14 +43,6 @@ class SQL92GrammarTest : public ::testing::Test {
 }
 
 }  // namespace
-
-TEST_F(SQL92GrammarTest, TheGrammarHasItsFiftyEightRules) {
-  EXPECT_EQ(SQL92Parser::RuleCount, 58);
-  // Every option, repetition and choice has its first-pass helper.
-  EXPECT_GT(SQL92Parser::OptCount, 0);
-  EXPECT_GT(SQL92Parser::AltCount, 0);
-  EXPECT_EQ(SQL92Parser::IterCount, 15);
-}
 
 TEST_F(SQL92GrammarTest, AnEmptySelectListAndAnEmptyFrom) {
   EXPECT_EQ(Select(u"SELECT FROM"),
@@ -332,25 +315,6 @@ TEST_F(SQL92GrammarTest, QuantifiedComparisons) {
 
 namespace {
 
-// Runs `work` on a thread with a stack of `bytes`.
-void OnStackOf(size_t bytes, const std::function<void()>& work) {
-  pthread_attr_t attr;
-  pthread_attr_init(&attr);
-  pthread_attr_setstacksize(&attr, bytes);
-  pthread_t thread;
-  auto job = std::make_unique<std::function<void()>>(work);
-  ASSERT_EQ(pthread_create(
-                &thread, &attr,
-                [](void* arg) -> void* {
-                  (*static_cast<std::function<void()>*>(arg))();
-                  return nullptr;
-                },
-                job.get()),
-            0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attr);
-}
-
 WideString Nested(int depth, const WideString& inner) {
   return WideString(size_t(depth), u'(') + inner + WideString(size_t(depth), u')');
 }
@@ -359,7 +323,7 @@ WideString Nested(int depth, const WideString& inner) {
 
 TEST_F(SQL92GrammarTest, TwoHundredNestedBracketsParseOnASmallStack) {
   bool condition = false, expression = false;
-  OnStackOf(2 * 1024 * 1024, [&] {
+  mvtest::RunOnStackOf(2 * 1024 * 1024, [&] {
     condition = Parses(u"SELECT a FROM t WHERE " + Nested(200, u"a = 1"));
     expression = Parses(u"SELECT " + Nested(200, u"a") + u" FROM t");
   });

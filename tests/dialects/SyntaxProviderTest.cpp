@@ -8,6 +8,7 @@
 #include <set>
 
 #include "SQL92Scan.h"
+#include "Thrown.h"
 #include "dialects/EngineInit.h"
 #include "dialects/KeywordResources.h"
 #include "dialects/SyntaxProvidersList.h"
@@ -266,12 +267,8 @@ TEST_F(SyntaxProviderTest, LimitsOfTheBase) {
   EXPECT_FALSE(provider->GetQueryLimits(statement.get(), offset, count));
   EXPECT_EQ(offset, u"x");  // nothing set but the result
   EXPECT_FALSE(provider->IsQueryWithIntoClause(statement.get()));
-  try {
-    provider->TransformQueryLimits(statement.get(), u"1", u"2");
-    FAIL() << "no exception";
-  } catch (const Exception& e) {
-    EXPECT_EQ(e.Message(), u"This syntax does not support TransformQueryLimits");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage([&] { provider->TransformQueryLimits(statement.get(), u"1", u"2"); }),
+            u"This syntax does not support TransformQueryLimits");
 }
 
 TEST_F(SyntaxProviderTest, DatesAsLiterals) {

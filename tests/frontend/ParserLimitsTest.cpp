@@ -1,7 +1,6 @@
 // Size and concurrency: long lists, deep nesting, ways that multiply, and
 // several threads parsing at once.
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <atomic>
 #include <memory>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "ExprToyPars.h"
+#include "OnStackOf.h"
 #include "ParseHelpers.h"
 #include "WayToyPars.h"
 
@@ -28,23 +28,6 @@ std::u16string LongList(int items) {
   return text;
 }
 
-// Runs `work` on a thread with a small stack, so that recursion that grows
-// with the text would overflow it.
-void OnSmallStack(size_t bytes, const std::function<void()>& work) {
-  pthread_attr_t attr;
-  pthread_attr_init(&attr);
-  pthread_attr_setstacksize(&attr, bytes);
-  pthread_t thread;
-  auto* job = new std::function<void()>(work);
-  ASSERT_EQ(pthread_create(&thread, &attr, [](void* arg) -> void* {
-              std::unique_ptr<std::function<void()>> f(static_cast<std::function<void()>*>(arg));
-              (*f)();
-              return nullptr;
-            }, job), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attr);
-}
-
 TEST(ParserLimits, ALongListScansAndParsesWithoutDeepRecursion) {
   // 150,000 items: 300,000 visible tokens and as many blanks, more items than
   // a way list may hold ways.
@@ -54,7 +37,7 @@ TEST(ParserLimits, ALongListScansAndParsesWithoutDeepRecursion) {
   bool found = false;
   int count = 0;
   int32_t tokens = 0;
-  OnSmallStack(512 * 1024, [&] {
+  mvtest::RunOnStackOf(512 * 1024, [&] {
     ToyParse<ExprToyParser> p(text);
     tokens = p.scanner().GetCount();
     found = p.Find(&ExprToyParser::listWayCalc);
@@ -83,7 +66,7 @@ TEST(ParserLimits, ALongChainOfOperatorsStaysFlat) {
   std::u16string text = u"a";
   for (int i = 0; i < 50'000; ++i) text += u" + a";
   bool found = false;
-  OnSmallStack(512 * 1024, [&] {
+  mvtest::RunOnStackOf(512 * 1024, [&] {
     ToyParse<ExprToyParser> p(text);
     found = p.Find(&ExprToyParser::expressionWayCalc);
     if (found) {
@@ -110,7 +93,7 @@ TEST(ParserLimits, NestingThatPeopleWritePasses) {
 TEST(ParserLimits, DeeperNestingEndsInTheOrdinarySyntaxFailure) {
   bool found = true;
   bool limit = false;
-  OnSmallStack(1024 * 1024, [&] {
+  mvtest::RunOnStackOf(1024 * 1024, [&] {
     ToyParse<ExprToyParser> p(Brackets(100'000));
     found = p.Find(&ExprToyParser::expressionWayCalc);
     limit = p.parser().LimitExceeded();

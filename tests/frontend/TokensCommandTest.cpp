@@ -43,17 +43,4 @@ TEST(TokensCommand, ReadsAFileAndKeepsTheSpelling) {
   EXPECT_EQ(r.out, "189\t1:1\t0\t-\tSeLeCt\n2\t1:7\t6\t-\t \n5\t1:8\t7\t-\t\xC3\xA9t\xC3\xA9\n0\t1:11\t10\t-\tEOF\n");
 }
 
-TEST(TokensCommand, AnUnknownDialectIsAUsageError) {
-  auto r = RunMvsql({"tokens", "--dialect", "klingon"}, "a");
-  EXPECT_EQ(r.exitCode, 2);
-  EXPECT_NE(r.err.find("unknown dialect 'klingon'"), std::string::npos) << r.err;
-  EXPECT_EQ(r.out, "");
-}
-
-TEST(TokensCommand, AMissingFileFails) {
-  auto r = RunMvsql({"tokens", "/nonexistent/file.sql"});
-  EXPECT_EQ(r.exitCode, 1);
-  EXPECT_FALSE(r.err.empty());
-}
-
 }  // namespace

@@ -5,33 +5,17 @@
 #include <string>
 #include <vector>
 
+#include "ParseHelpers.h"
 #include "VarietyScan.h"
 
 namespace {
 
 using mv::VarietyScanner;
 using mv::WideString;
-
-struct Tok {
-  int32_t kind;
-  WideString text;
-  bool partial = false;
-  bool operator==(const Tok&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& os, const Tok& t) {
-  return os << "{" << VarietyScanner::KindName(t.kind) << ", \"" << mv::UTF8Encode(t.text) << "\""
-            << (t.partial ? ", partial" : "") << "}";
-}
+using Tok = mvtest::ScannedToken;
 
 std::vector<Tok> Scan(const WideString& text, bool withHidden = false) {
-  auto scanner = mv::TmvCreate<VarietyScanner>();
-  scanner->Init(text);
-  std::vector<Tok> out;
-  for (const mv::TmvToken& t : scanner->GetTokens()) {
-    if ((withHidden || !t.IsHidden()) && t.Kind != mv::tkEndOfText) out.push_back({t.Kind, t.Text, t.IsPartial});
-  }
-  return out;
+  return mvtest::ScanTokens<VarietyScanner>(text, withHidden);
 }
 
 constexpr int32_t kName = VarietyScanner::tkIdentifierToken;

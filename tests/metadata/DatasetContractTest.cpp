@@ -3,6 +3,7 @@
 // table `people` with the same rows and answers the statements below.
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
 #include "metadata/dataset/MemoryDataSet.h"
 #include "metadata/dataset/SQLiteConnection.h"
 #include "support/Exceptions.h"
@@ -153,12 +154,10 @@ TYPED_TEST(DatasetContractTest, FieldsAreFoundWithoutRegardToCase) {
   EXPECT_EQ(query->FindField(u"Note")->Index(), 2);
   EXPECT_EQ(query->Fields()[3].FieldName(), u"score");
   EXPECT_EQ(query->FindField(u"missing_column"), nullptr);
-  try {
-    query->FieldByName(u"missing_column");
-    FAIL() << "FieldByName found a missing column";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_NE(e.Message().find(u"missing_column"), WideString::npos) << e.what();
-  }
+  EXPECT_NE(mvtest::ThrownMessage<EmvQueryBuilderError>([&] {
+              query->FieldByName(u"missing_column");
+            }).find(u"missing_column"),
+            WideString::npos);
 }
 
 TYPED_TEST(DatasetContractTest, FieldDefinitionsWithoutOpening) {
@@ -208,12 +207,8 @@ TYPED_TEST(DatasetContractTest, ParametersAreParsedAndBoundByName) {
 
 TYPED_TEST(DatasetContractTest, UnassignedParameterIsAnError) {
   auto query = this->connection_->CreateQuery(kSelectById);
-  try {
-    query->Open();
-    FAIL() << "opened without a parameter value";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_NE(e.Message().find(u"No value for parameter 'id'"), WideString::npos) << e.what();
-  }
+  EXPECT_NE(mvtest::ThrownMessage<EmvQueryBuilderError>([&] { query->Open(); }).find(u"No value for parameter 'id'"),
+            WideString::npos);
   EXPECT_FALSE(query->Active());
   query->ParamByName(u"id").SetNull();  // Null is a value: no row matches it
   query->Open();
@@ -247,12 +242,8 @@ TYPED_TEST(DatasetContractTest, ValuesConvertAndBadConversionsNameTheField) {
   EXPECT_EQ(id.AsString(), "1");
   EXPECT_TRUE(id.AsVariant().IsNumeric());
   EXPECT_DOUBLE_EQ(query->FieldByName(u"score").AsFloat(), 1.5);
-  try {
-    query->FieldByName(u"name").AsInteger();
-    FAIL() << "text converted to an integer";
-  } catch (const EConvertError& e) {
-    EXPECT_NE(e.Message().find(u"name"), WideString::npos) << e.what();
-  }
+  EXPECT_NE(mvtest::ThrownMessage<EConvertError>([&] { query->FieldByName(u"name").AsInteger(); }).find(u"name"),
+            WideString::npos);
 }
 
 TYPED_TEST(DatasetContractTest, NonAsciiTextRoundTrips) {
@@ -305,13 +296,10 @@ TYPED_TEST(DatasetContractTest, ClosingFreesTheFields) {
 
 TYPED_TEST(DatasetContractTest, FailuresCarryTheDriverMessageAndTheStatement) {
   auto query = this->connection_->CreateQuery(kMissingTable);
-  try {
-    query->Open();
-    FAIL() << "a missing table opened";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_NE(e.Message().find(TypeParam::kMissingTableMessage), WideString::npos) << e.what();
-    EXPECT_EQ(e.Text(), kMissingTable);
-  }
+  const auto e = mvtest::Thrown<EmvQueryBuilderError>([&] { query->Open(); });
+  ASSERT_TRUE(e);
+  EXPECT_NE(e->Message().find(TypeParam::kMissingTableMessage), WideString::npos) << e->what();
+  EXPECT_EQ(e->Text(), kMissingTable);
   EXPECT_FALSE(query->Active());
   EXPECT_THROW(query->UpdateFieldDefs(), EmvQueryBuilderError);
 }
@@ -361,12 +349,8 @@ TYPED_TEST(DatasetContractTest, DatasetsOutlivingTheirConnectionFailCleanly) {
   this->connection_.reset();
   EXPECT_EQ(query->Connection(), nullptr);
   EXPECT_FALSE(query->Active());
-  try {
-    idle->Open();
-    FAIL() << "opened without a connection";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_NE(e.Message().find(u"no connection"), WideString::npos) << e.what();
-  }
+  EXPECT_NE(mvtest::ThrownMessage<EmvQueryBuilderError>([&] { idle->Open(); }).find(u"no connection"),
+            WideString::npos);
 }
 
 }  // namespace

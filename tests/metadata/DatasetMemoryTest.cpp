@@ -2,6 +2,7 @@
 // use in their tests: scripting, the record of statements, failures.
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
 #include "metadata/dataset/MemoryDataSet.h"
 #include "support/Exceptions.h"
 
@@ -64,13 +65,10 @@ TEST(DatasetMemory, ScriptAnswersAndRecordsStatements) {
   relations->Open();
   EXPECT_FALSE(relations->IsEmpty());
 
-  try {
-    server.OpenQuery(u"select * from forbidden");
-    FAIL() << "a scripted error did not raise";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_EQ(e.Message(), u"permission denied for table forbidden");
-    EXPECT_EQ(e.Text(), u"select * from forbidden");
-  }
+  const auto e = mvtest::Thrown<EmvQueryBuilderError>([&] { server.OpenQuery(u"select * from forbidden"); });
+  ASSERT_TRUE(e);
+  EXPECT_EQ(e->Message(), u"permission denied for table forbidden");
+  EXPECT_EQ(e->Text(), u"select * from forbidden");
   EXPECT_THROW(server.OpenQuery(u"select * from nowhere"), EmvQueryBuilderError);
   EXPECT_EQ(server.ExecSQL(u"delete from anything"), 0);
   EXPECT_THROW(server.ExecSQL(u"select * from forbidden"), EmvQueryBuilderError);
@@ -109,12 +107,7 @@ TEST(DatasetMemory, OpenFailureAndClones) {
   TmvMemoryConnection server;
   server.AddResult(u"select 1", TmvMemoryTable().AddColumn(u"one", ftInteger).AddRow({1}));
   server.SetOpenError(u"could not connect to server");
-  try {
-    server.Open();
-    FAIL() << "opened despite the scripted failure";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_EQ(e.Message(), u"could not connect to server");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage<EmvQueryBuilderError>([&] { server.Open(); }), u"could not connect to server");
   EXPECT_FALSE(server.Connected());
   EXPECT_THROW(server.OpenQuery(u"select 1"), EmvQueryBuilderError);
 

@@ -2,6 +2,7 @@
 // parameter list of a dataset.
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
 #include "metadata/dataset/Params.h"
 #include "metadata/dataset/SQLParamScanner.h"
 #include "support/Exceptions.h"
@@ -100,12 +101,8 @@ TEST(DatasetParams, ParsedFromTextOncePerName) {
   EXPECT_FALSE(params[0].Bound());
   EXPECT_EQ(&params.ParamByName(u"name"), &params[0]);
   EXPECT_EQ(params.FindParam(u"missing"), nullptr);
-  try {
-    params.ParamByName(u"missing");
-    FAIL() << "found a missing parameter";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_EQ(e.Message(), u"Parameter 'missing' not found");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage<EmvQueryBuilderError>([&] { params.ParamByName(u"missing"); }),
+            u"Parameter 'missing' not found");
   EXPECT_THROW(params[2], EmvQueryBuilderError);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "MetadataTestSupport.h"
+#include "Thrown.h"
 #include "metadata/MetadataFilter.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/Exceptions.h"
@@ -331,19 +332,12 @@ TEST_F(MetadataTest, VisibilityIsTheHandlersAnswer) {
 }
 
 TEST_F(MetadataTest, LoadingNeedsBothProviders) {
-  try {
-    container->LoadMetadataByFilter(nullptr);
-    FAIL() << "loaded without a metadata provider";
-  } catch (const Exception& e) {
-    EXPECT_EQ(e.Message(), u"Metadata provider is not specified");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage([&] { container->LoadMetadataByFilter(nullptr); }),
+            u"Metadata provider is not specified");
   context.SetSyntaxProvider(nullptr);
-  try {
-    container->LoadMetadataByFilter(static_cast<TmvConnection*>(nullptr), nullptr);
-    FAIL() << "loaded without a syntax provider";
-  } catch (const Exception& e) {
-    EXPECT_EQ(e.Message(), u"Syntax provider is not specified");
-  }
+  EXPECT_EQ(
+      mvtest::ThrownMessage([&] { container->LoadMetadataByFilter(static_cast<TmvConnection*>(nullptr), nullptr); }),
+      u"Syntax provider is not specified");
   EXPECT_THROW(container->ClearMetadataByMask(u"%", u"%"), Exception);
 }
 

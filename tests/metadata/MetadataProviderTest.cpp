@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "MetadataTestSupport.h"
+#include "Thrown.h"
 #include "metadata/EventMetadataProvider.h"
 #include "metadata/MetadataFilter.h"
 #include "metadata/MetadataProvider.h"
@@ -36,15 +37,6 @@ TmvFieldDef Column(const char16_t* name, TFieldType type, int size = 0, TFieldAt
   return def;
 }
 
-WideString MessageOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Exception& e) {
-    return e.Message();
-  }
-  return u"(nothing raised)";
-}
-
 }  // namespace
 
 TEST(MetadataProviderTrimTest, SpacesGoBeforeQuotes) {
@@ -75,30 +67,27 @@ TEST(MetadataProviderRegistryTest, EngineProvidersAreRegisteredByClassName) {
 
 TEST_F(MetadataProviderTest, ContractMessages) {
   TmvConnectionMetadataProvider unconnected;
-  EXPECT_EQ(MessageOf([&] { unconnected.CheckConnectionSet(); }),
+  EXPECT_EQ(mvtest::ThrownMessage([&] { unconnected.CheckConnectionSet(); }),
             u"Connection object is not specified (property Connection is not assigned)");
-  EXPECT_EQ(MessageOf([&] { container->LoadMetadataByFilter(nullptr); }),
+  EXPECT_EQ(mvtest::ThrownMessage([&] { container->LoadMetadataByFilter(nullptr); }),
             u"Automatic loading of metadata is not supported by this metadata provider");
-  EXPECT_EQ(MessageOf([&] { container->LoadMetadataByFilter(nullptr, Name({u"sales"}).get()); }),
+  EXPECT_EQ(mvtest::ThrownMessage([&] { container->LoadMetadataByFilter(nullptr, Name({u"sales"}).get()); }),
             u"Automatic loading of metadata is not supported for database sales by this metadata provider");
   provider.databases = false;
   provider.schemas = false;
-  EXPECT_EQ(MessageOf([&] { provider.GetDefaultDatabaseName(&context, nullptr); }),
+  EXPECT_EQ(mvtest::ThrownMessage([&] { provider.GetDefaultDatabaseName(&context, nullptr); }),
             u"The server doesn't support queries with objects from different databases.");
   TSQLIdentifiersCollection& schemas = *container->DefaultSchemaNames();
-  EXPECT_EQ(MessageOf([&] { provider.GetDefaultSchemaNames(&context, nullptr, schemas); }),
+  EXPECT_EQ(mvtest::ThrownMessage([&] { provider.GetDefaultSchemaNames(&context, nullptr, schemas); }),
             u"The server doesn't support schemas.");
 }
 
 TEST_F(MetadataProviderTest, StatementFailuresNameTheStatementAndTheCause) {
   server.AddError(u"select broken", u"no such table: broken");
-  try {
-    metadataProvider.ExecSQLDatasetUR(u"select broken");
-    FAIL() << "the statement did not fail";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_EQ(e.Message(), u"Error executing query:\rselect broken\rMessage:\rno such table: broken");
-    EXPECT_EQ(e.Text(), u"select broken");
-  }
+  const auto e = mvtest::Thrown<EmvQueryBuilderError>([&] { metadataProvider.ExecSQLDatasetUR(u"select broken"); });
+  ASSERT_TRUE(e);
+  EXPECT_EQ(e->Message(), u"Error executing query:\rselect broken\rMessage:\rno such table: broken");
+  EXPECT_EQ(e->Text(), u"select broken");
 }
 
 TEST_F(MetadataProviderTest, EmptyParamsLeaveTheDatasetsParamsAlone) {
@@ -239,9 +228,9 @@ TEST_F(MetadataProviderTest, ContainerLoadsTheFieldsOfEveryObject) {
 TEST_F(MetadataProviderTest, ContextForwardersNeedASyntaxProvider) {
   context.SetSyntaxProvider(nullptr);
   TmvOwned<TmvMetadataFieldsList> fields = TmvCreate<TmvMetadataFieldsList>(nullptr, &context);
-  EXPECT_EQ(MessageOf([&] { context.LoadFieldsForQuery(nullptr, u"select 1", *fields); }),
+  EXPECT_EQ(mvtest::ThrownMessage([&] { context.LoadFieldsForQuery(nullptr, u"select 1", *fields); }),
             u"Syntax provider is not specified");
-  EXPECT_EQ(MessageOf([&] { context.LoadMetadataObjects(nullptr, container.get(), nullptr, nullptr); }),
+  EXPECT_EQ(mvtest::ThrownMessage([&] { context.LoadMetadataObjects(nullptr, container.get(), nullptr, nullptr); }),
             u"Syntax provider is not specified");
 }
 
@@ -271,7 +260,7 @@ TEST_F(EventMetadataProviderTest, NoCallbacksGiveAnEmptyContainer) {
   container->LoadMetadataByFilter(nullptr);
   EXPECT_EQ(container->Count(), 0);
   EXPECT_TRUE(container->Loaded());
-  EXPECT_EQ(MessageOf([&] { container->LoadMetadataByFilter(nullptr, Name({u"db2"}).get()); }),
+  EXPECT_EQ(mvtest::ThrownMessage([&] { container->LoadMetadataByFilter(nullptr, Name({u"db2"}).get()); }),
             u"Automatic loading of metadata is not supported for database db2 by this metadata provider");
 }
 

@@ -3,24 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "MetadataTestSupport.h"
+#include "Thrown.h"
 #include "support/Exceptions.h"
 #include "tree/FromClause.h"
 
 using namespace mv;
 using namespace mv::test;
-
-namespace {
-
-WideString MessageOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Exception& e) {
-    return e.Message();
-  }
-  return u"(nothing raised)";
-}
-
-}  // namespace
 
 TEST_F(MetadataTest, TextLookupsParseTheirArguments) {
   TmvMetadataTable* table = container->AddTable(u"db.dbo.\"Order Lines\"");
@@ -51,7 +39,7 @@ TEST_F(MetadataTest, TextThatIsNoNameFindsNothingAndRaisesNothing) {
 }
 
 TEST_F(MetadataTest, AddingByTextRaisesForTextThatIsNoName) {
-  EXPECT_EQ(MessageOf([&] { container->AddTable(kNoName); }), u"Invalid object name");
+  EXPECT_EQ(mvtest::ThrownMessage([&] { container->AddTable(kNoName); }), u"Invalid object name");
   EXPECT_EQ(container->Count(), 0);
   TmvMetadataView* view = container->AddView(u"sales", u"recent", false, u"db");
   EXPECT_EQ(view->FullNameStr(), u"db.sales.recent");
@@ -62,7 +50,7 @@ TEST_F(MetadataTest, AddingByTextRaisesForTextThatIsNoName) {
   EXPECT_EQ(synonym->GetReferencedObject(), nullptr);  // the view lives in database db
   synonym->SetReferencedFullNameStr(u"db.sales.recent");
   EXPECT_EQ(synonym->GetReferencedObject(), view);
-  EXPECT_EQ(MessageOf([&] { synonym->SetReferencedFullNameStr(kNoName); }), u"Invalid object name");
+  EXPECT_EQ(mvtest::ThrownMessage([&] { synonym->SetReferencedFullNameStr(kNoName); }), u"Invalid object name");
 }
 
 TEST_F(MetadataTest, NameSettersReadSQLText) {
@@ -76,7 +64,7 @@ TEST_F(MetadataTest, NameSettersReadSQLText) {
 
   table->SetDatabaseStr(u"srv.db");
   EXPECT_EQ(table->Database()->GetCount(), 2);
-  EXPECT_EQ(MessageOf([&] { table->SetDatabaseStr(kNoName); }), u"Invalid object name");
+  EXPECT_EQ(mvtest::ThrownMessage([&] { table->SetDatabaseStr(kNoName); }), u"Invalid object name");
   EXPECT_EQ(table->DatabaseStr(), u"srv.db");
   int updates = 0;
   const TmvHandlerId counter = TmvHandlerId::Unique();
@@ -113,14 +101,14 @@ TEST_F(MetadataTest, FieldNamesFromText) {
   TmvMetadataFieldsList* fields = Table({u"t"})->GetFields();
   TmvMetadataField* spaced = fields->AddField(u"\"Unit Price\"");
   TmvMetadataField* plain = fields->AddField(u"qty");
-  EXPECT_EQ(MessageOf([&] { fields->AddField(kNoName); }), u"Invalid object name");
+  EXPECT_EQ(mvtest::ThrownMessage([&] { fields->AddField(kNoName); }), u"Invalid object name");
   EXPECT_EQ(fields->FindFieldByName(u"\"Unit Price\""), 0);
   EXPECT_EQ(fields->FindFieldByName(u"QTY"), 1);
   EXPECT_EQ(fields->FindFieldByName(u"\"qty\""), -1);
   EXPECT_EQ(fields->FindFieldByName(kNoName), -1);
   plain->SetNameStr(u"t.qty");
   EXPECT_EQ(plain->Name()->GetCount(), 2);
-  EXPECT_EQ(MessageOf([&] { spaced->SetNameStr(kNoName); }), u"Invalid object name");
+  EXPECT_EQ(mvtest::ThrownMessage([&] { spaced->SetNameStr(kNoName); }), u"Invalid object name");
   EXPECT_EQ(spaced->NameStrNotQuoted(), u"Unit Price");
 
   // Without a syntax provider the upper-case texts are compared.
@@ -148,11 +136,11 @@ TEST_F(MetadataTest, NameListsAndRelationsFromText) {
   aggregates->Add(u"stats.median");
   EXPECT_EQ(aggregates->FindByName(u"STATS.MEDIAN"), 0);
   EXPECT_EQ(aggregates->FindByName(u"median"), -1);
-  EXPECT_EQ(MessageOf([&] { aggregates->Add(kNoName); }), u"Invalid object name");
+  EXPECT_EQ(mvtest::ThrownMessage([&] { aggregates->Add(kNoName); }), u"Invalid object name");
 
   TmvMetadataRelation* relation = Table({u"t"})->GetRelations()->Add();
   relation->SetChildDatabaseStr(u"db");
   relation->SetChildName(Id(u"c").get());
   EXPECT_EQ(relation->ChildTableStr(), u"db.c");
-  EXPECT_EQ(MessageOf([&] { relation->SetChildDatabaseStr(kNoName); }), u"Invalid object name");
+  EXPECT_EQ(mvtest::ThrownMessage([&] { relation->SetChildDatabaseStr(kNoName); }), u"Invalid object name");
 }

@@ -1,5 +1,7 @@
 // The builders as text sinks: pending blanks and their priorities, line
-// starts, keyword case, indents, the one-line builder, and settings.
+// starts, keyword case, indents, the one-line builder, and wrapping at the
+// right margin in the piped builder. The settings (defaults, names, Assign)
+// are FormatOptionsTest's.
 #include <gtest/gtest.h>
 
 #include "sqlgen/SQLBuilder.h"
@@ -139,145 +141,218 @@ TEST(SQLBuilder, BuildsCanBeRepeated) {
   EXPECT_EQ(builder.GetResult(), u"    x");
 }
 
-TEST(SQLBuilder, DefaultsOfTheSettings) {
-  TSQLBuilder b;
-  EXPECT_EQ(b.RightMargin(), 80);
-  EXPECT_EQ(b.KeywordFormat(), akfFirstUpper);
-  EXPECT_EQ(b.QuoteIdentifiers(), icIfNeed);
-  EXPECT_EQ(b.ObjectPrefixSkipping(), opsSkipAll);
-  EXPECT_TRUE(b.UseAltNames());
-  EXPECT_FALSE(b.ExpandVirtualFields());
-  EXPECT_FALSE(b.ExpandVirtualObjects());
-  EXPECT_EQ(b.OuterKeywordInLinks(), skDontCare);
-  EXPECT_EQ(b.InnerKeywordInLinks(), skDontCare);
-  EXPECT_EQ(b.AsKeywordInExpressionAlias(), skDontCare);
-  EXPECT_EQ(b.AsKeywordInObjectAlias(), skDontCare);
-  EXPECT_TRUE(b.ParenthesizeANDGroups());
-  EXPECT_FALSE(b.ParenthesizeSingleCriterion());
-  // The expression sub-query format keeps to its lines; the others are defaults.
-  EXPECT_FALSE(b.ExpressionsSubQueryFormat().MainPartsFromNewLine());
-  const TSQLBuilderFromClauseFormat& from = b.ExpressionsSubQueryFormat().FromClauseFormat();
-  EXPECT_FALSE(from.NewLineAfterDatasource());
-  EXPECT_FALSE(from.NewLineAfterJoin());
-  EXPECT_FALSE(from.NewLineBeforeJoinExpression());
-  EXPECT_FALSE(from.NewLineBeforeComma());
-  EXPECT_TRUE(b.ExpressionsSubQueryFormat().SelectListFormat().NewLineAfterItem());
-  for (TSQLBuilderSelectFormat* f : {&b.MainQueryFormat(), &b.FromSubQueryFormat(), &b.CTESubQueryFormat()}) {
-    EXPECT_TRUE(f->MainPartsFromNewLine());
-    EXPECT_EQ(f->IndentGlobal(), 0);
-    EXPECT_EQ(f->IndentInPart(), 2);
-    EXPECT_FALSE(f->NewLineAfterPartKeywords());
-    EXPECT_TRUE(f->FromClauseFormat().NewLineAfterDatasource());
-    EXPECT_EQ(f->WhereFormat().NewLineBefore(), nlNone);
-    EXPECT_EQ(f->WhereFormat().NewLineAfter(), nlTopmostOr);
-    EXPECT_EQ(f->HavingFormat().IndentNestedConditions(), 2);
-    EXPECT_EQ(f->FromClauseFormat().JoinConditionFormat().NewLineAfter(), nlTopmostOr);
-    EXPECT_TRUE(f->OrderByFormat().NewLineAfterItem());
-    EXPECT_FALSE(f->GroupByFormat().NewLineBeforeComma());
+// --- Wrapping in the piped builder: which break candidate wins, and what
+// happens when none fits ---
+
+namespace {
+
+// The write stream of "Select aaaa, bbbb, cccc, dddd From t" as a select
+// statement prints it with the list on one line (blanks of priority 2 after
+// the commas, part content indented by 2).
+void WriteSelect(TSQLBuilder& b) {
+  b.WriteKeyword(u"Select");
+  b.AddIndent(2);
+  b.Space(3);
+  const char16_t* names[] = {u"aaaa", u"bbbb", u"cccc", u"dddd"};
+  for (int i = 0; i < 4; ++i) {
+    if (i > 0) {
+      b.WriteSymbol(u",");
+      b.Space(2);
+    }
+    b.WriteIdentifier(names[i]);
   }
+  b.EndIndent();
+  b.NewLineOrSpace(true, 0);
+  b.WriteKeyword(u"From");
+  b.AddIndent(2);
+  b.Space(1);
+  b.WriteIdentifier(u"t");
+  b.EndIndent();
+}
+
+// Words, each followed (but the last) by a blank of the priority given with it.
+void WriteWords(TSQLBuilder& b, std::initializer_list<std::pair<const char16_t*, int>> words) {
+  size_t left = words.size();
+  for (auto [word, priority] : words) {
+    b.WriteIdentifier(word);
+    if (--left > 0) b.Space(priority);
+  }
+}
+
+}  // namespace
+
+TEST(PipedBuilder, BreakScoreCalibration) {
+  // Priority 0 scores 100 wherever it stands.
+  EXPECT_DOUBLE_EQ(TSQLBuilderPiped::BreakScore(0, 55.0), 100.0);
+  EXPECT_DOUBLE_EQ(TSQLBuilderPiped::BreakScore(0, -3.0), 100.0);
+  // A better priority buys distance: 1 at 30 columns equals 3 at 10.
+  EXPECT_DOUBLE_EQ(TSQLBuilderPiped::BreakScore(1, 30.0), 70.0);
+  EXPECT_DOUBLE_EQ(TSQLBuilderPiped::BreakScore(3, 10.0), 70.0);
+  // The last ten columns count almost alike: 10 and 0 score the same.
+  EXPECT_DOUBLE_EQ(TSQLBuilderPiped::BreakScore(2, 0.0), TSQLBuilderPiped::BreakScore(2, 10.0));
+  EXPECT_DOUBLE_EQ(TSQLBuilderPiped::BreakScore(2, 5.0), 100.0 - 2 * 10.5);
+  // Past the margin a distance still maps near 10.
+  EXPECT_DOUBLE_EQ(TSQLBuilderPiped::BreakScore(1, -5.0), 100.0 - 9.5);
+}
+
+TEST(PipedBuilder, BreaksAtTheBestBlankBeforeTheOverflow) {
   TSQLBuilderPiped piped;
-  EXPECT_FALSE(piped.DynamicIndents());
-  EXPECT_FALSE(piped.DynamicRightMargin());
+  piped.SetRightMargin(20);
+  EXPECT_EQ(Build(piped, WriteSelect), u"Select aaaa, bbbb,\r\n  cccc, dddd\r\nFrom t");
+  // The same stream on the one-line builder.
+  TSQLBuilderFast fast;
+  EXPECT_EQ(Build(fast, WriteSelect), u"Select aaaa, bbbb, cccc, dddd From t");
 }
 
-TEST(SQLBuilder, AssignCopiesLayoutButNotKeywordModesOrEvents) {
-  TSQLBuilderPiped source;
-  source.SetRightMargin(40);
-  source.SetKeywordFormat(akfLowerCase);
-  source.SetQuoteIdentifiers(icAll);
-  source.SetObjectPrefixSkipping(opsSkipNone);
-  source.SetUseAltNames(false);
-  source.SetExpandVirtualFields(true);
-  source.SetExpandVirtualObjects(true);
-  source.SetParenthesizeANDGroups(false);
-  source.SetParenthesizeSingleCriterion(true);
-  source.SetInnerKeywordInLinks(skPrintAlways);
-  source.SetOuterKeywordInLinks(skSkipIfPossible);
-  source.SetAsKeywordInExpressionAlias(skPrintAlways);
-  source.SetAsKeywordInObjectAlias(skPrintAlways);
-  source.SetDynamicIndents(true);
-  source.SetDynamicRightMargin(true);
-  source.MainQueryFormat().SetIndentInPart(7);
-  source.CTESubQueryFormat().WhereFormat().SetNewLineAfter(nlAllLogical);
-  source.OnBeginBuildSQLForNode = [](TSQLBuilder*, TastNode*) {};
+TEST(PipedBuilder, NoMarginMeansNoSoftBreak) {
+  for (int margin : {0, -5}) {
+    TSQLBuilderPiped piped;
+    piped.SetRightMargin(margin);
+    EXPECT_EQ(Build(piped, WriteSelect), u"Select aaaa, bbbb, cccc, dddd\r\nFrom t") << margin;
+  }
+}
 
+TEST(PipedBuilder, TextEndingExactlyAtTheMarginFits) {
   TSQLBuilderPiped piped;
-  TSQLBuilderSelectFormat* mainFormat = &piped.MainQueryFormat();
-  piped.Assign(source);
-  EXPECT_EQ(piped.RightMargin(), 40);
-  EXPECT_EQ(piped.KeywordFormat(), akfLowerCase);
-  EXPECT_EQ(piped.QuoteIdentifiers(), icAll);
-  EXPECT_EQ(piped.ObjectPrefixSkipping(), opsSkipNone);
-  EXPECT_FALSE(piped.UseAltNames());
-  EXPECT_TRUE(piped.ExpandVirtualFields());
-  EXPECT_TRUE(piped.ExpandVirtualObjects());
-  EXPECT_FALSE(piped.ParenthesizeANDGroups());
-  EXPECT_TRUE(piped.ParenthesizeSingleCriterion());
-  EXPECT_TRUE(piped.DynamicIndents());
-  EXPECT_TRUE(piped.DynamicRightMargin());
-  EXPECT_EQ(piped.MainQueryFormat().IndentInPart(), 7);
-  EXPECT_EQ(piped.CTESubQueryFormat().WhereFormat().NewLineAfter(), nlAllLogical);
-  // The owned format stays the same object; its values were copied into it.
-  EXPECT_EQ(&piped.MainQueryFormat(), mainFormat);
-  EXPECT_EQ(piped.InnerKeywordInLinks(), skDontCare);
-  EXPECT_EQ(piped.OuterKeywordInLinks(), skDontCare);
-  EXPECT_EQ(piped.AsKeywordInExpressionAlias(), skDontCare);
-  EXPECT_EQ(piped.AsKeywordInObjectAlias(), skDontCare);
-  EXPECT_FALSE(piped.OnBeginBuildSQLForNode);
-
-  // A base builder takes the common settings, not the piped flags.
-  TSQLBuilder base;
-  base.Assign(source);
-  EXPECT_EQ(base.RightMargin(), 40);
-  TSQLBuilderPiped fromBase;
-  fromBase.Assign(base);
-  EXPECT_FALSE(fromBase.DynamicIndents());
-  // Any other class falls to the inherited Assign, which refuses.
-  TSQLBuilderSelectFormat format;
-  EXPECT_THROW(base.Assign(&format), EConvertError);
-  EXPECT_THROW(format.Assign(&base), EConvertError);
+  piped.SetRightMargin(11);
+  auto write = [](TSQLBuilder& b) { WriteWords(b, {{u"aaaaa", 3}, {u"bbbbb", 3}}); };
+  EXPECT_EQ(Build(piped, write), u"aaaaa bbbbb");
+  piped.SetRightMargin(10);
+  EXPECT_EQ(Build(piped, write), u"aaaaa\r\nbbbbb");
 }
 
-TEST(SQLBuilder, ChangesNotifyOnceAndOnlyOnAChange) {
-  TSQLBuilder builder;
-  int updates = 0;
-  builder.GetOnUpdated().AddHandler(TmvHandlerId::Unique(), [&updates](TmvObject*) { ++updates; });
-  builder.SetRightMargin(80);  // the same value: no notification
-  EXPECT_EQ(updates, 0);
-  builder.SetRightMargin(60);
-  EXPECT_EQ(updates, 1);
-  // A change deep inside an owned format reaches the builder.
-  builder.MainQueryFormat().FromClauseFormat().JoinConditionFormat().SetIndentNestedConditions(4);
-  EXPECT_EQ(updates, 2);
-  // A batch reports once at its end.
-  TSQLBuilder other;
-  other.SetRightMargin(10);
-  other.SetKeywordFormat(akfUpperCase);
-  other.MainQueryFormat().SetIndentGlobal(3);
-  builder.Assign(other);
-  EXPECT_EQ(updates, 3);
+TEST(PipedBuilder, WideTokenWithoutCandidateIsWrittenWithTheRestOfTheLine) {
+  TSQLBuilderPiped piped;
+  piped.SetRightMargin(5);
+  // The first element already crosses the margin, with no candidate before
+  // it: the whole line is written unbroken, although blanks follow.
+  EXPECT_EQ(Build(piped, [](TSQLBuilder& b) { WriteWords(b, {{u"abcdefgh", 3}, {u"ij", 3}, {u"kl", 3}}); }),
+            u"abcdefgh ij kl");
+  // The hard line after it is broken again.
+  EXPECT_EQ(Build(piped,
+                  [](TSQLBuilder& b) {
+                    WriteWords(b, {{u"abcdefgh", 3}, {u"ij", 3}});
+                    b.NewLine();
+                    WriteWords(b, {{u"abc", 3}, {u"de", 3}});
+                  }),
+            u"abcdefgh ij\r\nabc\r\nde");
 }
 
-TEST(SQLBuilder, FormatAssignKeepsNestedObjects) {
-  TSQLBuilderSelectFormat source;
-  source.SetNewLineAfterPartKeywords(true);
-  source.FromClauseFormat().SetNewLineAfterJoin(true);
-  source.FromClauseFormat().JoinConditionFormat().SetNewLineBefore(nlAllLogical);
-  source.OrderByFormat().SetNewLineBeforeComma(true);
-  TSQLBuilderSelectFormat target;
-  TSQLBuilderFromClauseFormat* from = &target.FromClauseFormat();
-  TSQLBuilderConditionFormat* join = &target.FromClauseFormat().JoinConditionFormat();
-  target.Assign(source);
-  EXPECT_EQ(&target.FromClauseFormat(), from);
-  EXPECT_EQ(&target.FromClauseFormat().JoinConditionFormat(), join);
-  EXPECT_TRUE(target.NewLineAfterPartKeywords());
-  EXPECT_TRUE(from->NewLineAfterJoin());
-  EXPECT_EQ(join->NewLineBefore(), nlAllLogical);
-  EXPECT_TRUE(target.OrderByFormat().NewLineBeforeComma());
-  // The setter of a nested format copies too.
-  TSQLBuilderConditionFormat where;
-  where.SetIndentNestedConditions(0);
-  target.SetWhereFormat(where);
-  EXPECT_EQ(target.WhereFormat().IndentNestedConditions(), 0);
-  EXPECT_NE(&target.WhereFormat(), &where);
+TEST(PipedBuilder, LastOfEqualCandidatesWins) {
+  TSQLBuilderPiped piped;
+  piped.SetRightMargin(12);
+  // Priority 0 scores 100 anywhere: the last one before the overflow wins.
+  EXPECT_EQ(Build(piped, [](TSQLBuilder& b) { WriteWords(b, {{u"aa", 0}, {u"bb", 0}, {u"cc", 0}, {u"dddddd", 0}}); }),
+            u"aa bb cc\r\ndddddd");
+  // Priority-2 blanks 10 columns and 0 columns before the margin score
+  // alike (80): the later one wins, although it is the element that crosses
+  // the margin itself.
+  EXPECT_EQ(Build(piped, [](TSQLBuilder& b) { WriteWords(b, {{u"aa", 2}, {u"bbbbbbbbb", 2}, {u"cc", 2}}); }),
+            u"aa bbbbbbbbb\r\ncc");
+}
+
+TEST(PipedBuilder, BetterPriorityBeatsCloserBlank) {
+  TSQLBuilderPiped piped;
+  piped.SetRightMargin(40);
+  // A priority-1 blank 30 columns before the margin scores 70; a priority-3
+  // blank 9 columns before it scores 100 - 3 * 10.9 = 67.3: the first wins.
+  EXPECT_EQ(Build(piped,
+                  [](TSQLBuilder& b) {
+                    WriteWords(b, {{u"aaaaaaaaaa", 1}, {u"bbbbbbbbbbbbbbbbbbbb", 3}, {u"cccccccccccc", 3}});
+                  }),
+            u"aaaaaaaaaa\r\nbbbbbbbbbbbbbbbbbbbb cccccccccccc");
+}
+
+TEST(PipedBuilder, ForbiddenBreakAndGoodBreakPoints) {
+  TSQLBuilderPiped piped;
+  piped.SetRightMargin(8);
+  // A blank of priority -1 is no candidate: with none before the overflow
+  // the line is written whole.
+  EXPECT_EQ(Build(piped, [](TSQLBuilder& b) { WriteWords(b, {{u"aaaa", -1}, {u"bbbb", 3}, {u"cccc", 3}}); }),
+            u"aaaa bbbb cccc");
+  // A good break point breaks without taking a blank away.
+  EXPECT_EQ(Build(piped,
+                  [](TSQLBuilder& b) {
+                    b.WriteIdentifier(u"aaaaa");
+                    b.GoodNewLinePos(0);
+                    b.WriteSymbol(u"(");
+                    b.WriteIdentifier(u"bbbbb");
+                    b.WriteSymbol(u")");
+                  }),
+            u"aaaaa\r\n(bbbbb)");
+}
+
+TEST(PipedBuilder, ContinuationLinesTakeTheIndentOfTheirTime) {
+  TSQLBuilderPiped piped;
+  piped.SetRightMargin(13);
+  // The indent added inside the line takes effect only once emitted, so the
+  // continuation line is indented and the first line is measured without it.
+  EXPECT_EQ(Build(piped,
+                  [](TSQLBuilder& b) {
+                    b.WriteKeyword(u"Where");
+                    b.AddIndent(4);
+                    b.Space(1);
+                    WriteWords(b, {{u"aaaa", 1}, {u"bbbb", 1}, {u"cccc", 1}});
+                    b.EndIndent();
+                  }),
+            u"Where aaaa\r\n    bbbb cccc");
+}
+
+TEST(PipedBuilder, DynamicIndentsAlignUnderTheFirstWord) {
+  TSQLBuilderPiped piped;
+  piped.SetRightMargin(16);
+  piped.SetDynamicIndents(true);
+  auto write = [](TSQLBuilder& b) {
+    b.WriteKeyword(u"Select");
+    b.AddIndent(2);
+    b.Space(3);
+    WriteWords(b, {{u"aaaa", 2}, {u"bbbb", 2}, {u"cccc", 2}, {u"dddd", 2}});
+    b.EndIndent();
+  };
+  // "Select" is 6 wide and a blank follows: continuation lines start at 7.
+  EXPECT_EQ(Build(piped, write), u"Select aaaa bbbb\r\n       cccc dddd");
+  piped.SetDynamicIndents(false);
+  EXPECT_EQ(Build(piped, write), u"Select aaaa bbbb\r\n  cccc dddd");
+}
+
+TEST(PipedBuilder, DynamicRightMarginMeasuresFromTheIndent) {
+  TSQLBuilderPiped piped;
+  piped.SetRightMargin(10);
+  auto write = [](TSQLBuilder& b) {
+    b.WriteIdentifier(u"x");
+    b.AddIndent(6);
+    b.NewLine();  // the indent is in force from the second line on
+    WriteWords(b, {{u"aaaa", 3}, {u"bbbb", 3}});
+    b.EndIndent();
+  };
+  // Measured from column 0 the second line would need 15 columns.
+  EXPECT_EQ(Build(piped, write), u"x\r\n      aaaa\r\n      bbbb");
+  piped.SetDynamicRightMargin(true);
+  EXPECT_EQ(Build(piped, write), u"x\r\n      aaaa bbbb");
+}
+
+TEST(PipedBuilder, MergedBlankTakesTheBestPriority) {
+  TSQLBuilderPiped piped;
+  piped.SetRightMargin(12);
+  // Space(3) then Space(1) give one blank of priority 1, which beats the
+  // priority-2 blank closer to the margin; with priority 3 it would lose.
+  EXPECT_EQ(Build(piped,
+                  [](TSQLBuilder& b) {
+                    b.WriteIdentifier(u"aaaa");
+                    b.Space(3);
+                    b.Space(1);
+                    b.WriteIdentifier(u"bbbb");
+                    b.Space(2);
+                    b.WriteIdentifier(u"cccccc");
+                  }),
+            u"aaaa\r\nbbbb cccccc");
+  EXPECT_EQ(Build(piped,
+                  [](TSQLBuilder& b) {
+                    b.WriteIdentifier(u"aaaa");
+                    b.Space(3);
+                    b.WriteIdentifier(u"bbbb");
+                    b.Space(2);
+                    b.WriteIdentifier(u"cccccc");
+                  }),
+            u"aaaa bbbb\r\ncccccc");
 }

@@ -85,6 +85,4 @@ TEST(FormatCommand, ErrorsOfSQLAndOfSettings) {
   auto noValue = RunMvsql({"format", "--set", "RightMargin", "-"}, kStatement);
   EXPECT_EQ(noValue.exitCode, 2);
   EXPECT_NE(noValue.err.find("write NAME=VALUE"), std::string::npos) << noValue.err;
-  auto dialect = RunMvsql({"format", "--dialect", "nosuchsql", "-"}, kStatement);
-  EXPECT_EQ(dialect.exitCode, 2);
 }

@@ -8,6 +8,7 @@
 #include <map>
 #include <set>
 
+#include "Thrown.h"
 #include "sqlgen/PropertyTable.h"
 #include "sqlgen/SQLBuilder.h"
 #include "sqlgen/SQLBuilderPiped.h"
@@ -382,18 +383,10 @@ TEST(FormatOptions, AssignmentsAsACommandLineGivesThem) {
   t.SetAssignment(b, u" RightMargin = 40 ");
   EXPECT_EQ(b.RightMargin(), 40);
   // Only the first "=" separates.
-  try {
-    t.SetAssignment(b, u"RightMargin==4");
-    FAIL() << "no exception";
-  } catch (const EConvertError& e) {
-    EXPECT_EQ(e.Message(), u"Property \"RightMargin\": \"=4\" is not an integer");
-  }
-  try {
-    t.SetAssignment(b, u"RightMargin");
-    FAIL() << "no exception";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_EQ(e.Message(), u"\"RightMargin\" gives no value; write NAME=VALUE");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage<EConvertError>([&] { t.SetAssignment(b, u"RightMargin==4"); }),
+            u"Property \"RightMargin\": \"=4\" is not an integer");
+  EXPECT_EQ(mvtest::ThrownMessage<EmvQueryBuilderError>([&] { t.SetAssignment(b, u"RightMargin"); }),
+            u"\"RightMargin\" gives no value; write NAME=VALUE");
   EXPECT_EQ(b.RightMargin(), 40);
 }
 
@@ -488,6 +481,41 @@ TEST(FormatOptions, AssignCopiesEveryFormatOptionIntoTheSameObjects) {
   EXPECT_EQ(&target.FromClauseFormat().JoinConditionFormat(), join);
   // A format of another class is refused.
   EXPECT_THROW(target.Assign(&from), EConvertError);
+}
+
+TEST(FormatOptions, BuilderAssignCopiesAllButTheKeywordModesAndEvents) {
+  TSQLBuilderPiped source;
+  const TmvPropertyTable& t = source.PropertyTable();
+  for (const TmvPropertyLeaf& leaf : t.Leaves())
+    t.SetText(source, leaf.Path, OtherValue(*leaf.Entry, t.GetText(source, leaf.Path)));
+  source.OnBeginBuildSQLForNode = [](TSQLBuilder*, TastNode*) {};
+  TSQLBuilderPiped target;
+  const TSQLBuilderSelectFormat* mainFormat = &target.MainQueryFormat();
+  int updates = 0;
+  target.GetOnUpdated().AddHandler(TmvHandlerId::Unique(), [&updates](TmvObject*) { ++updates; });
+  std::map<WideString, WideString> expected = AllValues(source, t);
+  const std::map<WideString, WideString> defaults = AllValues(target, t);
+  for (const char16_t* mode :
+       {u"OuterKeywordInLinks", u"InnerKeywordInLinks", u"AsKeywordInExpressionAlias", u"AsKeywordInObjectAlias"})
+    expected[mode] = defaults.at(mode);
+  target.Assign(source);
+  EXPECT_EQ(AllValues(target, t), expected);
+  EXPECT_EQ(updates, 1);  // one batch
+  // The owned format stays the same object; its values were copied into it.
+  EXPECT_EQ(&target.MainQueryFormat(), mainFormat);
+  EXPECT_FALSE(target.OnBeginBuildSQLForNode);
+
+  // A base builder takes the common settings, not the piped flags.
+  TSQLBuilder base;
+  base.Assign(source);
+  EXPECT_EQ(base.RightMargin(), source.RightMargin());
+  TSQLBuilderPiped fromBase;
+  fromBase.Assign(base);
+  EXPECT_FALSE(fromBase.DynamicIndents());
+  // Any other class falls to the inherited Assign, which refuses.
+  TSQLBuilderSelectFormat format;
+  EXPECT_THROW(base.Assign(&format), EConvertError);
+  EXPECT_THROW(format.Assign(&base), EConvertError);
 }
 
 TEST(FormatOptions, DescribeWritesEveryOptionByName) {

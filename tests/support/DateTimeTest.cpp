@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "Thrown.h"
 #include "support/Exceptions.h"
 #include "support/FormatSettings.h"
 
@@ -127,12 +128,8 @@ TEST(FormatSettings, FloatsWithTheGivenDecimalSeparator) {
   EXPECT_EQ(v, 1.25);
   EXPECT_FALSE(TryStrToFloat(u"1.25", v, comma));
   EXPECT_EQ(StrToFloat(u"2,5", comma), 2.5);
-  try {
-    StrToFloat(u"abc", comma);
-    FAIL() << "no exception";
-  } catch (const EConvertError& e) {
-    EXPECT_EQ(e.Message(), u"'abc' is not a valid floating point value");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage<EConvertError>([&] { StrToFloat(u"abc", comma); }),
+            u"'abc' is not a valid floating point value");
   EXPECT_FALSE(TryStrToFloat(u"1e999", v));  // out of range
 }
 

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <unistd.h>
 
 #include <regex>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "RunTool.h"
+#include "Thrown.h"
 #include "support/Exceptions.h"
 #include "support/LogHelper.h"
 #include "support/Loggers.h"
@@ -272,12 +272,10 @@ TEST(Loggers, FileLoggerReplacesAnExistingFileAndWritesTheHeaderFirst) {
 }
 
 TEST(Loggers, FileLoggerThatCannotCreateItsFileRaises) {
-  try {
-    TmvFileLogger logger("/nonexistent-folder/x.log");
-    FAIL() << "no exception";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_NE(e.Message().find(u"/nonexistent-folder/x.log"), WideString::npos);
-  }
+  EXPECT_NE(mvtest::ThrownMessage<EmvQueryBuilderError>([&] {
+              TmvFileLogger logger("/nonexistent-folder/x.log");
+            }).find(u"/nonexistent-folder/x.log"),
+            WideString::npos);
 }
 
 TEST(Loggers, EntriesAreFlushedAsTheyAreWritten) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "RunTool.h"
+#include "Thrown.h"
 #include "support/Exceptions.h"
 
 using namespace mv;
@@ -16,12 +17,10 @@ TEST(TextFile, DecodesByByteOrderMark) {
 }
 
 TEST(TextFile, MissingFileNamesTheFile) {
-  try {
-    ReadTextFile("/nonexistent/dir/query.sql");
-    FAIL() << "no exception";
-  } catch (const EmvQueryBuilderError& e) {
-    EXPECT_NE(UTF8Encode(e.Message()).find("/nonexistent/dir/query.sql"), std::string::npos);
-  }
+  EXPECT_NE(mvtest::ThrownMessage<EmvQueryBuilderError>([&] {
+              ReadTextFile("/nonexistent/dir/query.sql");
+            }).find(u"/nonexistent/dir/query.sql"),
+            WideString::npos);
 }
 
 TEST(TextFile, ReadsFileContents) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Thrown.h"
+
 using namespace mv;
 
 namespace {
@@ -263,16 +265,6 @@ TEST(UpdatablePersistent, DestroyingListenerCanDetachItsHandlers) {
 
 TEST(Persistent, AssignOfAnUnknownClassRaises) {
   Node a("a"), b("b");
-  try {
-    a.Assign(&b);
-    FAIL() << "no exception";
-  } catch (const EConvertError& e) {
-    EXPECT_EQ(e.Message(), u"Cannot assign a Node to a Node");
-  }
-  try {
-    a.Assign(nullptr);
-    FAIL() << "no exception";
-  } catch (const EConvertError& e) {
-    EXPECT_EQ(e.Message(), u"Cannot assign a nil to a Node");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage<EConvertError>([&] { a.Assign(&b); }), u"Cannot assign a Node to a Node");
+  EXPECT_EQ(mvtest::ThrownMessage<EConvertError>([&] { a.Assign(nullptr); }), u"Cannot assign a nil to a Node");
 }

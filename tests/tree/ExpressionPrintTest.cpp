@@ -9,18 +9,8 @@ using namespace mv::test;
 
 namespace {
 
-class ExpressionPrint : public ::testing::Test {
+class ExpressionPrint : public TreeTest {
  protected:
-  ExpressionPrint() { context.SetSyntaxProvider(&provider); }
-  ~ExpressionPrint() override { context.SetSyntaxProvider(nullptr); }
-
-  TmvBaseSQLContext* c() { return &context; }
-
-  template <class T>
-  TmvOwned<T> Make() {
-    return TastCreate<T>(&context);
-  }
-
   // Expression [op] with an operator child.
   template <class T>
   TmvOwned<T> WithOperator(Expr operand, WideStringView op) {
@@ -45,16 +35,7 @@ class ExpressionPrint : public ::testing::Test {
 
   // Select <column> From <table>, a one-member sub-select.
   TmvOwned<TSQLSubSelectStatement> SubSelect(const char16_t* column, const char16_t* table) {
-    auto select = Make<TSQLSubQuerySelectExpression>();
-    select->SelectItems.Set(Make<TSQLSelectItems>());
-    auto item = Make<TSQLSelectItemExpression>();
-    item->Expression.Set(Col(&context, {column}));
-    select->SelectItems->Add(std::move(item));
-    select->FromClause.Set(Make<TSQLFromClause>());
-    select->FromClause->Add(FromObject(&context, {table}));
-    auto statement = Make<TSQLSubSelectStatement>();
-    statement->Add(std::move(select));
-    return statement;
+    return Select(&context).Items({column}).From(table).SubSelect();
   }
 
   template <class T>
@@ -64,9 +45,6 @@ class ExpressionPrint : public ::testing::Test {
     node->Negated = negated;
     return node;
   }
-
-  TTestSyntaxProvider provider;
-  TmvBaseSQLContext context;
 };
 
 }  // namespace

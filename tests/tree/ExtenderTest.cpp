@@ -4,6 +4,7 @@
 
 #include "TestNodes.h"
 #include "TestProvider.h"
+#include "Thrown.h"
 #include "TreeTestUtil.h"
 #include "support/Exceptions.h"
 #include "tree/NodeRegistry.h"
@@ -40,12 +41,9 @@ TEST_F(ExtenderTest, TableFindsTheExactClassOrTheClosestAncestor) {
   EXPECT_EQ(provider.FindExtenderClass(TSQLExpressionColumn::StaticClass(), false), nullptr);
   EXPECT_EQ(provider.FindExtenderClass(TastTokenKeyword::StaticClass(), true), nullptr);
   // A second pairing for the same node class is refused with the class named.
-  try {
-    provider.RegisterExtender(TSQLExpressionNot::StaticClass(), TTestExtenderB::StaticClass());
-    FAIL() << "no exception";
-  } catch (const Exception& e) {
-    EXPECT_EQ(e.Message(), u"Extender for \"TSQLExpressionNot\" already registered!");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage(
+                [&] { provider.RegisterExtender(TSQLExpressionNot::StaticClass(), TTestExtenderB::StaticClass()); }),
+            u"Extender for \"TSQLExpressionNot\" already registered!");
   provider.UnregisterExtender(TSQLExpressionNot::StaticClass());
   EXPECT_EQ(provider.FindExtenderClass(TSQLExpressionNot::StaticClass(), true), &TTestExtenderB::StaticClass());
 }

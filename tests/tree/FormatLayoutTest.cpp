@@ -14,13 +14,8 @@ using namespace mv::test;
 
 namespace {
 
-class FormatLayout : public ::testing::Test {
+class FormatLayout : public TreeTest {
  protected:
-  FormatLayout() { context.SetSyntaxProvider(&provider); }
-  ~FormatLayout() override { context.SetSyntaxProvider(nullptr); }
-
-  TmvBaseSQLContext* c() { return &context; }
-
   // The text of a node through a piped builder with `settings` applied
   // ("Name=Value", property names).
   WideString Layout(TastNode* node, std::initializer_list<const char16_t*> settings = {}) {
@@ -29,89 +24,9 @@ class FormatLayout : public ::testing::Test {
     return node->SimpleSQL(builder);
   }
 
-  Expr Eq(Expr a, Expr b) { return Bin(std::move(a), u"=", std::move(b)); }
-  Expr Eq(const char16_t* column, const char16_t* value) { return Eq(Col(c(), {column}), Num(c(), value)); }
+  using TreeTest::Eq;
   Expr Eq(const char16_t* a1, const char16_t* a2, const char16_t* b1, const char16_t* b2) {
     return Eq(Col(c(), {a1, a2}), Col(c(), {b1, b2}));
-  }
-
-  // A select expression composed clause by clause.
-  struct Select {
-    TmvBaseSQLContext* c;
-    TmvOwned<TSQLSubQuerySelectExpression> s;
-
-    explicit Select(TmvBaseSQLContext* context) : c(context), s(TastCreate<TSQLSubQuerySelectExpression>(context)) {
-      s->SelectItems.Set(TastCreate<TSQLSelectItems>(c));
-    }
-    Select& Item(Expr e) {
-      auto item = TastCreate<TSQLSelectItemExpression>(c);
-      item->Expression.Set(std::move(e));
-      s->SelectItems->Add(std::move(item));
-      return *this;
-    }
-    Select& Items(std::initializer_list<const char16_t*> columns) {
-      for (const char16_t* column : columns) Item(Col(c, {column}));
-      return *this;
-    }
-    Select& Star() {
-      s->SelectItems->Add(TastCreate<TSQLSelectItemAllColumns>(c));
-      return *this;
-    }
-    Select& From(TmvOwned<TSQLFromSource> source) {
-      if (!s->FromClause) s->FromClause.Set(TastCreate<TSQLFromClause>(c));
-      s->FromClause->Add(std::move(source));
-      return *this;
-    }
-    Select& From(const char16_t* table, const char16_t* alias = nullptr) { return From(FromObject(c, {table}, alias)); }
-    Select& Join(TmvOwned<TSQLJoinKind> kind, TmvOwned<TSQLFromSource> source, Expr on) {
-      source->JoinKind.Set(std::move(kind));
-      source->JoinExpression.Set(std::move(on));
-      return From(std::move(source));
-    }
-    Select& Where(Expr e) {
-      s->Where.Set(std::move(e));
-      return *this;
-    }
-    Select& GroupBy(std::initializer_list<const char16_t*> columns) {
-      s->GroupBy.Set(TastCreate<TSQLGroupByList>(c));
-      for (const char16_t* column : columns) s->GroupBy->Add(Col(c, {column}));
-      return *this;
-    }
-    Select& Having(Expr e) {
-      s->Having.Set(std::move(e));
-      return *this;
-    }
-    Select& OrderBy(std::initializer_list<std::pair<const char16_t*, bool>> items) {
-      s->OrderBy.Set(OrderByClause(c, items));
-      return *this;
-    }
-    TmvOwned<TSQLSelectStatement> Statement() {
-      auto statement = TastCreate<TSQLSelectStatement>(c);
-      statement->Add(std::move(s));
-      return statement;
-    }
-    TmvOwned<TSQLSubSelectStatement> SubSelect() {
-      auto statement = TastCreate<TSQLSubSelectStatement>(c);
-      statement->Add(std::move(s));
-      return statement;
-    }
-  };
-
-  static TmvOwned<TSQLOrderByClause> OrderByClause(TmvBaseSQLContext* c,
-                                                   std::initializer_list<std::pair<const char16_t*, bool>> items) {
-    auto clause = TastCreate<TSQLOrderByClause>(c);
-    for (auto [column, descending] : items) {
-      auto item = TastCreate<TSQLOrderByItem>(c);
-      item->Expression.Set(Col(c, {column}));
-      item->Descending = descending;
-      clause->Add(std::move(item));
-    }
-    return clause;
-  }
-
-  template <class T>
-  TmvOwned<T> Make() {
-    return TastCreate<T>(&context);
   }
 
   Expr CountStar() {
@@ -157,8 +72,6 @@ class FormatLayout : public ::testing::Test {
     return Select(c()).Star().From(u"t").Where(std::move(condition)).Statement();
   }
 
-  TTestSyntaxProvider provider;
-  TmvBaseSQLContext context;
 };
 
 }  // namespace

@@ -10,15 +10,8 @@ using namespace mv::test;
 
 namespace {
 
-class Logical : public ::testing::Test {
+class Logical : public TreeTest {
  protected:
-  Logical() { context.SetSyntaxProvider(&provider); }
-  ~Logical() override { context.SetSyntaxProvider(nullptr); }
-
-  TmvBaseSQLContext* c() { return &context; }
-  // a = 1 and the like.
-  Expr Eq(const char16_t* column, const char16_t* value) { return Bin(Col(c(), {column}), u"=", Num(c(), value)); }
-
   WideString Where(TSQLExpressionItem* e) { return Cosmetic(e, piped, format); }
   Expr IsNull(Expr operand) {
     auto node = TastCreate<TSQLExpressionIsNull>(c());
@@ -26,8 +19,6 @@ class Logical : public ::testing::Test {
     return node;
   }
 
-  TTestSyntaxProvider provider;
-  TmvBaseSQLContext context;
   TSQLBuilderPiped piped;
   TSQLBuilderConditionFormat format;
 };

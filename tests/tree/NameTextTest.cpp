@@ -2,6 +2,8 @@
 // context's name entries, so that the dialect's quotes are understood.
 #include <gtest/gtest.h>
 
+#include "SQL92Context.h"
+#include "Thrown.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "support/Exceptions.h"
@@ -10,17 +12,7 @@
 
 using namespace mv;
 
-namespace {
-
-class NameTextTest : public ::testing::Test {
- protected:
-  NameTextTest() { context.SetSyntaxProvider(&provider); }
-  ~NameTextTest() override { context.SetSyntaxProvider(nullptr); }
-  TmvSQL92SyntaxProvider provider;
-  TmvBaseSQLContext context;
-};
-
-}  // namespace
+using NameTextTest = mvtest::SQL92ContextTest;
 
 TEST_F(NameTextTest, AnIdentifierFromSQLText) {
   auto plain = TastCreate<TastTokenIdentifier>(&context, WideStringView(u"abc"));
@@ -64,12 +56,8 @@ TEST_F(NameTextTest, SetQualifiedName) {
   name->SetQualifiedName(u"Order Details");  // taken quoted
   ASSERT_EQ(name->GetCount(), 1);
   EXPECT_EQ(name->GetQualifiedName(), u"\"Order Details\"");
-  try {
-    name->SetQualifiedName(u"a\"b");  // not even in quotes a name
-    FAIL() << "no exception";
-  } catch (const Exception& e) {
-    EXPECT_EQ(e.Message(), u"Invalid object name");
-  }
+  // Not even in quotes a name.
+  EXPECT_EQ(mvtest::ThrownMessage([&] { name->SetQualifiedName(u"a\"b"); }), u"Invalid object name");
   EXPECT_EQ(name->GetQualifiedName(), u"\"Order Details\"");  // unchanged after a failure
   name->SetQualifiedName(u"");
   EXPECT_EQ(name->GetCount(), 0);

@@ -1,10 +1,12 @@
-// Whole statements printed through the piped builder with the default
-// formats, and through the one-line builder; clauses, unions, the FROM tree,
-// optional keywords, row limits and sub-query proxies.
+// Statements and clauses printed through the one-line builder and the piped
+// one: the FROM tree and its brackets, optional keywords, select item forms,
+// unions, clause forms, row limits and sub-query proxies. Whole layouts
+// under the format options are FormatLayoutTest's.
 #include <gtest/gtest.h>
 
 #include "TestNodes.h"
 #include "TestProvider.h"
+#include "Thrown.h"
 #include "TreeTestUtil.h"
 #include "support/Exceptions.h"
 #include "tree/RowLimits.h"
@@ -14,119 +16,28 @@ using namespace mv::test;
 
 namespace {
 
-class SelectPrint : public ::testing::Test {
+class SelectPrint : public TreeTest {
  protected:
-  SelectPrint() {
-    provider.innerMandatory = true;
-    context.SetSyntaxProvider(&provider);
-  }
-  ~SelectPrint() override { context.SetSyntaxProvider(nullptr); }
-
-  TmvBaseSQLContext* c() { return &context; }
-  Expr Eq(Expr a, Expr b) { return Bin(std::move(a), u"=", std::move(b)); }
-  Expr Eq(const char16_t* column, const char16_t* value) { return Bin(Col(c(), {column}), u"=", Num(c(), value)); }
-
-  // A select expression composed clause by clause.
-  struct Select {
-    TmvBaseSQLContext* c;
-    TmvOwned<TSQLSubQuerySelectExpression> s;
-
-    explicit Select(TmvBaseSQLContext* context) : c(context), s(TastCreate<TSQLSubQuerySelectExpression>(context)) {
-      s->SelectItems.Set(TastCreate<TSQLSelectItems>(c));
-    }
-    Select& Item(Expr e, const char16_t* alias = nullptr, bool asKeyword = false) {
-      auto item = TastCreate<TSQLSelectItemExpression>(c);
-      item->Expression.Set(std::move(e));
-      if (alias) {
-        auto a = TastCreate<TSQLAliasExpressionAlias>(c);
-        a->Name.Set(Id(c, alias));
-        a->AsKeyword = asKeyword;
-        item->Alias.Set(std::move(a));
-      }
-      s->SelectItems->Add(std::move(item));
-      return *this;
-    }
-    Select& Star() {
-      s->SelectItems->Add(TastCreate<TSQLSelectItemAllColumns>(c));
-      return *this;
-    }
-    Select& From(TmvOwned<TSQLFromSource> source) {
-      if (!s->FromClause) s->FromClause.Set(TastCreate<TSQLFromClause>(c));
-      s->FromClause->Add(std::move(source));
-      return *this;
-    }
-    Select& Join(TmvOwned<TSQLJoinKind> kind, TmvOwned<TSQLFromSource> source, Expr on) {
-      source->JoinKind.Set(std::move(kind));
-      source->JoinExpression.Set(std::move(on));
-      return From(std::move(source));
-    }
-    Select& Where(Expr e) {
-      s->Where.Set(std::move(e));
-      return *this;
-    }
-    TmvOwned<TSQLSelectStatement> Statement() {
-      auto statement = TastCreate<TSQLSelectStatement>(c);
-      statement->Add(std::move(s));
-      return statement;
-    }
-  };
-
-  TmvOwned<TSQLOrderByClause> OrderBy(std::initializer_list<std::pair<const char16_t*, bool>> items) {
-    auto clause = TastCreate<TSQLOrderByClause>(c());
-    for (auto [column, descending] : items) {
-      auto item = TastCreate<TSQLOrderByItem>(c());
-      item->Expression.Set(Col(c(), {column}));
-      item->Descending = descending;
-      clause->Add(std::move(item));
-    }
-    return clause;
-  }
-
-  template <class T>
-  TmvOwned<T> Make() {
-    return TastCreate<T>(&context);
-  }
+  SelectPrint() { provider.innerMandatory = true; }
 
   WideString Piped(TastNode* node) { return Print(node, piped); }
 
-  TTestSyntaxProvider provider;
-  TmvBaseSQLContext context;
   TSQLBuilderPiped piped;
 };
 
 }  // namespace
 
-TEST_F(SelectPrint, MainPartsStartOnTheirOwnLines) {
-  auto s = Select(c()).Item(Col(c(), {u"a"})).Item(Col(c(), {u"b"})).From(FromObject(c(), {u"t"}))
-               .Where(Or(c(), Eq(u"x", u"1"), Eq(u"y", u"2"))).Statement();
-  EXPECT_EQ(Piped(s.get()), u"Select a,\r\n  b\r\nFrom t\r\nWhere x = 1 Or\r\n  y = 2");
-  EXPECT_EQ(Fast(s), u"Select a, b From t Where x = 1 Or y = 2");
-}
-
-TEST_F(SelectPrint, AndGroupInWhere) {
+TEST_F(SelectPrint, TheContextsExpressionBuilderLeavesAndGroupsBare) {
   auto s = Select(c()).Star().From(FromObject(c(), {u"t"}))
                .Where(Or(c(), And(c(), Eq(u"a", u"1"), Eq(u"b", u"2")), Eq(u"c", u"3"))).Statement();
-  EXPECT_EQ(Piped(s.get()), u"Select *\r\nFrom t\r\nWhere (a = 1 And b = 2) Or\r\n  c = 3");
-  // The context's expression builder leaves And groups without brackets.
   EXPECT_EQ(s->SimpleSQL(context.SQLBuilderExpression()), u"Select * From t Where a = 1 And b = 2 Or c = 3");
 }
 
-TEST_F(SelectPrint, JoinsStandInFrontOfTheirSourceAndConditionsAfterIt) {
-  auto s = Select(c()).Star().From(FromObject(c(), {u"a"}))
-               .Join(Make<TSQLJoinKindInner>(), FromObject(c(), {u"b"}), Eq(Col(c(), {u"a", u"x"}), Col(c(), {u"b", u"x"})))
-               .Statement();
-  EXPECT_EQ(Piped(s.get()), u"Select *\r\nFrom a\r\n  Inner Join b On a.x = b.x");
-  // Commas: a line break after the comma by default, none before it.
-  auto commas = Select(c()).Star().From(FromObject(c(), {u"a"})).From(FromObject(c(), {u"b"}, u"x")).Statement();
-  EXPECT_EQ(Piped(commas.get()), u"Select *\r\nFrom a,\r\n  b x");
-  piped.MainQueryFormat().FromClauseFormat().SetNewLineBeforeComma(true);
-  EXPECT_EQ(Piped(commas.get()), u"Select *\r\nFrom a\r\n  , b x");
-  piped.MainQueryFormat().FromClauseFormat().SetNewLineBeforeComma(false);
-  piped.MainQueryFormat().FromClauseFormat().SetNewLineAfterDatasource(false);
-  EXPECT_EQ(Piped(commas.get()), u"Select *\r\nFrom a, b x");
-  piped.MainQueryFormat().FromClauseFormat().SetNewLineAfterJoin(true);
-  piped.MainQueryFormat().FromClauseFormat().SetNewLineBeforeJoinExpression(true);
-  EXPECT_EQ(Piped(s.get()), u"Select *\r\nFrom a Inner Join\r\n  b\r\n    On a.x = b.x");
+TEST_F(SelectPrint, TheBaseBuilderLaysOutAStatementLikeThePipedOne) {
+  auto s = Select(c()).Items({u"a", u"b"}).From(u"t").Statement();
+  TSQLBuilder plain;
+  plain.SetKeywordFormat(akfUpperCase);
+  EXPECT_EQ(Print(s, plain), u"SELECT a,\r\n  b\r\nFROM t");
 }
 
 TEST_F(SelectPrint, GroupsOfSourcesNestInBrackets) {
@@ -235,54 +146,32 @@ TEST_F(SelectPrint, UnionsPrintTheOperatorsBetweenMembers) {
   // A statement of one member prints no operator; its order by follows the union.
   auto single = Select(c()).Item(Col(c(), {u"a"})).From(FromObject(c(), {u"t"})).Statement();
   single->GetItems(0)->UnionOperator = u"Intersect";
-  single->OrderBy.Set(OrderBy({{u"a", true}, {u"b", false}}));
+  single->OrderBy.Set(OrderByClause(c(), {{u"a", true}, {u"b", false}}));
   EXPECT_EQ(Piped(single.get()), u"Select a\r\nFrom t\r\nOrder By a Desc,\r\n  b");
   EXPECT_EQ(Make<TSQLSelectStatement>()->FirstUnionSubQuery(), nullptr);
 }
 
-TEST_F(SelectPrint, ClausesOfASelect) {
-  Select builder(c());
-  builder.Item(Col(c(), {u"a"})).From(FromObject(c(), {u"t"}));
-  auto count = Make<TSQLExpressionAggregate>();
-  count->Name.Set(Name(c(), {u"Count"}));
-  builder.Item(std::move(count));
-  builder.s->GroupBy.Set(Make<TSQLGroupByList>());
-  builder.s->GroupBy->Add(Col(c(), {u"a"}));
-  auto having = Make<TSQLExpressionAggregate>();
-  having->Name.Set(Name(c(), {u"Count"}));
-  builder.s->Having.Set(Bin(std::move(having), u">", Num(c(), u"1")));
-  builder.s->Window.Set(Make<TSQLWindowClause>());
-  auto window = Make<TSQLWindowItem>();
-  window->Name.Set(Id(c(), u"w"));
-  auto definition = Make<TastNodeWithList>();
-  definition->Keyword(u"Partition").Space().Keyword(u"By").Space().Identifier(u"a");
-  window->Specification.Set(std::move(definition));
-  builder.s->Window->Add(std::move(window));
-  builder.s->OrderBy.Set(OrderBy({{u"a", false}}));
-  builder.s->ResultOffset.Set(Make<TSQLResultOffsetClause>());
-  builder.s->ResultOffset->Offset.Set(Num(c(), u"5"));
-  builder.s->FetchFirst.Set(Make<TSQLFetchFirstClause>());
-  auto s = builder.Statement();
-  EXPECT_EQ(Piped(s.get()),
-            u"Select a,\r\n  Count(*)\r\nFrom t\r\nGroup By a\r\nHaving Count(*) > 1\r\nWindow w As (Partition By a)\r\n"
-            u"Order By a\r\nOffset 5 Rows\r\nFetch First Row Only");
-  auto* select = static_cast<TSQLSubQuerySelectExpression*>(s->GetItems(0));
-  select->FetchFirst->Count.Set(Num(c(), u"10"));
-  select->FetchFirst->Percent = true;
-  select->FetchFirst->WithTies = true;
-  EXPECT_EQ(Fast(select->FetchFirst), u"Fetch First 10 Percent Rows With Ties");
-  select->FetchFirst->WithTies = false;
-  select->FetchFirst->Percent = false;
-  EXPECT_EQ(Fast(select->FetchFirst), u"Fetch First 10 Rows Only");
+TEST_F(SelectPrint, ClauseForms) {
+  auto fetch = Make<TSQLFetchFirstClause>();
+  EXPECT_EQ(Fast(fetch), u"Fetch First Row Only");
+  fetch->Count.Set(Num(c(), u"10"));
+  fetch->Percent = true;
+  fetch->WithTies = true;
+  EXPECT_EQ(Fast(fetch), u"Fetch First 10 Percent Rows With Ties");
+  fetch->WithTies = false;
+  fetch->Percent = false;
+  EXPECT_EQ(Fast(fetch), u"Fetch First 10 Rows Only");
   // Group by forms.
-  select->GroupBy->Add(Col(c(), {u"b"}));
-  select->GroupBy->GroupingKind = 2;
-  EXPECT_EQ(Fast(select->GroupBy), u"Rollup(a, b)");
-  select->GroupBy->GroupingKind = 1;
-  select->GroupBy->Star = true;
-  EXPECT_EQ(Fast(select->GroupBy), u"Cube(*)");
+  auto groupBy = Make<TSQLGroupByList>();
+  groupBy->Add(Col(c(), {u"a"}));
+  groupBy->Add(Col(c(), {u"b"}));
+  groupBy->GroupingKind = 2;
+  EXPECT_EQ(Fast(groupBy), u"Rollup(a, b)");
+  groupBy->GroupingKind = 1;
+  groupBy->Star = true;
+  EXPECT_EQ(Fast(groupBy), u"Cube(*)");
   // Order by with Siblings, nulls ordering and collation.
-  auto order = OrderBy({{u"a", true}});
+  auto order = OrderByClause(c(), {{u"a", true}});
   order->Siblings = true;
   auto* item = static_cast<TSQLOrderByItem*>(order->GetItems(0));
   item->NullOrdering = 2;
@@ -297,28 +186,8 @@ TEST_F(SelectPrint, ClausesOfASelect) {
   EXPECT_EQ(fast.GetResult(), u"Order Siblings By a Desc Nulls Last Collate nocase");
 }
 
-TEST_F(SelectPrint, FormatSettingsShapeTheStatement) {
-  auto s = Select(c()).Item(Col(c(), {u"a"})).Item(Col(c(), {u"b"})).From(FromObject(c(), {u"t"})).Statement();
-  piped.MainQueryFormat().SetNewLineAfterPartKeywords(true);
-  EXPECT_EQ(Piped(s.get()), u"Select\r\n  a,\r\n  b\r\nFrom\r\n  t");
-  piped.MainQueryFormat().SetNewLineAfterPartKeywords(false);
-  piped.MainQueryFormat().SelectListFormat().SetNewLineAfterItem(false);
-  piped.MainQueryFormat().SetIndentGlobal(4);
-  EXPECT_EQ(Piped(s.get()), u"    Select a, b\r\n    From t");
-  piped.MainQueryFormat().SetIndentGlobal(0);
-  piped.MainQueryFormat().SelectListFormat().SetNewLineBeforeComma(true);
-  EXPECT_EQ(Piped(s.get()), u"Select a\r\n  , b\r\nFrom t");
-  piped.MainQueryFormat().SetMainPartsFromNewLine(false);
-  piped.MainQueryFormat().SelectListFormat().SetNewLineBeforeComma(false);
-  EXPECT_EQ(Piped(s.get()), u"Select a, b From t");
-  TSQLBuilder plain;
-  plain.SetKeywordFormat(akfUpperCase);
-  EXPECT_EQ(Print(s, plain), u"SELECT a,\r\n  b\r\nFROM t");
-}
-
-TEST_F(SelectPrint, SubQueriesTakeTheirFormats) {
-  auto inner = Make<TSQLSubSelectStatement>();
-  inner->Add(std::move(Select(c()).Item(Col(c(), {u"a"})).Item(Col(c(), {u"b"})).From(FromObject(c(), {u"t"})).s));
+TEST_F(SelectPrint, DerivedTableColumnNamesAndSubQueryFormats) {
+  auto inner = Select(c()).Items({u"a", u"b"}).From(u"t").SubSelect();
   auto derived = Make<TSQLFromQuery>();
   derived->SubQuery.Set(inner->CloneAs<TSQLSubSelectStatement>());
   auto alias = Make<TSQLAliasObjectAlias>();
@@ -338,12 +207,9 @@ TEST_F(SelectPrint, SubQueriesTakeTheirFormats) {
   // the parts stay on the line (the select list still breaks).
   EXPECT_EQ(Piped(s.get()),
             u"Select *\r\nFrom (Select a,\r\n    b\r\n  From t) x(p, q)\r\nWhere x.p In (Select a,\r\n    b From t)");
-  piped.FromSubQueryFormat().SetIndentGlobal(2);
-  EXPECT_EQ(Piped(s.get()),
-            u"Select *\r\nFrom (Select a,\r\n      b\r\n    From t) x(p, q)\r\nWhere x.p In (Select a,\r\n    b From t)");
 }
 
-TEST_F(SelectPrint, WithClauseAndItsItems) {
+TEST_F(SelectPrint, RecursiveWithClause) {
   auto statement = Make<TSQLSelectStatement>();
   statement->With.Set(Make<TSQLWithClause>());
   for (const char16_t* name : {u"c", u"d"}) {
@@ -351,14 +217,10 @@ TEST_F(SelectPrint, WithClauseAndItsItems) {
     item->Name.Set(Id(c(), name));
     item->ColumnNames.Set(Make<TastNodeWithList>());
     item->ColumnNames->Add(Id(c(), u"n"));
-    auto query = Make<TSQLSubSelectStatement>();
-    query->Add(std::move(Select(c()).Item(Num(c(), u"1")).From(FromObject(c(), {u"t"})).s));
-    item->Query.Set(std::move(query));
+    item->Query.Set(Select(c()).Item(Num(c(), u"1")).From(u"t").SubSelect());
     statement->With->Add(std::move(item));
   }
-  statement->Add(std::move(Select(c()).Item(Col(c(), {u"n"})).From(FromObject(c(), {u"c"})).s));
-  EXPECT_EQ(Piped(statement.get()),
-            u"With c(n) As (Select 1\r\n    From t),\r\n  d(n) As (Select 1\r\n    From t)\r\nSelect n\r\nFrom c");
+  statement->Add(std::move(Select(c()).Items({u"n"}).From(u"c").s));
   statement->With->Modifier.Set(TastCreate<TastTokenKeyword>(c(), u"Recursive"));
   EXPECT_EQ(Fast(statement), u"With Recursive c(n) As (Select 1 From t), d(n) As (Select 1 From t) Select n From c");
 }
@@ -490,18 +352,10 @@ TEST_F(SelectPrint, ProxiesStandInForSubSelects) {
   TastNodeBaseList children;
   proxy->GetMyChildren(children);
   EXPECT_TRUE(children.empty());
-  try {
-    proxy->Add(Make<TSQLSubQuerySelectExpression>());
-    FAIL() << "no exception";
-  } catch (const Exception& e) {
-    EXPECT_EQ(e.Message(), u"Add can't be called with TSQLSubSelectStatementProxy");
-  }
-  try {
-    proxy->Assign(*Make<TSQLSubSelectStatement>());
-    FAIL() << "no exception";
-  } catch (const Exception& e) {
-    EXPECT_EQ(e.Message(), u"Assign can't be called with TSQLSubSelectStatementProxy");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage([&] { proxy->Add(Make<TSQLSubQuerySelectExpression>()); }),
+            u"Add can't be called with TSQLSubSelectStatementProxy");
+  EXPECT_EQ(mvtest::ThrownMessage([&] { proxy->Assign(*Make<TSQLSubSelectStatement>()); }),
+            u"Assign can't be called with TSQLSubSelectStatementProxy");
   // ...and its clone is a real statement.
   auto copy = proxy->Clone();
   EXPECT_EQ(std::string(copy->ClassName()), "TSQLSubSelectStatement");

@@ -15,11 +15,8 @@ using namespace mv::test;
 
 namespace {
 
-class NamesTest : public ::testing::Test {
+class NamesTest : public TreeTest {
  protected:
-  NamesTest() { context.SetSyntaxProvider(&provider); }
-  ~NamesTest() override { context.SetSyntaxProvider(nullptr); }
-
   // The identifier printed by a one-line builder in that quoting mode.
   WideString Quote(const char16_t* text, bool quoted, TmvIdentQuotation mode) {
     auto id = Id(&context, text, quoted);
@@ -27,9 +24,6 @@ class NamesTest : public ::testing::Test {
     builder.SetQuoteIdentifiers(mode);
     return Print(id, builder);
   }
-
-  TTestSyntaxProvider provider;
-  TmvBaseSQLContext context;
 };
 
 }  // namespace
@@ -176,8 +170,10 @@ TEST_F(NamesTest, ComparisonUnderTheCaseRules) {
   provider.SetIdentCaseSens(icsSensitiveUpperCase);
   EXPECT_FALSE(context.IsIdentifiersEqual(quoted.get(), bare.get()));
   EXPECT_TRUE(context.IsIdentifiersEqual(Id(&context, u"A", true).get(), bare.get()));
+  EXPECT_TRUE(context.IsIdentifiersEqual(bare.get(), Id(&context, u"A").get()));
   provider.SetIdentCaseSens(icsSensitiveLowerCase);
   EXPECT_TRUE(context.IsIdentifiersEqual(quoted.get(), Id(&context, u"A").get()));
+  EXPECT_FALSE(context.IsIdentifiersEqual(Id(&context, u"A", true).get(), Id(&context, u"A").get()));
   // Other tokens compare without regard to case.
   auto keyword = TastCreate<TastTokenKeyword>(&context, u"COUNT");
   auto builtin = TastCreate<TastTokenBuiltin>(&context, u"Count");

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <utility>
 
+#include "TestProvider.h"
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilderPiped.h"
 #include "tree/Expressions.h"
@@ -110,6 +112,107 @@ inline TmvOwned<TSQLFromObject> FromObject(TmvBaseSQLContext* c, std::initialize
   }
   return source;
 }
+
+// An order by clause of columns, each with its descending flag.
+inline TmvOwned<TSQLOrderByClause> OrderByClause(TmvBaseSQLContext* c,
+                                                 std::initializer_list<std::pair<const char16_t*, bool>> items) {
+  auto clause = TastCreate<TSQLOrderByClause>(c);
+  for (auto [column, descending] : items) {
+    auto item = TastCreate<TSQLOrderByItem>(c);
+    item->Expression.Set(Col(c, {column}));
+    item->Descending = descending;
+    clause->Add(std::move(item));
+  }
+  return clause;
+}
+
+// A select expression composed clause by clause:
+//   Select(c).Items({u"a"}).From(u"t").Where(...).Statement()
+struct Select {
+  TmvBaseSQLContext* c;
+  TmvOwned<TSQLSubQuerySelectExpression> s;
+
+  explicit Select(TmvBaseSQLContext* context) : c(context), s(TastCreate<TSQLSubQuerySelectExpression>(context)) {
+    s->SelectItems.Set(TastCreate<TSQLSelectItems>(c));
+  }
+  Select& Item(Expr e, const char16_t* alias = nullptr, bool asKeyword = false) {
+    auto item = TastCreate<TSQLSelectItemExpression>(c);
+    item->Expression.Set(std::move(e));
+    if (alias) {
+      auto a = TastCreate<TSQLAliasExpressionAlias>(c);
+      a->Name.Set(Id(c, alias));
+      a->AsKeyword = asKeyword;
+      item->Alias.Set(std::move(a));
+    }
+    s->SelectItems->Add(std::move(item));
+    return *this;
+  }
+  Select& Items(std::initializer_list<const char16_t*> columns) {
+    for (const char16_t* column : columns) Item(Col(c, {column}));
+    return *this;
+  }
+  Select& Star() {
+    s->SelectItems->Add(TastCreate<TSQLSelectItemAllColumns>(c));
+    return *this;
+  }
+  Select& From(TmvOwned<TSQLFromSource> source) {
+    if (!s->FromClause) s->FromClause.Set(TastCreate<TSQLFromClause>(c));
+    s->FromClause->Add(std::move(source));
+    return *this;
+  }
+  Select& From(const char16_t* table, const char16_t* alias = nullptr) { return From(FromObject(c, {table}, alias)); }
+  Select& Join(TmvOwned<TSQLJoinKind> kind, TmvOwned<TSQLFromSource> source, Expr on) {
+    source->JoinKind.Set(std::move(kind));
+    source->JoinExpression.Set(std::move(on));
+    return From(std::move(source));
+  }
+  Select& Where(Expr e) {
+    s->Where.Set(std::move(e));
+    return *this;
+  }
+  Select& GroupBy(std::initializer_list<const char16_t*> columns) {
+    s->GroupBy.Set(TastCreate<TSQLGroupByList>(c));
+    for (const char16_t* column : columns) s->GroupBy->Add(Col(c, {column}));
+    return *this;
+  }
+  Select& Having(Expr e) {
+    s->Having.Set(std::move(e));
+    return *this;
+  }
+  Select& OrderBy(std::initializer_list<std::pair<const char16_t*, bool>> items) {
+    s->OrderBy.Set(OrderByClause(c, items));
+    return *this;
+  }
+  TmvOwned<TSQLSelectStatement> Statement() {
+    auto statement = TastCreate<TSQLSelectStatement>(c);
+    statement->Add(std::move(s));
+    return statement;
+  }
+  TmvOwned<TSQLSubSelectStatement> SubSelect() {
+    auto statement = TastCreate<TSQLSubSelectStatement>(c);
+    statement->Add(std::move(s));
+    return statement;
+  }
+};
+
+// A context on a TTestSyntaxProvider whose answers a test may change.
+class TreeTest : public ::testing::Test {
+ protected:
+  TreeTest() { context.SetSyntaxProvider(&provider); }
+  ~TreeTest() override { context.SetSyntaxProvider(nullptr); }
+
+  TmvBaseSQLContext* c() { return &context; }
+  template <class T>
+  TmvOwned<T> Make() {
+    return TastCreate<T>(&context);
+  }
+  Expr Eq(Expr a, Expr b) { return Bin(std::move(a), u"=", std::move(b)); }
+  // column = number
+  Expr Eq(const char16_t* column, const char16_t* value) { return Eq(Col(c(), {column}), Num(c(), value)); }
+
+  TTestSyntaxProvider provider;
+  TmvBaseSQLContext context;
+};
 
 // The text of a node through a builder.
 inline WideString Print(TastNode* node, TSQLBuilder& builder) { return node->SimpleSQL(builder); }

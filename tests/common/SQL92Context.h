@@ -1,0 +1,23 @@
+// A SQL context on the SQL-92 dialect, the engine's registries filled: the
+// fixture of the tests that parse real SQL.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "dialects/EngineInit.h"
+#include "dialects/sql92/SQL92SyntaxProvider.h"
+#include "frontend/SQLContext.h"
+
+namespace mvtest {
+
+class SQL92ContextTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { mv::InitializeEngine(); }
+  SQL92ContextTest() { context.SetSyntaxProvider(&provider); }
+  ~SQL92ContextTest() override { context.SetSyntaxProvider(nullptr); }
+
+  mv::TmvSQL92SyntaxProvider provider;
+  mv::TmvBaseSQLContext context;
+};
+
+}  // namespace mvtest
