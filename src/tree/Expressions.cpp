@@ -82,7 +82,6 @@ void TSQLExpressionFunctionSubString::BuildSQLDirect(TSQLBuilder& builder, const
     Word(builder, u"For");
     builder.Space(3);
     third->BuildSQL(builder, format);
-    builder.Space(3);
   }
   Sym(builder, u")");
 }
