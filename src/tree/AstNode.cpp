@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <deque>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "dialects/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
@@ -75,6 +76,18 @@ void TastNodeList::Set(int index, TmvOwned<TastNode> node) {
   // The old item goes only after the new one is in place.
   TmvOwned<TastNode> old = std::move(items_[index]);
   items_[index] = std::move(node);
+}
+
+TmvOwned<TastNode> TastNodeList::Exchange(int index, TmvOwned<TastNode> node) {
+  std::swap(items_[index], node);
+  return node;
+}
+
+void TastNodeList::InsertAll(int index, TastNodeList& source) {
+  if (&source == this) return;
+  items_.insert(items_.begin() + index, std::make_move_iterator(source.items_.begin()),
+                std::make_move_iterator(source.items_.end()));
+  source.items_.clear();
 }
 
 void TastNodeList::Delete(int index) { Extract(index); }
@@ -398,18 +411,32 @@ void TastNodeBase::RestoreColumnPrefixRecursive(bool withSelf) {
   }
 }
 
-void TastNodeBase::GetReferencedDatasourcesRecursive(TSQLFromSourceList& list) {
-  WalkPreOrder(this, [&list](TastNodeBase* node) {
-    node->GetReferencedDatasources(list);
+namespace {
+
+// Collects what each node of the tree reports into list, once each. A node
+// reports into a list of its own, so that the check for what is already
+// there costs a set look-up rather than a pass over everything found.
+template <class Item, class Report>
+void CollectOnce(TastNodeBase* root, std::vector<Item*>& list, Report report) {
+  std::unordered_set<Item*> seen(list.begin(), list.end());
+  std::vector<Item*> found;
+  WalkPreOrder(root, [&](TastNodeBase* node) {
+    report(node, found);
+    for (Item* item : found)
+      if (seen.insert(item).second) list.push_back(item);
+    found.clear();
     return true;
   });
 }
 
+}  // namespace
+
+void TastNodeBase::GetReferencedDatasourcesRecursive(TSQLFromSourceList& list) {
+  CollectOnce(this, list, [](TastNodeBase* node, TSQLFromSourceList& found) { node->GetReferencedDatasources(found); });
+}
+
 void TastNodeBase::GetReferencedColumnsRecursive(TSQLObjectColumnList& list) {
-  WalkPreOrder(this, [&list](TastNodeBase* node) {
-    node->GetReferencedColumns(list);
-    return true;
-  });
+  CollectOnce(this, list, [](TastNodeBase* node, TSQLObjectColumnList& found) { node->GetReferencedColumns(found); });
 }
 
 bool TastNodeBase::ReplaceReferencesToDatasourceRecursive(TSQLFromSource* oldSource, TSQLFromSource* newSource) {

@@ -129,6 +129,11 @@ TmvOwned<TSQLExpressionItem> TSQLExpressionItemWithExpressionList::Extract(int i
   return TmvOwned<TSQLExpressionItem>(static_cast<TSQLExpressionItem*>(Items.Extract(index).release()));
 }
 
+TmvOwned<TSQLExpressionItem> TSQLExpressionItemWithExpressionList::Exchange(int index,
+                                                                          TmvOwned<TSQLExpressionItem> expression) {
+  return TmvOwned<TSQLExpressionItem>(static_cast<TSQLExpressionItem*>(Items.Exchange(index, std::move(expression)).release()));
+}
+
 // --- Operations on a left operand ---
 
 void TSQLExpressionOperation::RemoveLExpression(const TSQLExpressionItem* expression) {
@@ -198,11 +203,11 @@ void TSQLExpressionLogicalCollection::RestoreLExpression(const TSQLExpressionIte
 
 void TSQLExpressionLogicalCollection::TakeItemsFrom(TSQLExpressionLogicalCollection& other, bool negate) {
   if (Extender && other.Extender) Extender->Assign(*other.Extender);
-  while (other.Items.Count() > 0) {
-    TmvOwned<TSQLExpressionItem> item = other.Extract(0);
-    if (negate) item = TastCreate<TSQLExpressionNot>(SQLContext(), std::move(item));
-    Add(std::move(item));
-  }
+  const int first = GetCount();
+  Items.InsertAll(first, other.Items);
+  if (negate)
+    for (int i = first; i < GetCount(); ++i)
+      Exchange(i, TastCreate<TSQLExpressionNot>(SQLContext(), Exchange(i, nullptr)));
 }
 
 // An empty collection: the search ends here.

@@ -74,6 +74,8 @@ class TSQLExpressionItemWithExpressionList : public TSQLExpressionItemWithList {
   TSQLExpressionItem* Add(TmvOwned<TSQLExpressionItem> expression);
   void Insert(int index, TmvOwned<TSQLExpressionItem> expression);
   TmvOwned<TSQLExpressionItem> Extract(int index);
+  // Puts expression at index and hands back the one that was there.
+  TmvOwned<TSQLExpressionItem> Exchange(int index, TmvOwned<TSQLExpressionItem> expression);
 };
 
 // An expression with one operand.

@@ -304,11 +304,11 @@ TmvOwned<TSQLExpressionItem> TransformExpression(TmvOwned<TSQLExpressionItem> ex
 
 namespace {
 
-// Cuts the brackets off item i of the collection.
+// Cuts the brackets off item i of the collection, in place.
 void CutBrackets(TSQLExpressionLogicalCollection& collection, int i) {
-  TmvOwned<TSQLExpressionItem> item = collection.Extract(i);
-  TmvOwned<TSQLExpressionItem> inner = ExpressionExtractFromBrackets(item);
-  collection.Insert(i, std::move(inner));
+  if (!TmvCast<TSQLExpressionBrackets>(collection.Expression(i))) return;
+  TmvOwned<TSQLExpressionItem> item = collection.Exchange(i, nullptr);
+  collection.Exchange(i, ExpressionExtractFromBrackets(item));
 }
 
 // Brackets stay only around an Or inside an And.
@@ -354,7 +354,7 @@ void PutBackSimplified(TSQLExpressionLogicalCollection& collection, int i, TmvOw
   if (!item) return;
   auto* nested = TmvCast<TSQLExpressionLogicalCollection>(ExpressionRemoveBrackets(item.get()));
   if (nested && (&nested->NodeClass() == &collection.NodeClass() || nested->GetCount() < 2)) {
-    for (int k = nested->GetCount(); k-- > 0;) collection.Insert(i, nested->Extract(k));
+    collection.Items.InsertAll(i, nested->Items);
     return;  // the emptied shell is freed here
   }
   collection.Insert(i, std::move(item));
@@ -406,7 +406,21 @@ TmvOwned<TSQLExpressionItem> SimplifyLogicalExpression(TmvOwned<TSQLExpressionIt
     }
     if (level.next > 0) {
       --level.next;
-      finished = start(level.collection->Extract(level.next));
+      TmvOwned<TSQLExpressionItem> item = level.collection->Extract(level.next);
+      TSQLExpressionLogicalCollection* nested = SimplifyOuter(item);
+      if (nested && &nested->NodeClass() == &level.collection->NodeClass()) {
+        // A collection of the same kind dissolves into this one before its
+        // items are simplified, here: And in And in And ... stays one level.
+        const int count = nested->GetCount();
+        level.collection->Items.InsertAll(level.next, nested->Items);
+        level.next += count;
+        continue;  // the emptied shell is freed here
+      }
+      if (nested)
+        open.push_back({std::move(item), nested, nested->GetCount()});
+      else
+        done = std::move(item);
+      finished = nested == nullptr;
       continue;
     }
     Open last = std::move(open.back());

@@ -81,6 +81,11 @@ class TastNodeList {
   void Insert(int index, TmvOwned<TastNode> node);
   // Replaces the item at index, freeing the old one.
   void Set(int index, TmvOwned<TastNode> node);
+  // Puts node at index and hands back the item that was there.
+  TmvOwned<TastNode> Exchange(int index, TmvOwned<TastNode> node);
+  // Moves every item of source, in order, to index: one shift of the items
+  // after index however many arrive.
+  void InsertAll(int index, TastNodeList& source);
   void Delete(int index);
   // Frees the node if it is in the list; its former index, or -1.
   int Remove(const TastNode* node);
