@@ -4,6 +4,13 @@
 // declaration alone. A node prints itself only through `BuildSQL`, where a
 // dialect's extender may take over.
 //
+// Depth. A long operator sequence (a + b + c ...) is a chain as deep as it
+// is long, so the generic operations never recurse with the depth of the
+// tree: freeing, Clone, Assign and the walks below run in loops, whatever
+// the shape. Printing runs in a loop through the nodes that print in parts
+// (see BuildSQLPart) and recurses elsewhere, under TastMaxNestingDepth
+// (tree/NestingGuard.h).
+//
 //   TastNodeBase   context, tag, generic Assign/Clone and the tree walks
 //   TastExtender   a dialect's extra data and printing for one node
 //   TastNode       a node proper: its extender, its slot in the context's registry
@@ -45,21 +52,29 @@ class TastNodeBase : public TmvObject {
   // Copies Tag and, field by field, clones of the source's children: a field
   // takes the source's child when the source has a field at the same index
   // declared by the same class, and is emptied otherwise. Lists alike.
+  // Within a Clone, the copy's Assign leaves its children to that Clone,
+  // which fills them in after it (see AfterChildrenAssigned).
   virtual void Assign(const TastNodeBase& source);
-  // A deep copy under `context` (this node's own when null).
+  // A deep copy under `context` (this node's own when null), made in a loop:
+  // each copy is made by CloneInternal, and its children are filled in after
+  // its Assign has returned.
   TmvOwned<TastNodeBase> Clone(TmvBaseSQLContext* context = nullptr) const;
   template <class T>
   TmvOwned<T> CloneAs(TmvBaseSQLContext* context = nullptr) const {
     return TmvOwned<T>(TmvCast<T>(Clone(context).release()));
   }
-  // Makes a node of the own class and assigns this one to it.
+  // Makes a node of the own class and assigns this one to it. Called inside
+  // a Clone, its copy is complete only when that Clone returns: call Clone
+  // for a copy to work on.
   virtual TmvOwned<TastNodeBase> CloneInternal(TmvBaseSQLContext* context) const;
 
   // The child fields as addresses with their declaring classes, base first.
   void GetASTFields(TastFieldsList& list) const;
 
   // --- Walks. Children are listed in field order; list items stand at the
-  // position of the class that declares the list. Lists are snapshots. ---
+  // position of the class that declares the list. Lists are snapshots. The
+  // recursive walks visit the nodes in the order that recursion would, but
+  // keep their way down in a list of their own. ---
   virtual void GetMyChildren(TastNodeBaseList& list) const;
   // All children of this level, then each child's, recursively.
   void GetMyChildrenRecursive(TastNodeBaseList& list) const;
@@ -76,7 +91,12 @@ class TastNodeBase : public TmvObject {
   virtual void SimplifyTree() {}
   void SimplifyTreeRecursive();  // own first, then the children
   virtual void RestoreColumnPrefix() {}
-  virtual void RestoreColumnPrefixRecursive(bool withSelf);
+  // Own RestoreColumnPrefix when withSelf; then each child, with withSelf as
+  // RestoresColumnPrefixOf says.
+  void RestoreColumnPrefixRecursive(bool withSelf);
+  // Whether RestoreColumnPrefixRecursive restores the prefix of `child` itself
+  // (true; a source says false for its own name).
+  virtual bool RestoresColumnPrefixOf(const TastNodeBase*) const { return true; }
   virtual void GetReferencedDatasources(TSQLFromSourceList&) {}
   void GetReferencedDatasourcesRecursive(TSQLFromSourceList& list);
   virtual void GetReferencedColumns(TSQLObjectColumnList&) {}
@@ -86,7 +106,8 @@ class TastNodeBase : public TmvObject {
   bool ReplaceReferencesToDatasourceRecursive(TSQLFromSource* oldSource, TSQLFromSource* newSource);
   // Children first, then own; true when nothing below refers to `source` any more.
   bool RemoveReferencesToDatasource(TSQLFromSource* source);
-  // Frees each child field whose subtree refers to `source`.
+  // Frees each child field whose subtree refers to `source`. (Within
+  // RemoveReferencesToDatasource the subtrees' answers are known already.)
   virtual void RemoveReferencesToDatasourceInternal(TSQLFromSource* source);
   // Puts a proxy of `proxyClass` in place of each sub-select held in a child
   // field or list; the proxy takes the statement over.
@@ -97,6 +118,11 @@ class TastNodeBase : public TmvObject {
   // Frees the destination's node and puts a clone of the source's under this node's context.
   void AssignASTField(TastFieldBase& destination, const TastFieldBase& source) const;
   static void DestroyASTField(TastFieldBase& field) { field.Reset(); }
+  // For an Assign written by hand whose last steps need the node's children
+  // complete: runs `fixUp` at once, or, when this node is a copy whose
+  // children a Clone is still filling in, when that Clone has filled them
+  // (the deepest copies' fix-ups first).
+  void AfterChildrenAssigned(std::function<void()> fixUp);
 
  protected:
   explicit TastNodeBase(TmvBaseSQLContext* context) : context_(context) {}
@@ -153,10 +179,24 @@ class TastNode : public TastExtender {
   // The dialect of the context changed.
   virtual void SyntaxProviderChanged();
   // The one way to print a node: the builder's begin event, the extender's
-  // printing or the node's own, the end event.
+  // printing or the node's own, the end event. Each call is one level of
+  // TastNestingGuard.
   virtual void BuildSQL(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
   // The node's own printing; children are printed through BuildSQL.
   virtual void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+
+  // --- Printing in parts. A node whose text is that of its children with
+  // words, symbols and blanks between them describes it part by part; its
+  // class is marked "parts" in the node table, which makes its BuildSQLDirect
+  // (final) print the parts and PrintsInParts true. Children that print in
+  // parts and have no extender are printed in the same loop, with the
+  // builder's begin and end events that BuildSQL would fire, so a chain of
+  // such nodes of any length needs no deep recursion. ---
+  // Part `index`: writes its words and symbols, and may name a child to print
+  // after them (`child`, null for none); false past the last part.
+  virtual bool BuildSQLPart(int index, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format,
+                            TastNode*& child);
+  virtual bool PrintsInParts() const { return false; }
   // The node's text as that builder alone prints it.
   WideString SimpleSQL(TSQLBuilder& builder);
   // Edits a clone (through the extender if any) and takes it over when accepted.
@@ -166,12 +206,17 @@ class TastNode : public TastExtender {
   static void BuildASTField(TastNode* node, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format,
                             bool withSpace = false);
 
+ protected:
+  // The BuildSQLDirect of a class that prints in parts.
+  void BuildSQLInParts(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+
  private:
   int32_t contextIndex_ = -1;
 };
 
 // A pluggable walk: a subclass carries a scope down the tree by returning a
 // scope object from EnterIntoNode, and may visit children in its own order.
+// The walk keeps the open nodes in a list of its own, not on the stack.
 class TastNodeVisitor {
  public:
   virtual ~TastNodeVisitor() = default;
@@ -186,8 +231,6 @@ class TastNodeVisitor {
   virtual void VisitingNode(TastNodeBase*, TastNodeBase*, TmvObject*, TmvObject*) {}
   virtual void ExitFromNode(TastNodeBase*, TastNodeBase*, TmvObject*, TmvObject*) {}
 
- private:
-  void VisitNodeInternal(TastNodeBase* node, TastNodeBase* parent, TmvObject* data);
 };
 
 }  // namespace mv

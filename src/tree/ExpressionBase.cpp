@@ -1,5 +1,8 @@
 #include "tree/ExpressionBase.h"
 
+#include <deque>
+#include <utility>
+
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
 #include "tree/Expressions.h"
@@ -22,8 +25,78 @@ TmvOwned<TSQLExpressionItem> TSQLExpressionItem::FindExpressionItem(TmvOwned<TSQ
                                                                     TSQLExpressionItem*& expression) {
   expression = nullptr;
   if (!item) return item;
-  TSQLExpressionItem* raw = item.get();
-  return raw->DoFindExpressionItem(std::move(item), expression);
+  // Down to the node where the search ends, each node on the way with its
+  // operand taken out; then back up, each taking back what became of it.
+  struct Step {
+    TmvOwned<TSQLExpressionItem> node;
+    const TSQLExpressionItem* operand;
+  };
+  std::vector<Step> path;
+  for (TmvOwned<TSQLExpressionItem> operand; (operand = item->ExtractFindOperand());) {
+    const TSQLExpressionItem* before = operand.get();
+    path.push_back({std::move(item), before});
+    item = std::move(operand);
+  }
+  TSQLExpressionItem* last = item.get();
+  TmvOwned<TSQLExpressionItem> found = last->DoFindExpressionItem(std::move(item), expression);
+  while (!path.empty()) {
+    Step step = std::move(path.back());
+    path.pop_back();
+    TSQLExpressionItem* node = step.node.get();
+    found = node->PutBackFindOperand(std::move(step.node), std::move(found), step.operand);
+  }
+  return found;
+}
+
+TmvOwned<TSQLExpressionItem> TSQLExpressionItem::PutBackFindOperand(TmvOwned<TSQLExpressionItem> self,
+                                                                    TmvOwned<TSQLExpressionItem>,
+                                                                    const TSQLExpressionItem*) {
+  return self;
+}
+
+namespace {
+
+// The calls of one operation passed on to operands, waiting for the one that
+// runs on this thread.
+struct TPassedCalls {
+  bool running = false;
+  std::deque<std::pair<TSQLExpressionItem*, const TSQLExpressionItem*>> waiting;
+};
+
+template <void (TSQLExpressionItem::*Call)(const TSQLExpressionItem*)>
+void PassOn(TPassedCalls& calls, TSQLExpressionItem* operand, const TSQLExpressionItem* expression) {
+  if (!operand) return;
+  if (calls.running) {
+    calls.waiting.emplace_back(operand, expression);
+    return;
+  }
+  calls.running = true;
+  struct Done {
+    TPassedCalls& calls;
+    ~Done() {
+      calls.running = false;
+      calls.waiting.clear();
+    }
+  } done{calls};
+  (operand->*Call)(expression);
+  while (!calls.waiting.empty()) {
+    const auto [next, nextExpression] = calls.waiting.front();
+    calls.waiting.pop_front();
+    (next->*Call)(nextExpression);
+  }
+}
+
+thread_local TPassedCalls removeCalls;
+thread_local TPassedCalls restoreCalls;
+
+}  // namespace
+
+void TSQLExpressionItem::PassRemoveLExpression(TSQLExpressionItem* operand, const TSQLExpressionItem* expression) {
+  PassOn<&TSQLExpressionItem::RemoveLExpression>(removeCalls, operand, expression);
+}
+
+void TSQLExpressionItem::PassRestoreLExpression(TSQLExpressionItem* operand, const TSQLExpressionItem* expression) {
+  PassOn<&TSQLExpressionItem::RestoreLExpression>(restoreCalls, operand, expression);
 }
 
 // A bare value used as a condition becomes "value = True".
@@ -54,6 +127,11 @@ void TSQLExpressionItemWithExpressionList::Insert(int index, TmvOwned<TSQLExpres
 
 TmvOwned<TSQLExpressionItem> TSQLExpressionItemWithExpressionList::Extract(int index) {
   return TmvOwned<TSQLExpressionItem>(static_cast<TSQLExpressionItem*>(Items.Extract(index).release()));
+}
+
+TmvOwned<TSQLExpressionItem> TSQLExpressionItemWithExpressionList::Exchange(int index,
+                                                                          TmvOwned<TSQLExpressionItem> expression) {
+  return TmvOwned<TSQLExpressionItem>(static_cast<TSQLExpressionItem*>(Items.Exchange(index, std::move(expression)).release()));
 }
 
 // --- Operations on a left operand ---
@@ -116,30 +194,37 @@ const char16_t* TSQLExpressionCompWithSet::QuantifierWord() const {
 // --- Logical collections ---
 
 void TSQLExpressionLogicalCollection::RemoveLExpression(const TSQLExpressionItem* expression) {
-  for (int i = 0; i < Items.Count(); ++i)
-    if (TSQLExpressionItem* item = Expression(i)) item->RemoveLExpression(expression);
+  for (int i = 0; i < Items.Count(); ++i) PassRemoveLExpression(Expression(i), expression);
 }
 
 void TSQLExpressionLogicalCollection::RestoreLExpression(const TSQLExpressionItem* expression) {
-  for (int i = 0; i < Items.Count(); ++i)
-    if (TSQLExpressionItem* item = Expression(i)) item->RestoreLExpression(expression);
+  for (int i = 0; i < Items.Count(); ++i) PassRestoreLExpression(Expression(i), expression);
 }
 
 void TSQLExpressionLogicalCollection::TakeItemsFrom(TSQLExpressionLogicalCollection& other, bool negate) {
   if (Extender && other.Extender) Extender->Assign(*other.Extender);
-  while (other.Items.Count() > 0) {
-    TmvOwned<TSQLExpressionItem> item = other.Extract(0);
-    if (negate) item = TastCreate<TSQLExpressionNot>(SQLContext(), std::move(item));
-    Add(std::move(item));
-  }
+  const int first = GetCount();
+  Items.InsertAll(first, other.Items);
+  if (negate)
+    for (int i = first; i < GetCount(); ++i)
+      Exchange(i, TastCreate<TSQLExpressionNot>(SQLContext(), Exchange(i, nullptr)));
 }
 
+// An empty collection: the search ends here.
 TmvOwned<TSQLExpressionItem> TSQLExpressionLogicalCollection::DoFindExpressionItem(TmvOwned<TSQLExpressionItem> self,
                                                                                    TSQLExpressionItem*& expression) {
   expression = nullptr;
-  if (Items.Count() == 0) return self;
-  TmvOwned<TSQLExpressionItem> first = Extract(0);
-  Insert(0, FindExpressionItem(std::move(first), expression));
+  return self;
+}
+
+TmvOwned<TSQLExpressionItem> TSQLExpressionLogicalCollection::ExtractFindOperand() {
+  return Items.Count() > 0 ? Extract(0) : nullptr;
+}
+
+TmvOwned<TSQLExpressionItem> TSQLExpressionLogicalCollection::PutBackFindOperand(TmvOwned<TSQLExpressionItem> self,
+                                                                                 TmvOwned<TSQLExpressionItem> found,
+                                                                                 const TSQLExpressionItem*) {
+  Insert(0, std::move(found));
   return self;
 }
 

@@ -18,15 +18,19 @@ class TSQLExpressionItem : public TastNode {
   MV_AST_NODE(TSQLExpressionItem);
 
  public:
-  // Strips `expression` (compared by its server text) from the left side of the condition.
+  // Strips `expression` (compared by its server text) from the left side of
+  // the condition. Nodes that pass the call on to their operands do so
+  // through PassRemoveLExpression.
   virtual void RemoveLExpression(const TSQLExpressionItem* expression);
-  // Puts a clone of `expression` where the left side is missing.
+  // Puts a clone of `expression` where the left side is missing; passed on
+  // through PassRestoreLExpression.
   virtual void RestoreLExpression(const TSQLExpressionItem* expression);
   // Whether the value is a truth value.
   virtual bool IsLogical() const { return false; }
   // Turns a condition into an expression followed by a predicate: `item` is
   // consumed and the node that replaces it is returned; `expression` is set
-  // to the expression the predicate applies to (or null).
+  // to the expression the predicate applies to (or null). Goes down through
+  // brackets, Not and first items of collections in a loop.
   static TmvOwned<TSQLExpressionItem> FindExpressionItem(TmvOwned<TSQLExpressionItem> item,
                                                          TSQLExpressionItem*& expression);
   // Prints a condition under a condition format. `inBrackets`: a bracket is
@@ -35,9 +39,24 @@ class TSQLExpressionItem : public TastNode {
                                 int level, const TSQLBuilderConditionFormat& conditionFormat);
 
  protected:
-  // FindExpressionItem of this node, which `self` owns.
+  // FindExpressionItem of a node where the search ends, which `self` owns.
   virtual TmvOwned<TSQLExpressionItem> DoFindExpressionItem(TmvOwned<TSQLExpressionItem> self,
                                                             TSQLExpressionItem*& expression);
+  // For a node where FindExpressionItem goes on into an operand: takes that
+  // operand out. Null (the default): the search ends here, DoFindExpressionItem.
+  virtual TmvOwned<TSQLExpressionItem> ExtractFindOperand() { return nullptr; }
+  // Takes back what the search made of that operand (`before` was the
+  // operand) and returns the node that replaces this one, which `self` owns.
+  virtual TmvOwned<TSQLExpressionItem> PutBackFindOperand(TmvOwned<TSQLExpressionItem> self,
+                                                          TmvOwned<TSQLExpressionItem> found,
+                                                          const TSQLExpressionItem* before);
+
+  // Pass RemoveLExpression / RestoreLExpression on to an operand. A call
+  // passed on while one of the same operation runs on this thread waits and
+  // runs after it, so nesting of any depth is walked in a loop; all of them
+  // have run when the outermost call returns.
+  static void PassRemoveLExpression(TSQLExpressionItem* operand, const TSQLExpressionItem* expression);
+  static void PassRestoreLExpression(TSQLExpressionItem* operand, const TSQLExpressionItem* expression);
 };
 
 class TSQLExpressionItemWithList : public TSQLExpressionItem, public TastListOps<TSQLExpressionItemWithList> {
@@ -55,6 +74,8 @@ class TSQLExpressionItemWithExpressionList : public TSQLExpressionItemWithList {
   TSQLExpressionItem* Add(TmvOwned<TSQLExpressionItem> expression);
   void Insert(int index, TmvOwned<TSQLExpressionItem> expression);
   TmvOwned<TSQLExpressionItem> Extract(int index);
+  // Puts expression at index and hands back the one that was there.
+  TmvOwned<TSQLExpressionItem> Exchange(int index, TmvOwned<TSQLExpressionItem> expression);
 };
 
 // An expression with one operand.
@@ -152,8 +173,13 @@ class TSQLExpressionLogicalCollection : public TSQLExpressionItemWithExpressionL
   void TakeItemsFrom(TSQLExpressionLogicalCollection& other, bool negate);
 
  protected:
+  // FindExpressionItem goes on into the first item.
   TmvOwned<TSQLExpressionItem> DoFindExpressionItem(TmvOwned<TSQLExpressionItem> self,
                                                     TSQLExpressionItem*& expression) override;
+  TmvOwned<TSQLExpressionItem> ExtractFindOperand() override;
+  TmvOwned<TSQLExpressionItem> PutBackFindOperand(TmvOwned<TSQLExpressionItem> self,
+                                                  TmvOwned<TSQLExpressionItem> found,
+                                                  const TSQLExpressionItem* before) override;
 };
 
 // An operator symbol.

@@ -82,7 +82,6 @@ void TSQLExpressionFunctionSubString::BuildSQLDirect(TSQLBuilder& builder, const
     Word(builder, u"For");
     builder.Space(3);
     third->BuildSQL(builder, format);
-    builder.Space(3);
   }
   Sym(builder, u")");
 }
@@ -211,10 +210,13 @@ void TSQLExpressionCast::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderS
   Sym(builder, u")");
 }
 
-void TSQLExpressionCastOperator::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  BuildASTField(Expression.get(), builder, format);
-  Sym(builder, u"::");
-  BuildASTField(TargetType.get(), builder, format);
+bool TSQLExpressionCastOperator::BuildSQLPart(int index, TSQLBuilder& builder, const TSQLBuilderSelectFormat&,
+                                              TastNode*& child) {
+  switch (index) {
+    case 0: child = Expression.get(); return true;
+    case 1: Sym(builder, u"::"); child = TargetType.get(); return true;
+    default: return false;
+  }
 }
 
 void TSQLExpressionConvert::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
@@ -242,45 +244,60 @@ void TSQLExpressionConvertReverse::BuildSQLDirect(TSQLBuilder& builder, const TS
 
 // --- Member access ---
 
-void TSQLExpressionFieldSelection::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  BuildASTField(Expression.get(), builder, format);
-  if (!Field) {
-    Sym(builder, u".*");
-    return;
+bool TSQLExpressionFieldSelection::BuildSQLPart(int index, TSQLBuilder& builder, const TSQLBuilderSelectFormat&,
+                                                TastNode*& child) {
+  switch (index) {
+    case 0: child = Expression.get(); return true;
+    case 1: Sym(builder, Field ? u"." : u".*"); child = Field.get(); return true;
+    default: return false;
   }
-  Sym(builder, u".");
-  Field->BuildSQL(builder, format);
 }
 
-void TSQLExpressionMethodCall::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  BuildASTField(Expression.get(), builder, format);
-  Sym(builder, u".");
-  BuildASTField(Method.get(), builder, format);
+bool TSQLExpressionMethodCall::BuildSQLPart(int index, TSQLBuilder& builder, const TSQLBuilderSelectFormat&,
+                                            TastNode*& child) {
+  switch (index) {
+    case 0: child = Expression.get(); return true;
+    case 1: Sym(builder, u"."); child = Method.get(); return true;
+    default: return false;
+  }
 }
 
 // --- Operators ---
 
-void TSQLExpressionOperatorPrefix::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  if (Operator) {
-    builder.Space(3);
-    Operator->BuildSQL(builder, format);
+bool TSQLExpressionOperatorPrefix::BuildSQLPart(int index, TSQLBuilder& builder, const TSQLBuilderSelectFormat&,
+                                                TastNode*& child) {
+  switch (index) {
+    case 0:
+      if (Operator) builder.Space(3);
+      child = Operator.get();
+      return true;
+    case 1: child = Expression.get(); return true;
+    default: return false;
   }
-  BuildASTField(Expression.get(), builder, format);
 }
 
-void TSQLExpressionOperatorPrefixWithSpace::BuildSQLDirect(TSQLBuilder& builder,
-                                                           const TSQLBuilderSelectFormat& format) {
-  if (Operator) {
-    builder.Space(3);
-    Operator->BuildSQL(builder, format);
-    builder.Space(3);
+bool TSQLExpressionOperatorPrefixWithSpace::BuildSQLPart(int index, TSQLBuilder& builder,
+                                                         const TSQLBuilderSelectFormat&, TastNode*& child) {
+  switch (index) {
+    case 0:
+      if (Operator) builder.Space(3);
+      child = Operator.get();
+      return true;
+    case 1:
+      if (Operator) builder.Space(3);
+      child = Expression.get();
+      return true;
+    default: return false;
   }
-  BuildASTField(Expression.get(), builder, format);
 }
 
-void TSQLExpressionOperatorPostfix::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  BuildASTField(Expression.get(), builder, format);
-  BuildASTField(Operator.get(), builder, format);
+bool TSQLExpressionOperatorPostfix::BuildSQLPart(int index, TSQLBuilder&, const TSQLBuilderSelectFormat&,
+                                                 TastNode*& child) {
+  switch (index) {
+    case 0: child = Expression.get(); return true;
+    case 1: child = Operator.get(); return true;
+    default: return false;
+  }
 }
 
 bool TSQLExpressionOperatorBinary::IsLogical() const {
@@ -292,15 +309,17 @@ bool TSQLExpressionOperatorBinary::IsLogical() const {
 
 void TSQLExpressionOperatorBinary::RestoreLExpression(const TSQLExpressionItem* expression) {
   TSQLExpressionOperator::RestoreLExpression(expression);
-  if (Right) Right->RestoreLExpression(expression);
+  PassRestoreLExpression(Right.get(), expression);
 }
 
-void TSQLExpressionOperatorBinary::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  BuildASTField(Expression.get(), builder, format);
-  builder.Space(3);
-  BuildASTField(Operator.get(), builder, format);
-  builder.Space(2);
-  BuildASTField(Right.get(), builder, format);
+bool TSQLExpressionOperatorBinary::BuildSQLPart(int index, TSQLBuilder& builder, const TSQLBuilderSelectFormat&,
+                                                TastNode*& child) {
+  switch (index) {
+    case 0: child = Expression.get(); return true;
+    case 1: builder.Space(3); child = Operator.get(); return true;
+    case 2: builder.Space(2); child = Right.get(); return true;
+    default: return false;
+  }
 }
 
 // --- Predicates ---
@@ -326,16 +345,22 @@ void TSQLExpressionIsValue::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuild
   Value->BuildSQL(builder, format);
 }
 
-void TSQLExpressionIsNullOp::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  BuildASTField(Expression.get(), builder, format);
-  builder.Space(3);
-  Word(builder, u"IsNull");
+bool TSQLExpressionIsNullOp::BuildSQLPart(int index, TSQLBuilder& builder, const TSQLBuilderSelectFormat&,
+                                          TastNode*& child) {
+  switch (index) {
+    case 0: child = Expression.get(); return true;
+    case 1: builder.Space(3); Word(builder, u"IsNull"); return true;
+    default: return false;
+  }
 }
 
-void TSQLExpressionNotNull::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  BuildASTField(Expression.get(), builder, format);
-  builder.Space(3);
-  Word(builder, u"NotNull");
+bool TSQLExpressionNotNull::BuildSQLPart(int index, TSQLBuilder& builder, const TSQLBuilderSelectFormat&,
+                                         TastNode*& child) {
+  switch (index) {
+    case 0: child = Expression.get(); return true;
+    case 1: builder.Space(3); Word(builder, u"NotNull"); return true;
+    default: return false;
+  }
 }
 
 void TSQLExpressionInSet::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {

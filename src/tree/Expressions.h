@@ -125,9 +125,6 @@ class TSQLExpressionCast : public TSQLExpressionTypeCast {
 
 class TSQLExpressionCastOperator : public TSQLExpressionTypeCast {
   MV_AST_NODE(TSQLExpressionCastOperator);
-
- public:
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
 class TSQLExpressionConvert : public TSQLExpressionTypeCast {
@@ -148,39 +145,26 @@ class TSQLExpressionConvertReverse : public TSQLExpressionTypeCast {
 
 class TSQLExpressionFieldSelection : public TSQLExpressionExpressionItem {
   MV_AST_NODE(TSQLExpressionFieldSelection);
-
- public:
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
 class TSQLExpressionMethodCall : public TSQLExpressionExpressionItem {
   MV_AST_NODE(TSQLExpressionMethodCall);
-
- public:
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
 // --- Operators ---
+// These and the member accesses print in parts (see TastNode::BuildSQLPart):
+// a long sequence of operators prints in a loop.
 
 class TSQLExpressionOperatorPrefix : public TSQLExpressionOperator {
   MV_AST_NODE(TSQLExpressionOperatorPrefix);
-
- public:
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
 class TSQLExpressionOperatorPrefixWithSpace : public TSQLExpressionOperator {
   MV_AST_NODE(TSQLExpressionOperatorPrefixWithSpace);
-
- public:
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
 class TSQLExpressionOperatorPostfix : public TSQLExpressionOperator {
   MV_AST_NODE(TSQLExpressionOperatorPostfix);
-
- public:
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
 // Expression Operator Right; a comparison when the operator is one of the
@@ -192,7 +176,6 @@ class TSQLExpressionOperatorBinary : public TSQLExpressionOperator {
   bool IsLogical() const override;
   // Restores the left side, then passes the call to Right.
   void RestoreLExpression(const TSQLExpressionItem* expression) override;
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
 // --- Predicates ---
@@ -257,16 +240,10 @@ class TSQLExpressionIsValue : public TSQLExpressionIs {
 
 class TSQLExpressionIsNullOp : public TSQLExpressionOperation {
   MV_AST_NODE(TSQLExpressionIsNullOp);
-
- public:
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
 class TSQLExpressionNotNull : public TSQLExpressionOperation {
   MV_AST_NODE(TSQLExpressionNotNull);
-
- public:
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
 class TSQLExpressionInSet : public TSQLExpressionIn {

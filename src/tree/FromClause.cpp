@@ -95,15 +95,13 @@ void TSQLFromObject::Assign(const TastNodeBase& source) {
   if (other) AssignOwnFields(*other);
   WithItem = nullptr;
   // The copy's own name refers to the copy, as the original's to the original.
-  if (other && other->Object && other->Object->FromSource == other && Object) Object->FromSource = this;
+  if (other && other->Object && other->Object->FromSource == other)
+    AfterChildrenAssigned([this] {
+      if (Object) Object->FromSource = this;
+    });
 }
 
-void TSQLFromObject::RestoreColumnPrefixRecursive(bool withSelf) {
-  if (withSelf) RestoreColumnPrefix();
-  TastNodeBaseList children;
-  GetMyChildren(children);
-  for (TastNodeBase* child : children) child->RestoreColumnPrefixRecursive(child != Object.get());
-}
+bool TSQLFromObject::RestoresColumnPrefixOf(const TastNodeBase* child) const { return child != Object.get(); }
 
 TastTokenIdentifier* TSQLFromObject::AltNameToPrint(const TSQLBuilder& builder) const {
   return builder.UseAltNames() ? MetadataObjectAltName(GetMetadataObject()) : nullptr;
@@ -192,15 +190,13 @@ void TSQLFromQuery::BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelec
 void TSQLFromFunction::Assign(const TastNodeBase& source) {
   TSQLFromSource::Assign(source);
   const auto* other = TmvCast<TSQLFromFunction>(&source);
-  if (other && other->Name && other->Name->FromSource == other && Name) Name->FromSource = this;
+  if (other && other->Name && other->Name->FromSource == other)
+    AfterChildrenAssigned([this] {
+      if (Name) Name->FromSource = this;
+    });
 }
 
-void TSQLFromFunction::RestoreColumnPrefixRecursive(bool withSelf) {
-  if (withSelf) RestoreColumnPrefix();
-  TastNodeBaseList children;
-  GetMyChildren(children);
-  for (TastNodeBase* child : children) child->RestoreColumnPrefixRecursive(child != Name.get());
-}
+bool TSQLFromFunction::RestoresColumnPrefixOf(const TastNodeBase* child) const { return child != Name.get(); }
 
 bool TSQLFromFunction::BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   if (!Alias) return false;

@@ -50,7 +50,8 @@ class TSQLFromObject : public TSQLFromSource {
  public:
   // Assign (by hand) leaves WithItem empty (the fix-up sets it again), and
   // binds an object name that named the source to this copy.
-  void RestoreColumnPrefixRecursive(bool withSelf) override;
+  // RestoreColumnPrefixRecursive leaves the own name as it is.
+  bool RestoresColumnPrefixOf(const TastNodeBase* child) const override;
   // The alias; else the metadata object's alternate name under UseAltNames;
   // else the bare name where the dialect takes it as an alias; else the name.
   bool BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
@@ -87,7 +88,8 @@ class TSQLFromFunction : public TSQLFromSource {
 
  public:
   // Assign (by hand) binds a function name that named the source to this copy.
-  void RestoreColumnPrefixRecursive(bool withSelf) override;
+  // RestoreColumnPrefixRecursive leaves the own name as it is.
+  bool RestoresColumnPrefixOf(const TastNodeBase* child) const override;
   bool BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
   void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
   void BuildFunctionNameExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);

@@ -1,6 +1,9 @@
 // Brackets, Not, And and Or, and the rewriting of conditions: removal of
 // brackets, TRUE/FALSE comparisons, double negation, De Morgan and the
-// flattening of nested collections.
+// flattening of nested collections. All four print in parts, and the
+// rewritings run in loops, so conditions nested to any depth are no concern;
+// only their printing under condition formats (BuildSQLCosmetic) recurses,
+// one TastNestingGuard level for each bracket and collection.
 #pragma once
 
 #include "tree/ExpressionBase.h"
@@ -16,11 +19,15 @@ class TSQLExpressionBrackets : public TSQLExpressionExpressionItem {
   void RestoreLExpression(const TSQLExpressionItem* expression) override;
   void BuildSQLCosmetic(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format, bool inBrackets, int level,
                         const TSQLBuilderConditionFormat& conditionFormat) override;
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 
  protected:
+  // FindExpressionItem goes on into the content.
   TmvOwned<TSQLExpressionItem> DoFindExpressionItem(TmvOwned<TSQLExpressionItem> self,
                                                     TSQLExpressionItem*& expression) override;
+  TmvOwned<TSQLExpressionItem> ExtractFindOperand() override;
+  TmvOwned<TSQLExpressionItem> PutBackFindOperand(TmvOwned<TSQLExpressionItem> self,
+                                                  TmvOwned<TSQLExpressionItem> found,
+                                                  const TSQLExpressionItem* before) override;
 };
 
 class TSQLExpressionNot : public TSQLExpressionExpressionItem {
@@ -30,11 +37,16 @@ class TSQLExpressionNot : public TSQLExpressionExpressionItem {
   bool IsLogical() const override { return true; }
   void RemoveLExpression(const TSQLExpressionItem* expression) override;
   void RestoreLExpression(const TSQLExpressionItem* expression) override;
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 
  protected:
+  // FindExpressionItem goes on into the operand; when that is a bare value
+  // that became "x = True", the Not goes and it becomes "x = False".
   TmvOwned<TSQLExpressionItem> DoFindExpressionItem(TmvOwned<TSQLExpressionItem> self,
                                                     TSQLExpressionItem*& expression) override;
+  TmvOwned<TSQLExpressionItem> ExtractFindOperand() override;
+  TmvOwned<TSQLExpressionItem> PutBackFindOperand(TmvOwned<TSQLExpressionItem> self,
+                                                  TmvOwned<TSQLExpressionItem> found,
+                                                  const TSQLExpressionItem* before) override;
 };
 
 class TSQLExpressionAnd : public TSQLExpressionLogicalCollection {
@@ -43,8 +55,7 @@ class TSQLExpressionAnd : public TSQLExpressionLogicalCollection {
  public:
   void BuildSQLCosmetic(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format, bool inBrackets, int level,
                         const TSQLBuilderConditionFormat& conditionFormat) override;
-  // Items joined by "And" with blanks of priority 1.
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  // BuildSQL: items joined by "And" with blanks of priority 1.
 
  protected:
   // Brackets around a collection item (or around every item under
@@ -60,8 +71,7 @@ class TSQLExpressionOr : public TSQLExpressionLogicalCollection {
  public:
   void BuildSQLCosmetic(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format, bool inBrackets, int level,
                         const TSQLBuilderConditionFormat& conditionFormat) override;
-  // Items joined by "Or" with blanks of priority 0.
-  void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  // BuildSQL: items joined by "Or" with blanks of priority 0.
 
  protected:
   // Brackets around an And group under ParenthesizeANDGroups, around a single

@@ -16,6 +16,13 @@
 
 namespace mv {
 
+// Frees a node and everything below it. A node freed while another free is
+// under way on this thread (that is, from the destructor of a node being
+// freed) waits in that free's queue, so a chain of nodes of any length is
+// freed in a loop instead of by nested destructors. Fields and lists free
+// their nodes through it.
+void TastFreeNode(TastNodeBase* node);
+
 // The part of a child field that generic code sees.
 class TastFieldBase {
  public:
@@ -26,7 +33,8 @@ class TastFieldBase {
 
   TastNodeBase* Node() const { return node_; }
   bool IsNull() const { return node_ == nullptr; }
-  // Frees the node held and takes `node` instead (null empties the field).
+  // Frees the node held (through TastFreeNode) and takes `node` instead
+  // (null empties the field).
   void Reset(TastNodeBase* node = nullptr);
   // Gives the node up without freeing it.
   TastNodeBase* ReleaseNode() {
@@ -73,9 +81,15 @@ class TastNodeList {
   void Insert(int index, TmvOwned<TastNode> node);
   // Replaces the item at index, freeing the old one.
   void Set(int index, TmvOwned<TastNode> node);
+  // Puts node at index and hands back the item that was there.
+  TmvOwned<TastNode> Exchange(int index, TmvOwned<TastNode> node);
+  // Moves every item of source, in order, to index: one shift of the items
+  // after index however many arrive.
+  void InsertAll(int index, TastNodeList& source);
   void Delete(int index);
   // Frees the node if it is in the list; its former index, or -1.
   int Remove(const TastNode* node);
+  // Frees every item (through TastFreeNode).
   void Clear();
   int IndexOf(const TastNode* node) const;
   TmvOwned<TastNode> Extract(const TastNode* node);

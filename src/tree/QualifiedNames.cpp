@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <pugixml.hpp>
+#include <vector>
 
 #include "dialects/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
@@ -99,15 +100,20 @@ void TSQLQualifiedName::Clear() {
 }
 
 bool IsQualifiedNameEmpty(const TSQLQualifiedName* name) {
-  return !name || (name->GetCount() == 0 && IsQualifiedNameEmpty(name->DatabaseLink.get()));
+  for (; name; name = name->DatabaseLink.get())
+    if (name->GetCount() != 0) return false;
+  return true;
 }
 
 // --- Comparison ---
 
 void TSQLQualifiedName::GetTokensToCompare(TastTokenRefs& list) const {
-  if (DatabaseLink) DatabaseLink->GetTokensToCompare(list);
-  for (int i = GetCount(); i-- > 0;)
-    if (const TastToken* token = Token(i)) list.push_back(token);
+  // The innermost link first, then each name that links to it.
+  std::vector<const TSQLQualifiedName*> chain;
+  for (const TSQLQualifiedName* name = this; name; name = name->DatabaseLink.get()) chain.push_back(name);
+  for (auto name = chain.rbegin(); name != chain.rend(); ++name)
+    for (int i = (*name)->GetCount(); i-- > 0;)
+      if (const TastToken* token = (*name)->Token(i)) list.push_back(token);
 }
 
 void TSQLQualifiedName::GetAllTokensToCompare(TastTokenRefs& list) const { GetTokensToCompare(list); }
@@ -176,11 +182,11 @@ void TSQLQualifiedName::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSe
 
 // --- XML ---
 
-pugi::xml_node TSQLQualifiedName::GetXMLNode(pugi::xml_node parent, const char* tag, const char* itemTag) const {
-  pugi::xml_node element = parent.append_child(tag);
-  if (!IsQualifiedNameEmpty(DatabaseLink.get())) DatabaseLink->GetXMLNode(element, "dblink", "item");
-  for (int i = 0; i < GetCount(); ++i) {
-    const TastToken* token = Token(i);
+namespace {
+
+void AppendXMLParts(const TSQLQualifiedName& name, pugi::xml_node element, const char* itemTag) {
+  for (int i = 0; i < name.GetCount(); ++i) {
+    const TastToken* token = name.Token(i);
     if (!token) continue;
     if (const auto* id = TmvCast<TastTokenIdentifier>(token)) {
       id->GetXMLNode(element, itemTag);
@@ -190,19 +196,44 @@ pugi::xml_node TSQLQualifiedName::GetXMLNode(pugi::xml_node parent, const char* 
       item.append_attribute("case_sens").set_value(XmlBoolText(false));
     }
   }
+}
+
+}  // namespace
+
+// The link of a name is an element "dblink" inside the name's element,
+// before its parts. A chain of links is written and read in a loop.
+pugi::xml_node TSQLQualifiedName::GetXMLNode(pugi::xml_node parent, const char* tag, const char* itemTag) const {
+  pugi::xml_node element = parent.append_child(tag);
+  pugi::xml_node current = element;
+  for (const TSQLQualifiedName* name = this; name;) {
+    const TSQLQualifiedName* link = IsQualifiedNameEmpty(name->DatabaseLink.get()) ? nullptr : name->DatabaseLink.get();
+    pugi::xml_node linkElement = link ? current.append_child("dblink") : pugi::xml_node();
+    AppendXMLParts(*name, current, itemTag);
+    name = link;
+    current = linkElement;
+    itemTag = "item";
+  }
   return element;
 }
 
 void TSQLQualifiedName::LoadFromXMLNode(pugi::xml_node element, const char* itemTag) {
   Clear();
-  for (pugi::xml_node child : element.children()) {
-    if (std::string_view(child.name()) == "dblink") {
-      DatabaseLink.Set(TastCreate<TSQLQualifiedName>(SQLContext()));
-      DatabaseLink->LoadFromXMLNode(child, "item");
-    } else if (std::string_view(child.name()) == itemTag) {
-      TmvOwned<TastTokenIdentifier> id = TastCreate<TastTokenIdentifier>(SQLContext());
-      if (id->LoadFromXMLNode(child)) AddPrefix(std::move(id));
+  for (TSQLQualifiedName* name = this; name;) {
+    // The parts in order; of several links, the last one counts.
+    pugi::xml_node link;
+    for (pugi::xml_node child : element.children()) {
+      if (std::string_view(child.name()) == "dblink") {
+        link = child;
+      } else if (std::string_view(child.name()) == itemTag) {
+        TmvOwned<TastTokenIdentifier> id = TastCreate<TastTokenIdentifier>(SQLContext());
+        if (id->LoadFromXMLNode(child)) name->AddPrefix(std::move(id));
+      }
     }
+    if (!link) break;
+    name->DatabaseLink.Set(TastCreate<TSQLQualifiedName>(SQLContext()));
+    name = name->DatabaseLink.get();
+    element = link;
+    itemTag = "item";
   }
 }
 

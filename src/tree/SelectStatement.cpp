@@ -1,5 +1,7 @@
 #include "tree/SelectStatement.h"
 
+#include <vector>
+
 #include "sqlgen/SQLBuilder.h"
 #include "support/Exceptions.h"
 #include "tree/FromClause.h"
@@ -171,11 +173,27 @@ TmvOwned<TSQLSubQueryExpression> TSQLSubQueryExpressions::Extract(int index) {
 void TSQLSubQueryExpressions::Clear() { Items.Clear(); }
 
 TSQLSubQuerySelectExpression* TSQLSubQueryExpressions::FirstUnionSubQuery() const {
-  for (int i = 0; i < GetCount(); ++i) {
-    TSQLSubQueryExpression* member = GetItems(i);
+  // Plain bracketed groups are searched in a loop, however deep they nest;
+  // another kind of group answers for itself.
+  struct Open {
+    const TSQLSubQueryExpressions* group;
+    int next;
+  };
+  std::vector<Open> open{{this, 0}};
+  while (!open.empty()) {
+    Open& level = open.back();
+    if (level.next >= level.group->GetCount()) {
+      open.pop_back();
+      continue;
+    }
+    TSQLSubQueryExpression* member = level.group->GetItems(level.next++);
     if (auto* select = TmvCast<TSQLSubQuerySelectExpression>(member)) return select;
-    if (auto* group = TmvCast<TSQLSubQueryExpressions>(member))
-      if (TSQLSubQuerySelectExpression* found = group->FirstUnionSubQuery()) return found;
+    auto* group = TmvCast<TSQLSubQueryExpressions>(member);
+    if (!group) continue;
+    if (&group->NodeClass() == &TSQLSubQueryExpressions::StaticClass())
+      open.push_back({group, 0});
+    else if (TSQLSubQuerySelectExpression* found = group->FirstUnionSubQuery())
+      return found;
   }
   return nullptr;
 }

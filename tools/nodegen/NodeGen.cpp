@@ -9,7 +9,7 @@
 //                                 or names in child and list fields
 //   extern <Type> ...             types named by weak fields, forward-declared here
 //   include "<header>"            the hand-written header of the classes that follow
-//   node <Class> : <Parent> [abstract] [hand-assign] [hand-ctor]
+//   node <Class> : <Parent> [abstract] [hand-assign] [hand-ctor] [parts]
 //     <Field> child <Class>                  an owned child node (the class may stand further down)
 //     <Field> list <Class>                   an owned list of nodes of that class
 //     <Field> weak <Type>                    a reference that is not owned
@@ -18,7 +18,9 @@
 //
 // Class marks: abstract (no factory; the constructor is protected),
 // hand-assign (Assign is written by hand and calls the generated
-// AssignOwnFields), hand-ctor (the constructor from a context is written by hand).
+// AssignOwnFields), hand-ctor (the constructor from a context is written by
+// hand), parts (the class prints in parts: BuildSQLPart is written by hand,
+// and the generated BuildSQLDirect, final, prints them).
 // Field marks: noassign (Assign does not copy the field, it resets it).
 // A list must be the first field of its class: list items come before the
 // fields that the class and its descendants declare.
@@ -59,6 +61,7 @@ struct NodeClass {
   bool isAbstract = false;
   bool handAssign = false;
   bool handCtor = false;
+  bool parts = false;
   std::vector<Field> fields;
   int line = 0;
 };
@@ -182,6 +185,8 @@ Table ReadTable(const std::string& path) {
             c.handAssign = true;
           else if (w[i] == "hand-ctor")
             c.handCtor = true;
+          else if (w[i] == "parts")
+            c.parts = true;
           else
             Fail(path, lineNo, "unknown class mark '" + w[i] + "'");
         }
@@ -308,6 +313,14 @@ void WriteHeader(const Table& t, const std::string& path, const std::string& nam
     if (c.isAbstract) o << " public: \\\n";
     if (HasAssign(c)) o << "  void Assign(const ::mv::TastNodeBase& source) override; \\\n";
     if (CopiesFields(c)) o << "  void AssignOwnFields(const " << c.name << "& source); \\\n";
+    if (c.parts) {
+      o << "  bool PrintsInParts() const final { return true; } \\\n";
+      o << "  void BuildSQLDirect(::mv::TSQLBuilder& builder, const ::mv::TSQLBuilderSelectFormat& format) final { \\\n";
+      o << "    BuildSQLInParts(builder, format); \\\n";
+      o << "  } \\\n";
+      o << "  bool BuildSQLPart(int index, ::mv::TSQLBuilder& builder, const ::mv::TSQLBuilderSelectFormat& format, \\\n";
+      o << "                    ::mv::TastNode*& child) override; \\\n";
+    }
     for (const Field& f : c.fields) o << "  " << FieldDeclaration(f) << " \\\n";
     o << "  static_assert(true)\n\n";
   }
