@@ -10,11 +10,27 @@ MV_DEFINE_CLASS(TmvBaseParser, TmvObject)
 
 namespace {
 
-bool Contains(TmvTokenKinds kinds, int32_t kind) {
-  for (int32_t k : kinds) {
-    if (k == kind) return true;
+// The two forms of a kind set behind one test, for the templates below.
+struct KindArray {
+  TmvTokenKinds kinds;
+  bool Contains(int32_t kind) const {
+    for (int32_t k : kinds) {
+      if (k == kind) return true;
+    }
+    return false;
   }
-  return false;
+};
+
+// Whether the way whose last token is `last` goes on with a token of
+// `kinds`. Hidden tokens are stepped over whatever the scanner's flags say,
+// but each is tested on the way.
+template <class Kinds>
+bool NextIsIn(const TmvBaseScanner& scanner, int32_t last, const Kinds& kinds) {
+  for (int32_t i = last + 1;; ++i) {
+    const TmvToken& t = scanner.GetToken(i);
+    if (kinds.Contains(t.Kind)) return true;
+    if (!t.IsHidden()) return false;
+  }
 }
 
 bool ContainsText(const TmvAnsiStrings& strings, const std::string& text) {
@@ -129,42 +145,27 @@ bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, int32_t kind) {
   return CheckLAToken(list, kinds);
 }
 
-bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+// The lookahead tests, one template per test for both forms of kind sets.
+template <class Kinds>
+bool TmvBaseParser::KeepNextIn(TmvWayPointsList& list, const Kinds& kinds) {
   if (list.IsEmpty()) return false;
   if (limitExceeded_) return Abort(list);
   const TmvBaseScanner& scanner = *Scanner;
-  // Hidden tokens are stepped over whatever the scanner's flags say, but each
-  // is tested on the way.
-  list.Filter([&](TmvWayPoint* p) {
-    for (int32_t i = p->TokenIndex + 1;; ++i) {
-      const TmvToken& t = scanner.GetToken(i);
-      if (Contains(kinds, t.Kind)) return true;
-      if (!t.IsHidden()) return false;
-    }
-  });
+  list.Filter([&](TmvWayPoint* p) { return NextIsIn(scanner, p->TokenIndex, kinds); });
   return !list.IsEmpty();
 }
 
-bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, int32_t kind) {
-  const int32_t kinds[] = {kind};
-  return CheckLANotToken(list, kinds);
-}
-
-bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+template <class Kinds>
+bool TmvBaseParser::KeepNextNotIn(TmvWayPointsList& list, const Kinds& kinds) {
   if (list.IsEmpty()) return false;
   if (limitExceeded_) return Abort(list);
   const TmvBaseScanner& scanner = *Scanner;
-  list.Filter([&](TmvWayPoint* p) {
-    for (int32_t i = p->TokenIndex + 1;; ++i) {
-      const TmvToken& t = scanner.GetToken(i);
-      if (Contains(kinds, t.Kind)) return false;
-      if (!t.IsHidden()) return true;
-    }
-  });
+  list.Filter([&](TmvWayPoint* p) { return !NextIsIn(scanner, p->TokenIndex, kinds); });
   return !list.IsEmpty();
 }
 
-bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+template <class Kinds>
+bool TmvBaseParser::KeepSecondNotIn(TmvWayPointsList& list, const Kinds& kinds) {
   if (list.IsEmpty()) return false;
   if (limitExceeded_) return Abort(list);
   const TmvBaseScanner& scanner = *Scanner;
@@ -177,13 +178,56 @@ bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvTokenKinds kinds
   list.Filter([&](TmvWayPoint* p) {
     int32_t i = p->TokenIndex + 1;
     while (scanner.GetToken(i).IsHidden()) ++i;
-    for (++i;; ++i) {
-      const TmvToken& t = scanner.GetToken(i);
-      if (Contains(kinds, t.Kind)) return false;
-      if (!t.IsHidden()) return true;
-    }
+    return !NextIsIn(scanner, i, kinds);
   });
   return !list.IsEmpty();
+}
+
+template <class Kinds>
+bool TmvBaseParser::AddNextIn(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
+                              const Kinds& follow) {
+  if (src.IsEmpty()) return !dest.IsEmpty();
+  if (limitExceeded_) return !dest.IsEmpty();
+  const TmvBaseScanner& scanner = *Scanner;
+  TmvQBWayPointsCache& cache = WayPointCache();
+  for (int32_t i = 0; i < src.Count(); ++i) {
+    TmvWayPoint* tip = src[i];
+    // The same test as CheckLAToken, on a way that stays in `src`.
+    if (!NextIsIn(scanner, tip->TokenIndex, follow)) continue;
+    if (dest.Count() >= MaxLiveWays) {
+      Abort(dest);
+      return false;
+    }
+    dest.Add(cache.Get(tip, choice));
+  }
+  return !dest.IsEmpty();
+}
+
+bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+  return KeepNextIn(list, KindArray{kinds});
+}
+
+bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, TmvKindBits kinds) { return KeepNextIn(list, kinds); }
+
+bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, int32_t kind) {
+  const int32_t kinds[] = {kind};
+  return CheckLANotToken(list, kinds);
+}
+
+bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+  return KeepNextNotIn(list, KindArray{kinds});
+}
+
+bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, TmvKindBits kinds) {
+  return KeepNextNotIn(list, kinds);
+}
+
+bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+  return KeepSecondNotIn(list, KindArray{kinds});
+}
+
+bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvKindBits kinds) {
+  return KeepSecondNotIn(list, kinds);
 }
 
 bool TmvBaseParser::CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& strings) {
@@ -230,26 +274,12 @@ void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPoint
 
 void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
                                        TmvTokenKinds follow) {
-  if (src.IsEmpty()) return;
-  if (limitExceeded_) return;
-  const TmvBaseScanner& scanner = *Scanner;
-  TmvQBWayPointsCache& cache = WayPointCache();
-  for (int32_t i = 0; i < src.Count(); ++i) {
-    TmvWayPoint* tip = src[i];
-    // The same test as CheckLAToken, on a way that stays in `src`.
-    for (int32_t k = tip->TokenIndex + 1;; ++k) {
-      const TmvToken& t = scanner.GetToken(k);
-      if (Contains(follow, t.Kind)) {
-        if (dest.Count() >= MaxLiveWays) {
-          Abort(dest);
-          return;
-        }
-        dest.Add(cache.Get(tip, choice));
-        break;
-      }
-      if (!t.IsHidden()) break;
-    }
-  }
+  AddNextIn(dest, src, choice, KindArray{follow});
+}
+
+bool TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
+                                       TmvKindBits follow) {
+  return AddNextIn(dest, src, choice, follow);
 }
 
 // --- Second pass. -------------------------------------------------------------

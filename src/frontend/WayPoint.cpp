@@ -91,7 +91,7 @@ thread_local ThreadRecords threadRecords;
 
 }  // namespace
 
-void ReleaseWayPoint(TmvWayPoint* point) {
+void FreeWayPointChain(TmvWayPoint* point) {
   while (point) {
     if (point->RefCount > 1) {
       --point->RefCount;
@@ -166,6 +166,16 @@ void TmvWayPointsList::CopyFrom(const TmvWayPointsList& src) {
 void TmvWayPointsList::MoveFrom(TmvWayPointsList& src) {
   Clear();
   items_.swap(src.items_);
+}
+
+void TmvWayPointsList::AppendFrom(TmvWayPointsList& src) {
+  if (items_.empty()) {
+    // Swapping keeps both storages alive for later use.
+    items_.swap(src.items_);
+    return;
+  }
+  items_.insert(items_.end(), src.items_.begin(), src.items_.end());
+  src.items_.clear();
 }
 
 namespace {

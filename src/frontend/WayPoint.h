@@ -33,8 +33,18 @@ struct TmvWayPoint {
   int32_t Choice;      // the decision's value; 0 at the root
 };
 
+// Frees `point`, whose last reference goes, and releases its Prev chain.
+void FreeWayPointChain(TmvWayPoint* point);
+
 // Releases one reference on `point` and frees what is no longer referenced.
-void ReleaseWayPoint(TmvWayPoint* point);
+// Most releases only count down, so that part is inline.
+inline void ReleaseWayPoint(TmvWayPoint* point) {
+  if (point->RefCount > 1) {
+    --point->RefCount;
+    return;
+  }
+  FreeWayPointChain(point);
+}
 
 // A list of way points that counts its references.
 class TmvWayPointsList {
@@ -69,6 +79,9 @@ class TmvWayPointsList {
   // Clear, then take over the points of `src` in order without touching
   // counts; `src` ends empty.
   void MoveFrom(TmvWayPointsList& src);
+  // Appends the points of `src` in order without touching counts; `src`
+  // ends empty (AddFrom followed by clearing `src`, without the counting).
+  void AppendFrom(TmvWayPointsList& src);
 
   // Keeps the points for which `keep(point)` holds, in order, and releases
   // the others: the deleting walk of the first-pass primitives.
