@@ -56,7 +56,8 @@ class RootPoint {
 }  // namespace
 
 TmvBaseParser::TmvBaseParser(TmvBaseScanner* scanner, TmvBaseSQLContext* context)
-    : Context(context), Scanner(scanner), Way(WayPointListCache().Get()) {}
+    : Context(context), Scanner(scanner), Way(WayPointListCache().Get()),
+      listStack_(&TmvWayListStack::OfThisThread()) {}
 
 TmvBaseParser::~TmvBaseParser() { WayPointListCache().Put(Way); }
 
@@ -79,6 +80,8 @@ bool TmvBaseParser::RunFirstPass(const std::function<void(TmvWayPointsList&)>& f
                                  bool unroll) {
   limitExceeded_ = false;
   ruleDepth_ = 0;
+  // The helpers' lists come from the stack of the thread that runs the pass.
+  listStack_ = &TmvWayListStack::OfThisThread();
   RootPoint root;
   TmvPooledWayList list;
   list->Add(root.get());

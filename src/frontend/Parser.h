@@ -226,6 +226,25 @@ class TmvBaseParser : public TmvObject {
   static std::string UnrollWayStr(const TmvWayPoint* point);
 
  protected:
+  // A scratch way list of a first-pass helper for the lifetime of a scope.
+  // Helpers nest strictly, so their lists come from a stack of the thread
+  // (TmvWayListStack) that keeps their storage from use to use. The stack is
+  // the one of the thread that runs the first pass (or, for helpers called
+  // outside a first pass, of the thread that made the parser).
+  class TmvScopedWayList {
+   public:
+    explicit TmvScopedWayList(TmvBaseParser& parser) : stack_(*parser.listStack_), list_(stack_.Push()) {}
+    ~TmvScopedWayList() { stack_.Pop(); }
+    TmvScopedWayList(const TmvScopedWayList&) = delete;
+    TmvScopedWayList& operator=(const TmvScopedWayList&) = delete;
+    TmvWayPointsList& operator*() const { return list_; }
+    TmvWayPointsList* operator->() const { return &list_; }
+
+   private:
+    TmvWayListStack& stack_;
+    TmvWayPointsList& list_;
+  };
+
   // Opens a rule of the first pass; generated rules hold one for their whole
   // body. It is false when there is nothing to do: the list is empty, or the
   // rule nesting went past MaxRuleDepth, which ends the parse.
@@ -261,6 +280,7 @@ class TmvBaseParser : public TmvObject {
 
   int32_t ruleDepth_ = 0;
   bool limitExceeded_ = false;
+  TmvWayListStack* listStack_;
 };
 
 }  // namespace mv

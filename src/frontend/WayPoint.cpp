@@ -178,6 +178,11 @@ void TmvWayPointsList::AppendFrom(TmvWayPointsList& src) {
   src.items_.clear();
 }
 
+TmvWayListStack& TmvWayListStack::OfThisThread() {
+  thread_local TmvWayListStack stack;
+  return stack;
+}
+
 namespace {
 
 constexpr size_t kLocalLists = 64;  // spare lists a thread keeps for itself

@@ -22,6 +22,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace mv {
@@ -143,6 +144,29 @@ class TmvQBWayPointListsCache {
   TmvWayPointsList* Get();
   // Clears the list (releasing its points) and pools it.
   void Put(TmvWayPointsList* list);
+};
+
+// The scratch way lists of the first passes that run on one thread. The
+// helpers of a first pass open and close their lists strictly nested, so the
+// lists form a stack; each keeps its storage when it is closed, so that a
+// helper's list costs no allocation once the thread has parsed a little.
+class TmvWayListStack {
+ public:
+  // The next list, empty.
+  TmvWayPointsList& Push() {
+    if (depth_ == lists_.size()) lists_.push_back(std::make_unique<TmvWayPointsList>());
+    return *lists_[depth_++];
+  }
+  // Clears the last list pushed (releasing its points) and closes it.
+  void Pop() { lists_[--depth_]->Clear(); }
+  size_t Depth() const { return depth_; }
+
+  // The stack of the calling thread.
+  static TmvWayListStack& OfThisThread();
+
+ private:
+  std::vector<std::unique_ptr<TmvWayPointsList>> lists_;
+  size_t depth_ = 0;
 };
 
 // The process-wide instances, shared by all parsers on all threads.

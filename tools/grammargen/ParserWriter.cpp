@@ -384,7 +384,7 @@ class Writer {
 
   void WriteOpt(const Node& n) {
     const Node& body = *n.items[0];
-    s_.Line("TmvPooledWayList skip;");
+    s_.Line("TmvScopedWayList skip(*this);");
     WriteLeave(n, "skip", n.skipGuards);
     std::string state = StateCondition(GuardsOf(body));
     std::string tests = TokenTests("list", body.nullable ? std::set<int>{} : body.first, GuardsOf(body), "k");
@@ -410,7 +410,7 @@ class Writer {
     const Node& body = *n.items[0];
     // What may follow the repetition; ways leave it only where that stands.
     s_.Line("static constexpr auto kFollow = KindBits<KindWords>({" + KindList(n.follow) + "});");
-    s_.Line("TmvPooledWayList done;");
+    s_.Line("TmvScopedWayList done(*this);");
     s_.Line("ListAddWithWayNode(*done, list, 0, kFollow);");
     std::string state = StateCondition(GuardsOf(body));
     // The body can not match nothing (the generator refuses that), so each
@@ -435,8 +435,8 @@ class Writer {
   // Each alternative starts from an empty `list` and leaves it empty: the
   // ways it completes move on to `result`.
   void WriteAlt(const Node& n) {
-    s_.Line("TmvPooledWayList input;");
-    s_.Line("TmvPooledWayList result;");
+    s_.Line("TmvScopedWayList input(*this);");
+    s_.Line("TmvScopedWayList result(*this);");
     s_.Line("input->MoveFrom(list);");
     for (size_t k = 0; k < n.items.size(); ++k) {
       const Node& alt = *n.items[k];
