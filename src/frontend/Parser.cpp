@@ -25,11 +25,12 @@ struct KindArray {
 // `kinds`. Hidden tokens are stepped over whatever the scanner's flags say,
 // but each is tested on the way.
 template <class Kinds>
-bool NextIsIn(const TmvBaseScanner& scanner, int32_t last, const Kinds& kinds) {
+inline __attribute__((always_inline)) bool NextIsIn(const TmvBaseScanner& scanner, int32_t last,
+                                                   const Kinds& kinds) {
   for (int32_t i = last + 1;; ++i) {
-    const TmvToken& t = scanner.GetToken(i);
+    const TmvTokenLook& t = scanner.GetLook(i);
     if (kinds.Contains(t.Kind)) return true;
-    if (!t.IsHidden()) return false;
+    if (!t.Hidden) return false;
   }
 }
 
@@ -57,7 +58,8 @@ class RootPoint {
 
 TmvBaseParser::TmvBaseParser(TmvBaseScanner* scanner, TmvBaseSQLContext* context)
     : Context(context), Scanner(scanner), Way(WayPointListCache().Get()),
-      listStack_(&TmvWayListStack::OfThisThread()) {}
+      listStack_(&TmvWayListStack::OfThisThread()),
+      stock_(&TmvWayPointStock::OfThisThread()) {}
 
 TmvBaseParser::~TmvBaseParser() { WayPointListCache().Put(Way); }
 
@@ -80,8 +82,9 @@ bool TmvBaseParser::RunFirstPass(const std::function<void(TmvWayPointsList&)>& f
                                  bool unroll) {
   limitExceeded_ = false;
   ruleDepth_ = 0;
-  // The helpers' lists come from the stack of the thread that runs the pass.
+  // The helpers' lists and the way points come from the thread that runs the pass.
   listStack_ = &TmvWayListStack::OfThisThread();
+  stock_ = &TmvWayPointStock::OfThisThread();
   RootPoint root;
   TmvPooledWayList list;
   list->Add(root.get());
@@ -122,12 +125,13 @@ void TmvBaseParser::Expect(TmvWayPointsList& list, int32_t kind) {
     return;
   }
   const TmvBaseScanner& scanner = *Scanner;
-  const bool skipSpaces = scanner.SkipSpaces;
-  const bool skipComments = scanner.SkipComments;
+  // The hidden tokens this scanner's flags step over.
+  const uint8_t skip = static_cast<uint8_t>((scanner.SkipSpaces ? TmvTokenLook::kLineOrSpace : 0) |
+                                            (scanner.SkipComments ? TmvTokenLook::kComment : 0));
   int32_t maxIndex = MaxTokenIndex;
   list.Filter([&](TmvWayPoint* p) {
     for (int32_t i = p->TokenIndex + 1;; ++i) {
-      const TmvToken& t = scanner.GetToken(i);
+      const TmvTokenLook& t = scanner.GetLook(i);
       // The match comes first, so that a grammar may expect a hidden kind.
       if (t.Kind == kind) {
         p->TokenIndex = i;
@@ -135,8 +139,7 @@ void TmvBaseParser::Expect(TmvWayPointsList& list, int32_t kind) {
         return true;
       }
       if (t.Kind == tkNone) return false;
-      if (skipSpaces && (t.Kind == tkNewLine || t.Kind == tkSpace)) continue;
-      if (skipComments && t.IsComment) continue;
+      if (t.Hidden & skip) continue;
       return false;
     }
   });
@@ -192,16 +195,15 @@ bool TmvBaseParser::AddNextIn(TmvWayPointsList& dest, const TmvWayPointsList& sr
   if (src.IsEmpty()) return !dest.IsEmpty();
   if (limitExceeded_) return !dest.IsEmpty();
   const TmvBaseScanner& scanner = *Scanner;
-  TmvQBWayPointsCache& cache = WayPointCache();
-  for (int32_t i = 0; i < src.Count(); ++i) {
-    TmvWayPoint* tip = src[i];
+  TmvWayPointStock& stock = *stock_;
+  for (TmvWayPoint* tip : src.Raw()) {
     // The same test as CheckLAToken, on a way that stays in `src`.
     if (!NextIsIn(scanner, tip->TokenIndex, follow)) continue;
     if (dest.Count() >= MaxLiveWays) {
       Abort(dest);
       return false;
     }
-    dest.Add(cache.Get(tip, choice));
+    dest.Add(stock.New(tip, choice));
   }
   return !dest.IsEmpty();
 }
@@ -252,10 +254,10 @@ void TmvBaseParser::AddWayNode(TmvWayPointsList& list, int32_t choice) {
     Abort(list);
     return;
   }
-  TmvQBWayPointsCache& cache = WayPointCache();
+  TmvWayPointStock& stock = *stock_;
   for (TmvWayPoint*& slot : list.Raw()) {
     TmvWayPoint* tip = slot;
-    TmvWayPoint* point = cache.Get(tip, choice);
+    TmvWayPoint* point = stock.New(tip, choice);
     // The list's reference on the old tip passes to the new point.
     --tip->RefCount;
     ++point->RefCount;
@@ -270,9 +272,9 @@ void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPoint
     Abort(dest);
     return;
   }
-  TmvQBWayPointsCache& cache = WayPointCache();
+  TmvWayPointStock& stock = *stock_;
   dest.Reserve(dest.Raw().size() + src.Count());
-  for (int32_t i = 0; i < src.Count(); ++i) dest.Add(cache.Get(src[i], choice));
+  for (int32_t i = 0; i < src.Count(); ++i) dest.Add(stock.New(src[i], choice));
 }
 
 void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,

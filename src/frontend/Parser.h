@@ -281,6 +281,7 @@ class TmvBaseParser : public TmvObject {
   int32_t ruleDepth_ = 0;
   bool limitExceeded_ = false;
   TmvWayListStack* listStack_;
+  TmvWayPointStock* stock_;
 };
 
 }  // namespace mv
