@@ -10,11 +10,28 @@ MV_DEFINE_CLASS(TmvBaseParser, TmvObject)
 
 namespace {
 
-bool Contains(TmvTokenKinds kinds, int32_t kind) {
-  for (int32_t k : kinds) {
-    if (k == kind) return true;
+// The two forms of a kind set behind one test, for the templates below.
+struct KindArray {
+  TmvTokenKinds kinds;
+  bool Contains(int32_t kind) const {
+    for (int32_t k : kinds) {
+      if (k == kind) return true;
+    }
+    return false;
   }
-  return false;
+};
+
+// Whether the way whose last token is `last` goes on with a token of
+// `kinds`. Hidden tokens are stepped over whatever the scanner's flags say,
+// but each is tested on the way.
+template <class Kinds>
+inline __attribute__((always_inline)) bool NextIsIn(const TmvBaseScanner& scanner, int32_t last,
+                                                   const Kinds& kinds) {
+  for (int32_t i = last + 1;; ++i) {
+    const TmvTokenLook& t = scanner.GetLook(i);
+    if (kinds.Contains(t.Kind)) return true;
+    if (!t.Hidden) return false;
+  }
 }
 
 bool ContainsText(const TmvAnsiStrings& strings, const std::string& text) {
@@ -40,7 +57,9 @@ class RootPoint {
 }  // namespace
 
 TmvBaseParser::TmvBaseParser(TmvBaseScanner* scanner, TmvBaseSQLContext* context)
-    : Context(context), Scanner(scanner), Way(WayPointListCache().Get()) {}
+    : Context(context), Scanner(scanner), Way(WayPointListCache().Get()),
+      listStack_(&TmvWayListStack::OfThisThread()),
+      stock_(&TmvWayPointStock::OfThisThread()) {}
 
 TmvBaseParser::~TmvBaseParser() { WayPointListCache().Put(Way); }
 
@@ -63,6 +82,9 @@ bool TmvBaseParser::RunFirstPass(const std::function<void(TmvWayPointsList&)>& f
                                  bool unroll) {
   limitExceeded_ = false;
   ruleDepth_ = 0;
+  // The helpers' lists and the way points come from the thread that runs the pass.
+  listStack_ = &TmvWayListStack::OfThisThread();
+  stock_ = &TmvWayPointStock::OfThisThread();
   RootPoint root;
   TmvPooledWayList list;
   list->Add(root.get());
@@ -103,12 +125,13 @@ void TmvBaseParser::Expect(TmvWayPointsList& list, int32_t kind) {
     return;
   }
   const TmvBaseScanner& scanner = *Scanner;
-  const bool skipSpaces = scanner.SkipSpaces;
-  const bool skipComments = scanner.SkipComments;
+  // The hidden tokens this scanner's flags step over.
+  const uint8_t skip = static_cast<uint8_t>((scanner.SkipSpaces ? TmvTokenLook::kLineOrSpace : 0) |
+                                            (scanner.SkipComments ? TmvTokenLook::kComment : 0));
   int32_t maxIndex = MaxTokenIndex;
   list.Filter([&](TmvWayPoint* p) {
     for (int32_t i = p->TokenIndex + 1;; ++i) {
-      const TmvToken& t = scanner.GetToken(i);
+      const TmvTokenLook& t = scanner.GetLook(i);
       // The match comes first, so that a grammar may expect a hidden kind.
       if (t.Kind == kind) {
         p->TokenIndex = i;
@@ -116,8 +139,7 @@ void TmvBaseParser::Expect(TmvWayPointsList& list, int32_t kind) {
         return true;
       }
       if (t.Kind == tkNone) return false;
-      if (skipSpaces && (t.Kind == tkNewLine || t.Kind == tkSpace)) continue;
-      if (skipComments && t.IsComment) continue;
+      if (t.Hidden & skip) continue;
       return false;
     }
   });
@@ -129,42 +151,27 @@ bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, int32_t kind) {
   return CheckLAToken(list, kinds);
 }
 
-bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+// The lookahead tests, one template per test for both forms of kind sets.
+template <class Kinds>
+bool TmvBaseParser::KeepNextIn(TmvWayPointsList& list, const Kinds& kinds) {
   if (list.IsEmpty()) return false;
   if (limitExceeded_) return Abort(list);
   const TmvBaseScanner& scanner = *Scanner;
-  // Hidden tokens are stepped over whatever the scanner's flags say, but each
-  // is tested on the way.
-  list.Filter([&](TmvWayPoint* p) {
-    for (int32_t i = p->TokenIndex + 1;; ++i) {
-      const TmvToken& t = scanner.GetToken(i);
-      if (Contains(kinds, t.Kind)) return true;
-      if (!t.IsHidden()) return false;
-    }
-  });
+  list.Filter([&](TmvWayPoint* p) { return NextIsIn(scanner, p->TokenIndex, kinds); });
   return !list.IsEmpty();
 }
 
-bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, int32_t kind) {
-  const int32_t kinds[] = {kind};
-  return CheckLANotToken(list, kinds);
-}
-
-bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+template <class Kinds>
+bool TmvBaseParser::KeepNextNotIn(TmvWayPointsList& list, const Kinds& kinds) {
   if (list.IsEmpty()) return false;
   if (limitExceeded_) return Abort(list);
   const TmvBaseScanner& scanner = *Scanner;
-  list.Filter([&](TmvWayPoint* p) {
-    for (int32_t i = p->TokenIndex + 1;; ++i) {
-      const TmvToken& t = scanner.GetToken(i);
-      if (Contains(kinds, t.Kind)) return false;
-      if (!t.IsHidden()) return true;
-    }
-  });
+  list.Filter([&](TmvWayPoint* p) { return !NextIsIn(scanner, p->TokenIndex, kinds); });
   return !list.IsEmpty();
 }
 
-bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+template <class Kinds>
+bool TmvBaseParser::KeepSecondNotIn(TmvWayPointsList& list, const Kinds& kinds) {
   if (list.IsEmpty()) return false;
   if (limitExceeded_) return Abort(list);
   const TmvBaseScanner& scanner = *Scanner;
@@ -177,13 +184,55 @@ bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvTokenKinds kinds
   list.Filter([&](TmvWayPoint* p) {
     int32_t i = p->TokenIndex + 1;
     while (scanner.GetToken(i).IsHidden()) ++i;
-    for (++i;; ++i) {
-      const TmvToken& t = scanner.GetToken(i);
-      if (Contains(kinds, t.Kind)) return false;
-      if (!t.IsHidden()) return true;
-    }
+    return !NextIsIn(scanner, i, kinds);
   });
   return !list.IsEmpty();
+}
+
+template <class Kinds>
+bool TmvBaseParser::AddNextIn(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
+                              const Kinds& follow) {
+  if (src.IsEmpty()) return !dest.IsEmpty();
+  if (limitExceeded_) return !dest.IsEmpty();
+  const TmvBaseScanner& scanner = *Scanner;
+  TmvWayPointStock& stock = *stock_;
+  for (TmvWayPoint* tip : src.Raw()) {
+    // The same test as CheckLAToken, on a way that stays in `src`.
+    if (!NextIsIn(scanner, tip->TokenIndex, follow)) continue;
+    if (dest.Count() >= MaxLiveWays) {
+      Abort(dest);
+      return false;
+    }
+    dest.Add(stock.New(tip, choice));
+  }
+  return !dest.IsEmpty();
+}
+
+bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+  return KeepNextIn(list, KindArray{kinds});
+}
+
+bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, TmvKindBits kinds) { return KeepNextIn(list, kinds); }
+
+bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, int32_t kind) {
+  const int32_t kinds[] = {kind};
+  return CheckLANotToken(list, kinds);
+}
+
+bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+  return KeepNextNotIn(list, KindArray{kinds});
+}
+
+bool TmvBaseParser::CheckLANotToken(TmvWayPointsList& list, TmvKindBits kinds) {
+  return KeepNextNotIn(list, kinds);
+}
+
+bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvTokenKinds kinds) {
+  return KeepSecondNotIn(list, KindArray{kinds});
+}
+
+bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvKindBits kinds) {
+  return KeepSecondNotIn(list, kinds);
 }
 
 bool TmvBaseParser::CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& strings) {
@@ -205,10 +254,10 @@ void TmvBaseParser::AddWayNode(TmvWayPointsList& list, int32_t choice) {
     Abort(list);
     return;
   }
-  TmvQBWayPointsCache& cache = WayPointCache();
+  TmvWayPointStock& stock = *stock_;
   for (TmvWayPoint*& slot : list.Raw()) {
     TmvWayPoint* tip = slot;
-    TmvWayPoint* point = cache.Get(tip, choice);
+    TmvWayPoint* point = stock.New(tip, choice);
     // The list's reference on the old tip passes to the new point.
     --tip->RefCount;
     ++point->RefCount;
@@ -223,33 +272,19 @@ void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPoint
     Abort(dest);
     return;
   }
-  TmvQBWayPointsCache& cache = WayPointCache();
+  TmvWayPointStock& stock = *stock_;
   dest.Reserve(dest.Raw().size() + src.Count());
-  for (int32_t i = 0; i < src.Count(); ++i) dest.Add(cache.Get(src[i], choice));
+  for (int32_t i = 0; i < src.Count(); ++i) dest.Add(stock.New(src[i], choice));
 }
 
 void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
                                        TmvTokenKinds follow) {
-  if (src.IsEmpty()) return;
-  if (limitExceeded_) return;
-  const TmvBaseScanner& scanner = *Scanner;
-  TmvQBWayPointsCache& cache = WayPointCache();
-  for (int32_t i = 0; i < src.Count(); ++i) {
-    TmvWayPoint* tip = src[i];
-    // The same test as CheckLAToken, on a way that stays in `src`.
-    for (int32_t k = tip->TokenIndex + 1;; ++k) {
-      const TmvToken& t = scanner.GetToken(k);
-      if (Contains(follow, t.Kind)) {
-        if (dest.Count() >= MaxLiveWays) {
-          Abort(dest);
-          return;
-        }
-        dest.Add(cache.Get(tip, choice));
-        break;
-      }
-      if (!t.IsHidden()) break;
-    }
-  }
+  AddNextIn(dest, src, choice, KindArray{follow});
+}
+
+bool TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
+                                       TmvKindBits follow) {
+  return AddNextIn(dest, src, choice, follow);
 }
 
 // --- Second pass. -------------------------------------------------------------

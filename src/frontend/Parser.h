@@ -37,8 +37,10 @@
 // released iteratively.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <vector>
@@ -77,8 +79,37 @@ enum class TmvParserEntry {
   peIdentifier,
 };
 
-// A literal array of token kinds, as generated code writes them.
+// A literal array of token kinds, as hand-written tests and guards write them.
 using TmvTokenKinds = std::span<const int32_t>;
+
+// A set of token kinds as bits, as generated code writes its first, follow
+// and guard sets: `static constexpr auto kFirst = KindBits<KindWords>({5, 6});`.
+// Testing a kind is one shift and mask instead of a walk over an array,
+// which matters because every way of a list tests its next tokens against
+// the sets of every alternative it meets.
+class TmvKindBits {
+ public:
+  template <size_t Words>
+  constexpr TmvKindBits(const std::array<uint64_t, Words>& words) : words_(words.data()), count_(Words) {}
+
+  // Kinds outside the set's words (tkNone among them) are not in it.
+  bool Contains(int32_t kind) const {
+    const uint32_t k = static_cast<uint32_t>(kind);
+    return k / 64 < count_ && ((words_[k / 64] >> (k % 64)) & 1) != 0;
+  }
+
+ private:
+  const uint64_t* words_;
+  size_t count_;
+};
+
+// The words of a TmvKindBits holding `kinds` (each below 64 * Words).
+template <size_t Words>
+constexpr std::array<uint64_t, Words> KindBits(std::initializer_list<int32_t> kinds) {
+  std::array<uint64_t, Words> words{};
+  for (int32_t k : kinds) words[static_cast<size_t>(k) / 64] |= uint64_t(1) << (static_cast<size_t>(k) % 64);
+  return words;
+}
 // Texts for CheckLANotIn; compared without regard to case.
 using TmvAnsiStrings = std::vector<std::string>;
 
@@ -152,11 +183,14 @@ class TmvBaseParser : public TmvObject {
   // Deletes each way whose next token is not of a listed kind.
   bool CheckLAToken(TmvWayPointsList& list, int32_t kind);
   bool CheckLAToken(TmvWayPointsList& list, TmvTokenKinds kinds);
+  bool CheckLAToken(TmvWayPointsList& list, TmvKindBits kinds);
   // Deletes each way whose next token is of a listed kind.
   bool CheckLANotToken(TmvWayPointsList& list, int32_t kind);
   bool CheckLANotToken(TmvWayPointsList& list, TmvTokenKinds kinds);
+  bool CheckLANotToken(TmvWayPointsList& list, TmvKindBits kinds);
   // The same for the token after the next.
   bool CheckLA2NotToken(TmvWayPointsList& list, TmvTokenKinds kinds);
+  bool CheckLA2NotToken(TmvWayPointsList& list, TmvKindBits kinds);
   // Deletes each way whose next token's text is one of `strings`.
   bool CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& strings);
   // Replaces each tip by a new point with `choice`.
@@ -169,6 +203,13 @@ class TmvBaseParser : public TmvObject {
   // otherwise keep one leaving way per item alive to its end.
   void ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
                           TmvTokenKinds follow);
+  // With the kinds as bits. Generated choices and options also use it, into
+  // an empty `dest`, for a copy of their input that only takes the ways an
+  // alternative's first tokens (or what may follow a skipped option) admit,
+  // so that ways an alternative cannot read are never copied. Returns
+  // whether `dest` holds a way.
+  bool ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice,
+                          TmvKindBits follow);
 
   // --- Second-pass primitives. ---
 
@@ -185,6 +226,25 @@ class TmvBaseParser : public TmvObject {
   static std::string UnrollWayStr(const TmvWayPoint* point);
 
  protected:
+  // A scratch way list of a first-pass helper for the lifetime of a scope.
+  // Helpers nest strictly, so their lists come from a stack of the thread
+  // (TmvWayListStack) that keeps their storage from use to use. The stack is
+  // the one of the thread that runs the first pass (or, for helpers called
+  // outside a first pass, of the thread that made the parser).
+  class TmvScopedWayList {
+   public:
+    explicit TmvScopedWayList(TmvBaseParser& parser) : stack_(*parser.listStack_), list_(stack_.Push()) {}
+    ~TmvScopedWayList() { stack_.Pop(); }
+    TmvScopedWayList(const TmvScopedWayList&) = delete;
+    TmvScopedWayList& operator=(const TmvScopedWayList&) = delete;
+    TmvWayPointsList& operator*() const { return list_; }
+    TmvWayPointsList* operator->() const { return &list_; }
+
+   private:
+    TmvWayListStack& stack_;
+    TmvWayPointsList& list_;
+  };
+
   // Opens a rule of the first pass; generated rules hold one for their whole
   // body. It is false when there is nothing to do: the list is empty, or the
   // rule nesting went past MaxRuleDepth, which ends the parse.
@@ -207,10 +267,21 @@ class TmvBaseParser : public TmvObject {
  private:
   // Ends the running first pass: every way dies from here on. Returns false.
   bool Abort(TmvWayPointsList& list);
+  // The lookahead tests for both forms of kind sets (TmvTokenKinds, TmvKindBits).
+  template <class Kinds>
+  bool KeepNextIn(TmvWayPointsList& list, const Kinds& kinds);
+  template <class Kinds>
+  bool KeepNextNotIn(TmvWayPointsList& list, const Kinds& kinds);
+  template <class Kinds>
+  bool KeepSecondNotIn(TmvWayPointsList& list, const Kinds& kinds);
+  template <class Kinds>
+  bool AddNextIn(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice, const Kinds& follow);
   bool RunFirstPass(const std::function<void(TmvWayPointsList&)>& firstPass, bool unroll);
 
   int32_t ruleDepth_ = 0;
   bool limitExceeded_ = false;
+  TmvWayListStack* listStack_;
+  TmvWayPointStock* stock_;
 };
 
 }  // namespace mv

@@ -22,7 +22,18 @@ void TmvBuffer::SetPos(int32_t pos) {
   position_ = pos > 0 ? std::min(pos, length_) : 1;
 }
 
-TmvCharSet::TmvCharSet() : flags_(std::make_unique<std::array<uint8_t, 65536>>()) { flags_->fill(0); }
+void TmvCharSet::SetItems(char16_t ch, bool value) {
+  if (ch < kLowSize) {
+    low_[ch] = value ? 1 : 0;
+    return;
+  }
+  if (!high_) {
+    if (!value) return;
+    high_ = std::make_unique<std::array<uint8_t, 65536>>();
+    high_->fill(0);
+  }
+  (*high_)[ch] = value ? 1 : 0;
+}
 
 TmvStartTable::TmvStartTable() { fast_.fill(kNoEntry); }
 

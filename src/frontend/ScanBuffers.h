@@ -38,15 +38,21 @@ class TmvBuffer {
   int32_t position_ = 0;
 };
 
-// A set of UTF-16 code units, one flag per unit.
+// A set of UTF-16 code units, one flag per unit. The units below 256 live in
+// the object; the flags of all others are allocated the first time one of
+// them is set, so that a scanner (made once per parse) costs no 64 KB table.
 class TmvCharSet {
  public:
-  TmvCharSet();
-  bool Items(char16_t ch) const { return (*flags_)[ch] != 0; }
-  void SetItems(char16_t ch, bool value) { (*flags_)[ch] = value ? 1 : 0; }
+  bool Items(char16_t ch) const {
+    if (ch < kLowSize) return low_[ch] != 0;
+    return high_ && (*high_)[ch] != 0;
+  }
+  void SetItems(char16_t ch, bool value);
 
  private:
-  std::unique_ptr<std::array<uint8_t, 65536>> flags_;
+  static constexpr char16_t kLowSize = 256;
+  std::array<uint8_t, kLowSize> low_{};
+  std::unique_ptr<std::array<uint8_t, 65536>> high_;
 };
 
 // Maps the first character of a token to the state its automaton starts in.

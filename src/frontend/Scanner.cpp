@@ -28,6 +28,19 @@ void TmvBaseScanner::Init(const WideString& text) {
   } while (Tokens.back().Kind != tkEndOfText);
   Tokens.back().Text = u"EOF";
   Buffer.reset();
+  looks_.resize(Tokens.size());
+  for (size_t i = 0; i < Tokens.size(); ++i) {
+    const TmvToken& t = Tokens[i];
+    looks_[i].Kind = t.Kind;
+    looks_[i].Hidden = static_cast<uint8_t>((t.Kind == tkNewLine || t.Kind == tkSpace ? TmvTokenLook::kLineOrSpace : 0) |
+                                            (t.IsComment ? TmvTokenLook::kComment : 0));
+  }
+}
+
+const TmvTokenLook& TmvBaseScanner::LastLook() const {
+  if (!looks_.empty()) return looks_.back();
+  static const TmvTokenLook endLook{};
+  return endLook;
 }
 
 const TmvToken& TmvBaseScanner::LastToken() const {

@@ -53,6 +53,12 @@ class TmvBaseScanner : public TmvObject {
     return Tokens[index];
   }
   const std::vector<TmvToken>& GetTokens() const { return Tokens; }
+  // The kind and hiddenness of the token at `index`, read the same way as
+  // GetToken (past either end: the end token).
+  const TmvTokenLook& GetLook(int32_t index) const {
+    if (static_cast<uint32_t>(index) >= looks_.size()) return LastLook();
+    return looks_[index];
+  }
 
   // Reclassifies a name token whose text is a keyword of the dialect.
   virtual void CheckLiteral(TmvToken& token) = 0;
@@ -123,6 +129,9 @@ class TmvBaseScanner : public TmvObject {
   SavedState Save() const;
   void Restore(const SavedState& state);
   const TmvToken& LastToken() const;
+  const TmvTokenLook& LastLook() const;
+
+  std::vector<TmvTokenLook> looks_;  // one per token, made at the end of Init
 };
 
 }  // namespace mv

@@ -33,4 +33,17 @@ struct TmvToken {
   bool IsHidden() const { return Kind == tkNewLine || Kind == tkSpace || IsComment; }
 };
 
+// What the lookahead of the parser's first pass reads of a token: its kind
+// and why it is hidden. The scanner keeps these apart from the tokens, eight
+// bytes each, because the first pass reads them far more often than
+// anything else of a token.
+struct TmvTokenLook {
+  enum : uint8_t {
+    kLineOrSpace = 1,  // Kind is tkNewLine or tkSpace
+    kComment = 2,      // IsComment
+  };
+  int32_t Kind = tkEndOfText;
+  uint8_t Hidden = 0;  // the reasons above; 0 for a visible token
+};
+
 }  // namespace mv

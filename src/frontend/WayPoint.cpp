@@ -13,14 +13,14 @@ namespace mv {
 
 namespace {
 
-constexpr size_t kSlabSize = 4096;      // records per allocation
-constexpr size_t kBatch = 512;          // records moved to or from the stock at once
-constexpr size_t kLocalLimit = 4 * kBatch;  // a thread keeps at most this many spare
+constexpr size_t kSlabSize = 4096;  // records per allocation
 
 struct Chain {
   TmvWayPoint* head = nullptr;
   size_t count = 0;
 };
+
+constexpr size_t kBatch = TmvWayPointStock::kBatch;
 
 struct TmvWayPointRecords {
   std::mutex lock;
@@ -54,51 +54,43 @@ TmvWayPointRecords& Records() {
   return records;
 }
 
-// The spare records of one thread; they go back to the stock when it ends.
-struct ThreadRecords {
-  Chain free;
-  int64_t live = 0;
-  ~ThreadRecords() { Records().Give(free); }
-
-  TmvWayPoint* Alloc() {
-    if (!free.head) free = Records().Take();
-    TmvWayPoint* p = free.head;
-    free.head = p->Prev;
-    --free.count;
-    ++live;
-    return p;
-  }
-
-  void Free(TmvWayPoint* p) {
-    --live;
-    p->Prev = free.head;
-    free.head = p;
-    if (++free.count > kLocalLimit) {
-      // Hand a batch to the stock so that a thread that frees what others
-      // allocate does not hoard records.
-      Chain batch{free.head, kBatch};
-      TmvWayPoint* last = free.head;
-      for (size_t i = 1; i < kBatch; ++i) last = last->Prev;
-      free.head = last->Prev;
-      free.count -= kBatch;
-      last->Prev = nullptr;
-      Records().Give(batch);
-    }
-  }
-};
-
-thread_local ThreadRecords threadRecords;
-
 }  // namespace
 
-void ReleaseWayPoint(TmvWayPoint* point) {
+// The spare records of one thread go back to the stock when it ends.
+TmvWayPointStock::~TmvWayPointStock() { Records().Give(Chain{head_, count_}); }
+
+void TmvWayPointStock::Refill() {
+  Chain c = Records().Take();
+  head_ = c.head;
+  count_ = c.count;
+}
+
+void TmvWayPointStock::GiveBatch() {
+  // Hand a batch to the stock so that a thread that frees what others
+  // allocate does not hoard records.
+  Chain batch{head_, kBatch};
+  TmvWayPoint* last = head_;
+  for (size_t i = 1; i < kBatch; ++i) last = last->Prev;
+  head_ = last->Prev;
+  count_ -= kBatch;
+  last->Prev = nullptr;
+  Records().Give(batch);
+}
+
+TmvWayPointStock& TmvWayPointStock::OfThisThread() {
+  thread_local TmvWayPointStock stock;
+  return stock;
+}
+
+void FreeWayPointChain(TmvWayPoint* point) {
+  TmvWayPointStock& stock = TmvWayPointStock::OfThisThread();
   while (point) {
     if (point->RefCount > 1) {
       --point->RefCount;
       return;
     }
     TmvWayPoint* prev = point->Prev;
-    threadRecords.Free(point);
+    stock.Free(point);
     point = prev;
   }
 }
@@ -106,26 +98,16 @@ void ReleaseWayPoint(TmvWayPoint* point) {
 TmvQBWayPointsCache::~TmvQBWayPointsCache() = default;
 
 TmvWayPoint* TmvQBWayPointsCache::Get(TmvWayPoint* prev, int32_t choice) {
-  TmvWayPoint* p = threadRecords.Alloc();
-  p->Prev = prev;
-  p->RefCount = 0;
-  p->Choice = choice;
-  if (prev) {
-    ++prev->RefCount;
-    p->TokenIndex = prev->TokenIndex;
-  } else {
-    p->TokenIndex = -1;
-  }
-  return p;
+  return TmvWayPointStock::OfThisThread().New(prev, choice);
 }
 
 void TmvQBWayPointsCache::Put(TmvWayPoint* point) {
   TmvWayPoint* prev = point->Prev;
-  threadRecords.Free(point);
-  ReleaseWayPoint(prev);
+  TmvWayPointStock::OfThisThread().Free(point);
+  if (prev) ReleaseWayPoint(prev);
 }
 
-int64_t TmvQBWayPointsCache::LiveRecordsOfThisThread() { return threadRecords.live; }
+int64_t TmvQBWayPointsCache::LiveRecordsOfThisThread() { return TmvWayPointStock::OfThisThread().Live(); }
 
 // ---------------------------------------------------------------------------
 // Lists.
@@ -166,6 +148,21 @@ void TmvWayPointsList::CopyFrom(const TmvWayPointsList& src) {
 void TmvWayPointsList::MoveFrom(TmvWayPointsList& src) {
   Clear();
   items_.swap(src.items_);
+}
+
+void TmvWayPointsList::AppendFrom(TmvWayPointsList& src) {
+  if (items_.empty()) {
+    // Swapping keeps both storages alive for later use.
+    items_.swap(src.items_);
+    return;
+  }
+  items_.insert(items_.end(), src.items_.begin(), src.items_.end());
+  src.items_.clear();
+}
+
+TmvWayListStack& TmvWayListStack::OfThisThread() {
+  thread_local TmvWayListStack stack;
+  return stack;
 }
 
 namespace {

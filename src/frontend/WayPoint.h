@@ -22,6 +22,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace mv {
@@ -33,8 +34,77 @@ struct TmvWayPoint {
   int32_t Choice;      // the decision's value; 0 at the root
 };
 
-// Releases one reference on `point` and frees what is no longer referenced.
-void ReleaseWayPoint(TmvWayPoint* point);
+// Frees `point`, whose last reference goes, and releases its Prev chain.
+void FreeWayPointChain(TmvWayPoint* point);
+
+// Releases one reference on `point` (none for null) and frees what is no
+// longer referenced. Most releases only count down, so that part is inline.
+inline void ReleaseWayPoint(TmvWayPoint* point) {
+  if (!point) return;
+  if (point->RefCount > 1) {
+    --point->RefCount;
+    return;
+  }
+  FreeWayPointChain(point);
+}
+
+// The spare way point records of one thread, a chain linked by Prev. Records
+// come from slabs of a process-wide stock; chains of kBatch records travel
+// between the threads and the stock under its lock, so the hot path takes no
+// lock. A parser keeps the stock of the thread that runs its first pass at
+// hand, so that making a point is a few instructions.
+class TmvWayPointStock {
+ public:
+  static constexpr size_t kBatch = 512;               // records moved to or from the stock at once
+  static constexpr size_t kLocalLimit = 4 * kBatch;  // a thread keeps at most this many spare
+
+  TmvWayPointStock() = default;
+  ~TmvWayPointStock();
+  TmvWayPointStock(const TmvWayPointStock&) = delete;
+  TmvWayPointStock& operator=(const TmvWayPointStock&) = delete;
+
+  // A new point after `prev` (which gains a reference) with `choice`; it has
+  // no reference yet and copies Prev's TokenIndex (-1 without Prev).
+  TmvWayPoint* New(TmvWayPoint* prev, int32_t choice) {
+    if (!head_) Refill();
+    TmvWayPoint* p = head_;
+    head_ = p->Prev;
+    --count_;
+    ++live_;
+    p->Prev = prev;
+    p->RefCount = 0;
+    p->Choice = choice;
+    if (prev) {
+      ++prev->RefCount;
+      p->TokenIndex = prev->TokenIndex;
+    } else {
+      p->TokenIndex = -1;
+    }
+    return p;
+  }
+
+  // Takes a record back; its Prev is not released.
+  void Free(TmvWayPoint* p) {
+    --live_;
+    p->Prev = head_;
+    head_ = p;
+    if (++count_ > kLocalLimit) GiveBatch();
+  }
+
+  // Records made and not yet freed by this thread.
+  int64_t Live() const { return live_; }
+
+  // The stock of the calling thread.
+  static TmvWayPointStock& OfThisThread();
+
+ private:
+  void Refill();
+  void GiveBatch();
+
+  TmvWayPoint* head_ = nullptr;
+  size_t count_ = 0;
+  int64_t live_ = 0;
+};
 
 // A list of way points that counts its references.
 class TmvWayPointsList {
@@ -69,6 +139,9 @@ class TmvWayPointsList {
   // Clear, then take over the points of `src` in order without touching
   // counts; `src` ends empty.
   void MoveFrom(TmvWayPointsList& src);
+  // Appends the points of `src` in order without touching counts; `src`
+  // ends empty (AddFrom followed by clearing `src`, without the counting).
+  void AppendFrom(TmvWayPointsList& src);
 
   // Keeps the points for which `keep(point)` holds, in order, and releases
   // the others: the deleting walk of the first-pass primitives.
@@ -94,6 +167,7 @@ class TmvWayPointsList {
 
   // Direct access for the engine's loops.
   std::vector<TmvWayPoint*>& Raw() { return items_; }
+  const std::vector<TmvWayPoint*>& Raw() const { return items_; }
 
  private:
   std::vector<TmvWayPoint*> items_;
@@ -130,6 +204,29 @@ class TmvQBWayPointListsCache {
   TmvWayPointsList* Get();
   // Clears the list (releasing its points) and pools it.
   void Put(TmvWayPointsList* list);
+};
+
+// The scratch way lists of the first passes that run on one thread. The
+// helpers of a first pass open and close their lists strictly nested, so the
+// lists form a stack; each keeps its storage when it is closed, so that a
+// helper's list costs no allocation once the thread has parsed a little.
+class TmvWayListStack {
+ public:
+  // The next list, empty.
+  TmvWayPointsList& Push() {
+    if (depth_ == lists_.size()) lists_.push_back(std::make_unique<TmvWayPointsList>());
+    return *lists_[depth_++];
+  }
+  // Clears the last list pushed (releasing its points) and closes it.
+  void Pop() { lists_[--depth_]->Clear(); }
+  size_t Depth() const { return depth_; }
+
+  // The stack of the calling thread.
+  static TmvWayListStack& OfThisThread();
+
+ private:
+  std::vector<std::unique_ptr<TmvWayPointsList>> lists_;
+  size_t depth_ = 0;
 };
 
 // The process-wide instances, shared by all parsers on all threads.

@@ -118,6 +118,9 @@ class Writer {
 
   const std::string& Cls() const { return g_.parserClass; }
 
+  // The words a kind set needs to hold every kind of the scanner.
+  size_t KindWords() const { return static_cast<size_t>(g_.tokens.noSym) / 64 + 1; }
+
   // --- Header. ---
   void WriteHeader() {
     h_.Verbatim(Banner(sourceName_));
@@ -144,6 +147,8 @@ class Writer {
     h_.Line("static constexpr int OptCount = " + std::to_string(g_.optCount) + ";");
     h_.Line("static constexpr int IterCount = " + std::to_string(g_.iterCount) + ";");
     h_.Line("static constexpr int AltCount = " + std::to_string(g_.altCount) + ";");
+    h_.Line("// 64-bit words of the kind sets of the lookahead tests (kinds up to noSym).");
+    h_.Line("static constexpr size_t KindWords = " + std::to_string(KindWords()) + ";");
     h_.Line();
     h_.Line("// Entries.");
     for (const EntryKind& k : kEntryKinds) {
@@ -279,9 +284,9 @@ class Writer {
     }
   }
 
-  // Lookahead arrays live in the function as constants.
+  // Lookahead sets live in the function as constants, as bits.
   std::string KindsConstant(const std::string& name, const std::set<int>& kinds) {
-    s_.Line("static constexpr int32_t " + name + "[] = {" + KindList(kinds) + "};");
+    s_.Line("static constexpr auto " + name + " = KindBits<KindWords>({" + KindList(kinds) + "});");
     return name;
   }
 
@@ -301,13 +306,7 @@ class Writer {
   std::string TokenTests(const std::string& list, const std::set<int>& first, const std::vector<Guard>& guards,
                          const std::string& prefix, const std::string& firstName = "First") {
     std::vector<std::string> calls;
-    if (!first.empty()) {
-      if (first.size() == 1) {
-        calls.push_back("CheckLAToken(" + list + ", " + std::to_string(*first.begin()) + ")");
-      } else {
-        calls.push_back("CheckLAToken(" + list + ", " + KindsConstant(prefix + firstName, first) + ")");
-      }
-    }
+    if (!first.empty()) calls.push_back("CheckLAToken(" + list + ", " + KindsConstant(prefix + firstName, first) + ")");
     int n = 0;
     for (const Guard& g : guards) {
       std::string name = prefix + "Guard" + std::to_string(++n);
@@ -334,6 +333,14 @@ class Writer {
   // The guards of an alternative or body: those it was written with.
   static const std::vector<Guard>& GuardsOf(const Node& body) { return body.guards; }
 
+  // Whether any guard tests tokens (all but the tests of the parser's fields).
+  static bool HasTokenGuards(const std::vector<Guard>& guards) {
+    for (const Guard& g : guards) {
+      if (g.type != Guard::Type::State) return true;
+    }
+    return false;
+  }
+
   void WriteHelper(const Node& n) {
     s_.Line();
     s_.Line("// " + Summary(n, g_.tokens));
@@ -350,8 +357,19 @@ class Writer {
   // Ways that skip the option, or leave the repetition before its first
   // round, go into `other` with the decision 0, where what follows allows.
   void WriteLeave(const Node& n, const std::string& other, const std::vector<Guard>& guards) {
-    s_.Line(other + "->CopyFrom(list);");
     std::string state = StateCondition(guards);
+    if (!HasTokenGuards(guards)) {
+      // The copy takes only the ways that what follows admits.
+      s_.Line("static constexpr auto kLeaveFollow = KindBits<KindWords>({" + KindList(n.follow) + "});");
+      std::string add = "ListAddWithWayNode(*" + other + ", list, 0, kLeaveFollow);";
+      if (state.empty()) {
+        s_.Line(add);
+      } else {
+        s_.Line("if (" + state + ") " + add);
+      }
+      return;
+    }
+    s_.Line(other + "->CopyFrom(list);");
     std::string tests = TokenTests("*" + other, n.follow, guards, "kLeave", "Follow");
     if (!state.empty()) {
       s_.Line("if (!(" + state + ")) {");
@@ -366,7 +384,7 @@ class Writer {
 
   void WriteOpt(const Node& n) {
     const Node& body = *n.items[0];
-    s_.Line("TmvPooledWayList skip;");
+    s_.Line("TmvScopedWayList skip(*this);");
     WriteLeave(n, "skip", n.skipGuards);
     std::string state = StateCondition(GuardsOf(body));
     std::string tests = TokenTests("list", body.nullable ? std::set<int>{} : body.first, GuardsOf(body), "k");
@@ -385,16 +403,15 @@ class Writer {
       s_.Line("  list.Clear();");
       s_.Line("}");
     }
-    s_.Line("list.AddFrom(*skip);");
+    s_.Line("list.AppendFrom(*skip);");
   }
 
   void WriteIter(const Node& n) {
     const Node& body = *n.items[0];
     // What may follow the repetition; ways leave it only where that stands.
-    s_.Line("static constexpr int32_t kFollow[] = {" + KindList(n.follow) + "};");
-    s_.Line("TmvPooledWayList done;");
-    s_.Line("done->CopyFrom(list);");
-    s_.Line("if (CheckLAToken(*done, kFollow)) AddWayNode(*done, 0);");
+    s_.Line("static constexpr auto kFollow = KindBits<KindWords>({" + KindList(n.follow) + "});");
+    s_.Line("TmvScopedWayList done(*this);");
+    s_.Line("ListAddWithWayNode(*done, list, 0, kFollow);");
     std::string state = StateCondition(GuardsOf(body));
     // The body can not match nothing (the generator refuses that), so each
     // round reads a token and the loop ends.
@@ -415,9 +432,11 @@ class Writer {
     s_.Line("list.MoveFrom(*done);");
   }
 
+  // Each alternative starts from an empty `list` and leaves it empty: the
+  // ways it completes move on to `result`.
   void WriteAlt(const Node& n) {
-    s_.Line("TmvPooledWayList input;");
-    s_.Line("TmvPooledWayList result;");
+    s_.Line("TmvScopedWayList input(*this);");
+    s_.Line("TmvScopedWayList result(*this);");
     s_.Line("input->MoveFrom(list);");
     for (size_t k = 0; k < n.items.size(); ++k) {
       const Node& alt = *n.items[k];
@@ -431,6 +450,20 @@ class Writer {
         s_.Line("{");
         s_.Indent();
       }
+      if (!alt.nullable && !HasTokenGuards(GuardsOf(alt))) {
+        // Only the ways whose next token can start the alternative are
+        // copied, each with the decision already taken.
+        KindsConstant(prefix + "First", alt.first);
+        s_.Line("if (ListAddWithWayNode(list, *input, " + std::to_string(k) + ", " + prefix + "First)) {");
+        s_.Indent();
+        FirstPass(alt);
+        s_.Line("result->AppendFrom(list);");
+        s_.Dedent();
+        s_.Line("}");
+        s_.Dedent();
+        s_.Line("}");
+        continue;
+      }
       s_.Line("list.CopyFrom(*input);");
       // An alternative that can match nothing has no lookahead of its own.
       std::string tests = TokenTests("list", alt.nullable ? std::set<int>{} : alt.first, GuardsOf(alt), prefix);
@@ -440,7 +473,7 @@ class Writer {
       }
       s_.Line("AddWayNode(list, " + std::to_string(k) + ");");
       FirstPass(alt);
-      s_.Line("result->AddFrom(list);");
+      s_.Line("result->AppendFrom(list);");
       if (!tests.empty()) {
         s_.Dedent();
         s_.Line("}");
