@@ -17,16 +17,23 @@ void RegisterTreeMessages() {
   });
 }
 
+// The levels open on this thread. Kept to this file: every access goes
+// through the functions below rather than through another file's inline
+// code.
+thread_local int32_t nestingDepth = 0;
+
 }  // namespace
 
-thread_local int32_t TastNestingGuard::depth_ = 0;
-
 TastNestingGuard::TastNestingGuard() {
-  if (depth_ >= TastMaxNestingDepth) {
+  if (nestingDepth >= TastMaxNestingDepth) {
     RegisterTreeMessages();
     throw EmvQueryBuilderError(MessageFormat(mvQBTreeNestingTooDeep, {TastMaxNestingDepth}));
   }
-  ++depth_;
+  ++nestingDepth;
 }
+
+TastNestingGuard::~TastNestingGuard() { --nestingDepth; }
+
+int32_t TastNestingGuard::Depth() { return nestingDepth; }
 
 }  // namespace mv

@@ -30,15 +30,12 @@ inline constexpr const char16_t* mvQBTreeNestingTooDeep = u"mvQBTreeNestingTooDe
 class TastNestingGuard {
  public:
   TastNestingGuard();
-  ~TastNestingGuard() { --depth_; }
+  ~TastNestingGuard();
   TastNestingGuard(const TastNestingGuard&) = delete;
   TastNestingGuard& operator=(const TastNestingGuard&) = delete;
 
   // The levels open on this thread.
-  static int32_t Depth() { return depth_; }
-
- private:
-  static thread_local int32_t depth_;
+  static int32_t Depth();
 };
 
 }  // namespace mv
