@@ -20,6 +20,7 @@
 
 #include "frontend/Parser.h"
 #include "frontend/Scanner.h"
+#include "metadata/MetadataForward.h"
 #include "support/Class.h"
 #include "support/DateTime.h"
 #include "support/Event.h"
@@ -39,16 +40,6 @@ class TSQLQualifiedName;
 class TSQLIdentifiersCollection;
 class TastTokenIdentifier;
 class TmvBaseSQLContext;
-class TmvBaseMetadataProvider;
-class TmvConnection;
-class TmvMetadataContainer;
-class TmvMetadataFilter;
-class TmvMetadataObject;
-class TmvMetadataTable;
-class TmvMetadataView;
-class TmvMetadataProcedure;
-class TmvMetadataSynonym;
-class TmvMetadataFieldsList;
 
 // How a server treats the case of identifiers.
 enum TmvIdentCaseSensitivity : uint8_t {

@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "frontend/SQLError.h"
+#include "metadata/MetadataForward.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/LogHelper.h"
 #include "support/UpdatablePersistent.h"
@@ -32,15 +33,6 @@
 namespace mv {
 
 class TmvBaseSyntaxProvider;
-class TmvBaseMetadataProvider;
-class TmvMetadataContainer;
-class TmvMetadataFilter;
-class TmvMetadataFieldsList;
-class TmvMetadataTable;
-class TmvMetadataView;
-class TmvMetadataProcedure;
-class TmvMetadataSynonym;
-class TmvConnection;
 class TmvBaseScanner;
 class TmvBaseParser;
 class TastNode;

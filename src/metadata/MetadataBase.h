@@ -29,15 +29,6 @@ class TmvMetadataBase;
 
 using TmvMetadataClass = TmvClassOf<TmvMetadataBase, TmvMetadataBase*, TmvBaseSQLContext*>;
 
-// The body of a property setter: stores a changed value in a field of
-// `object` and reports the change; an equal value changes nothing.
-template <class T, class V>
-void SetValueAndNotify(ImvBatchUpdatable& object, T& field, const V& value) {
-  if (field == value) return;
-  field = value;
-  object.NotifyUpdated();
-}
-
 class TmvMetadataBase : public TmvUpdatablePersistent {
  public:
   static const TmvMetadataClass& StaticClass();

@@ -19,7 +19,7 @@ MV_DEFINE_METADATA_CLASS(TmvMetadataFieldsList, TmvMetadataCollectionBase)
 // --- TmvMetadataField ---
 
 TmvMetadataField::TmvMetadataField(TmvMetadataBase* parent, TmvBaseSQLContext* context)
-    : TmvWithAltName(parent, context), name_(TastCreate<TSQLQualifiedName>(context)) {}
+    : TmvWithDataType(parent, context), name_(TastCreate<TSQLQualifiedName>(context)) {}
 
 TmvMetadataField::~TmvMetadataField() = default;
 
@@ -30,16 +30,11 @@ void TmvMetadataField::Assign(const TmvPersistent* source) {
       source, [&] { TmvMetadataCollectionItemBase::Assign(source); },
       [&](const TmvMetadataField& other) {
         altNameId_->Assign(*other.altNameId_);
+        AssignDataType(other);
         fieldTypeName_ = other.fieldTypeName_;
-        fieldType_ = other.fieldType_;
-        size_ = other.size_;
-        precision_ = other.precision_;
-        scale_ = other.scale_;
         primaryKey_ = other.primaryKey_;
         nullable_ = other.nullable_;
         readOnly_ = other.readOnly_;
-        shortDescription_ = other.shortDescription_;
-        longDescription_ = other.longDescription_;
         name_->Assign(*other.name_);
         expression_ = other.expression_;
         expressionAST_.reset();
@@ -137,13 +132,7 @@ void TmvMetadataField::SetExpressionAST(TmvOwned<TSQLExpressionItem> expression,
   NotifyUpdated();
 }
 
-void TmvMetadataField::SetShortDescription(WideStringView value) { SetValueAndNotify(*this, shortDescription_, value); }
-void TmvMetadataField::SetLongDescription(WideStringView value) { SetValueAndNotify(*this, longDescription_, value); }
 void TmvMetadataField::SetFieldTypeName(WideStringView value) { SetValueAndNotify(*this, fieldTypeName_, value); }
-void TmvMetadataField::SetFieldType(TFieldType value) { SetValueAndNotify(*this, fieldType_, value); }
-void TmvMetadataField::SetSize(int32_t value) { SetValueAndNotify(*this, size_, value); }
-void TmvMetadataField::SetPrecision(int32_t value) { SetValueAndNotify(*this, precision_, value); }
-void TmvMetadataField::SetScale(int32_t value) { SetValueAndNotify(*this, scale_, value); }
 void TmvMetadataField::SetPrimaryKey(bool value) { SetValueAndNotify(*this, primaryKey_, value); }
 void TmvMetadataField::SetNullable(bool value) { SetValueAndNotify(*this, nullable_, value); }
 void TmvMetadataField::SetReadOnly(bool value) { SetValueAndNotify(*this, readOnly_, value); }

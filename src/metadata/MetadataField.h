@@ -4,7 +4,7 @@
 #pragma once
 
 #include "metadata/MetadataAltName.h"
-#include "support/FieldType.h"
+#include "metadata/MetadataDataType.h"
 #include "tree/QualifiedNames.h"
 
 namespace mv {
@@ -15,7 +15,7 @@ class TSQLExpressionItem;
 class TSQLAliasExpression;
 class TmvMetadataFieldsList;
 
-class TmvMetadataField : public TmvWithAltName<TmvMetadataCollectionItemBase> {
+class TmvMetadataField : public TmvWithDataType<TmvWithAltName<TmvMetadataCollectionItemBase>> {
   MV_DECLARE_METADATA_CLASS()
  public:
   TmvMetadataField(TmvMetadataBase* parent, TmvBaseSQLContext* context);
@@ -62,22 +62,10 @@ class TmvMetadataField : public TmvWithAltName<TmvMetadataCollectionItemBase> {
   void SetExpressionAST(TmvOwned<TSQLExpressionItem> expression, WideStringView text);
   bool IsVirtualCalculatedField() const { return expressionAST_ != nullptr; }
 
-  // --- Descriptions and type ---
-  const WideString& ShortDescription() const { return shortDescription_; }
-  void SetShortDescription(WideStringView value);
-  const WideString& LongDescription() const { return longDescription_; }
-  void SetLongDescription(WideStringView value);
+  // --- Type (type, size, precision, scale and descriptions: see TmvWithDataType) ---
   // The server's own spelling of the type.
   const WideString& FieldTypeName() const { return fieldTypeName_; }
   void SetFieldTypeName(WideStringView value);
-  TFieldType FieldType() const { return fieldType_; }
-  void SetFieldType(TFieldType value);
-  int32_t Size() const { return size_; }
-  void SetSize(int32_t value);
-  int32_t Precision() const { return precision_; }
-  void SetPrecision(int32_t value);
-  int32_t Scale() const { return scale_; }
-  void SetScale(int32_t value);
   bool PrimaryKey() const { return primaryKey_; }
   void SetPrimaryKey(bool value);
   bool Nullable() const { return nullable_; }
@@ -94,13 +82,7 @@ class TmvMetadataField : public TmvWithAltName<TmvMetadataCollectionItemBase> {
   TmvOwned<TSQLQualifiedName> name_;
   WideString expression_;
   TmvOwned<TSQLExpressionItem> expressionAST_;
-  WideString shortDescription_;
-  WideString longDescription_;
   WideString fieldTypeName_;
-  TFieldType fieldType_ = ftUnknown;
-  int32_t size_ = 0;
-  int32_t precision_ = 0;
-  int32_t scale_ = 0;
   bool primaryKey_ = false;
   bool nullable_ = true;
   bool readOnly_ = false;

@@ -13,6 +13,7 @@
 #include <memory>
 #include <vector>
 
+#include "metadata/MetadataForward.h"
 #include "support/Class.h"
 #include "support/Event.h"
 #include "support/LogHelper.h"
@@ -21,22 +22,11 @@
 namespace mv {
 
 class TmvBaseSQLContext;
-class TmvConnection;
 class TmvDataSet;
 class TmvParams;
 struct TmvFieldDef;
 class TSQLQualifiedName;
 class TSQLIdentifiersCollection;
-class TmvMetadataContainer;
-class TmvMetadataFilter;
-class TmvMetadataObject;
-class TmvMetadataTable;
-class TmvMetadataView;
-class TmvMetadataProcedure;
-class TmvMetadataSynonym;
-class TmvMetadataField;
-class TmvMetadataFieldsList;
-class TmvBaseMetadataProvider;
 
 using TmvMetadataProviderClass = TmvClassOf<TmvBaseMetadataProvider>;
 using TmvConnectionEvent = std::function<void(TmvObject* sender, TmvConnection* connection)>;

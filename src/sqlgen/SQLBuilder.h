@@ -51,29 +51,33 @@ class TSQLBuilder : public TmvUpdatablePersistent {
   int RightMargin() const { return rightMargin_; }  // 80; below 1 turns wrapping off
   void SetRightMargin(int value);  // also sets MarginWidth
   TmvKeywordFormat KeywordFormat() const { return keywordFormat_; }  // akfFirstUpper
-  void SetKeywordFormat(TmvKeywordFormat value) { SetValue(keywordFormat_, value); }
+  void SetKeywordFormat(TmvKeywordFormat value) { SetValueAndNotify(*this, keywordFormat_, value); }
   TmvIdentQuotation QuoteIdentifiers() const { return quoteIdentifiers_; }  // icIfNeed
-  void SetQuoteIdentifiers(TmvIdentQuotation value) { SetValue(quoteIdentifiers_, value); }
+  void SetQuoteIdentifiers(TmvIdentQuotation value) { SetValueAndNotify(*this, quoteIdentifiers_, value); }
   TmvObjectPrefixSkipping ObjectPrefixSkipping() const { return objectPrefixSkipping_; }  // opsSkipAll
-  void SetObjectPrefixSkipping(TmvObjectPrefixSkipping value) { SetValue(objectPrefixSkipping_, value); }
+  void SetObjectPrefixSkipping(TmvObjectPrefixSkipping value) {
+    SetValueAndNotify(*this, objectPrefixSkipping_, value);
+  }
   bool UseAltNames() const { return useAltNames_; }  // true
-  void SetUseAltNames(bool value) { SetValue(useAltNames_, value); }
+  void SetUseAltNames(bool value) { SetValueAndNotify(*this, useAltNames_, value); }
   bool ExpandVirtualFields() const { return expandVirtualFields_; }  // false
-  void SetExpandVirtualFields(bool value) { SetValue(expandVirtualFields_, value); }
+  void SetExpandVirtualFields(bool value) { SetValueAndNotify(*this, expandVirtualFields_, value); }
   bool ExpandVirtualObjects() const { return expandVirtualObjects_; }  // false
-  void SetExpandVirtualObjects(bool value) { SetValue(expandVirtualObjects_, value); }
+  void SetExpandVirtualObjects(bool value) { SetValueAndNotify(*this, expandVirtualObjects_, value); }
   TmvSkipKeywordMode OuterKeywordInLinks() const { return outerKeywordInLinks_; }  // skDontCare
-  void SetOuterKeywordInLinks(TmvSkipKeywordMode value) { SetValue(outerKeywordInLinks_, value); }
+  void SetOuterKeywordInLinks(TmvSkipKeywordMode value) { SetValueAndNotify(*this, outerKeywordInLinks_, value); }
   TmvSkipKeywordMode InnerKeywordInLinks() const { return innerKeywordInLinks_; }  // skDontCare
-  void SetInnerKeywordInLinks(TmvSkipKeywordMode value) { SetValue(innerKeywordInLinks_, value); }
+  void SetInnerKeywordInLinks(TmvSkipKeywordMode value) { SetValueAndNotify(*this, innerKeywordInLinks_, value); }
   TmvSkipKeywordMode AsKeywordInExpressionAlias() const { return asKeywordInExpressionAlias_; }  // skDontCare
-  void SetAsKeywordInExpressionAlias(TmvSkipKeywordMode value) { SetValue(asKeywordInExpressionAlias_, value); }
+  void SetAsKeywordInExpressionAlias(TmvSkipKeywordMode value) {
+    SetValueAndNotify(*this, asKeywordInExpressionAlias_, value);
+  }
   TmvSkipKeywordMode AsKeywordInObjectAlias() const { return asKeywordInObjectAlias_; }  // skDontCare
-  void SetAsKeywordInObjectAlias(TmvSkipKeywordMode value) { SetValue(asKeywordInObjectAlias_, value); }
+  void SetAsKeywordInObjectAlias(TmvSkipKeywordMode value) { SetValueAndNotify(*this, asKeywordInObjectAlias_, value); }
   bool ParenthesizeANDGroups() const { return parenthesizeANDGroups_; }  // true
-  void SetParenthesizeANDGroups(bool value) { SetValue(parenthesizeANDGroups_, value); }
+  void SetParenthesizeANDGroups(bool value) { SetValueAndNotify(*this, parenthesizeANDGroups_, value); }
   bool ParenthesizeSingleCriterion() const { return parenthesizeSingleCriterion_; }  // false
-  void SetParenthesizeSingleCriterion(bool value) { SetValue(parenthesizeSingleCriterion_, value); }
+  void SetParenthesizeSingleCriterion(bool value) { SetValueAndNotify(*this, parenthesizeSingleCriterion_, value); }
 
   // The four select formats, owned; setters copy into them.
   // The statement being built.
@@ -130,13 +134,6 @@ class TSQLBuilder : public TmvUpdatablePersistent {
   virtual double CalcWeight(WideStringView text);
 
  protected:
-  template <class T>
-  void SetValue(T& field, T value) {
-    if (field == value) return;
-    field = value;
-    NotifyUpdated();
-  }
-
   virtual void DoAddIndent(double value);
   virtual void DoEndIndent();
   virtual void BeginBuildInternal();

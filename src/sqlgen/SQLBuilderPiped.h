@@ -50,10 +50,10 @@ class TSQLBuilderPiped : public TSQLBuilder {
   // Continuation lines align under the text after the keyword, instead of
   // the configured indent. Default false.
   bool DynamicIndents() const { return dynamicIndents_; }
-  void SetDynamicIndents(bool value) { SetValue(dynamicIndents_, value); }
+  void SetDynamicIndents(bool value) { SetValueAndNotify(*this, dynamicIndents_, value); }
   // The margin bounds each line's width from its own indent. Default false.
   bool DynamicRightMargin() const { return dynamicRightMargin_; }
-  void SetDynamicRightMargin(bool value) { SetValue(dynamicRightMargin_, value); }
+  void SetDynamicRightMargin(bool value) { SetValueAndNotify(*this, dynamicRightMargin_, value); }
 
   void AddIndent(double value) override;
   void EndIndent() override;

@@ -29,14 +29,6 @@ class TSQLBuilderFormatBase : public TmvUpdatablePersistent {
   // sources fall to the inherited Assign.
   void Assign(const TmvPersistent* source) override;
   void DescribeProperties(TmvPropertyWriter& writer) const override;
-
- protected:
-  template <class T>
-  void SetValue(T& field, T value) {
-    if (field == value) return;
-    field = value;
-    NotifyUpdated();
-  }
 };
 
 // How a comma-separated list is broken.
@@ -51,10 +43,10 @@ class TSQLBuilderItemsListFormat : public TSQLBuilderFormatBase {
 
   // After the comma: a line break, otherwise a blank. Default true.
   bool NewLineAfterItem() const { return newLineAfterItem_; }
-  void SetNewLineAfterItem(bool value) { SetValue(newLineAfterItem_, value); }
+  void SetNewLineAfterItem(bool value) { SetValueAndNotify(*this, newLineAfterItem_, value); }
   // A line break before the comma. Default false.
   bool NewLineBeforeComma() const { return newLineBeforeComma_; }
-  void SetNewLineBeforeComma(bool value) { SetValue(newLineBeforeComma_, value); }
+  void SetNewLineBeforeComma(bool value) { SetValueAndNotify(*this, newLineBeforeComma_, value); }
 
  private:
   // Defaults come from Properties().
@@ -74,13 +66,13 @@ class TSQLBuilderConditionFormat : public TSQLBuilderFormatBase {
 
   // Line break before "And"/"Or". Default nlNone.
   TSQLBuilderConditionFormatNL NewLineBefore() const { return newLineBefore_; }
-  void SetNewLineBefore(TSQLBuilderConditionFormatNL value) { SetValue(newLineBefore_, value); }
+  void SetNewLineBefore(TSQLBuilderConditionFormatNL value) { SetValueAndNotify(*this, newLineBefore_, value); }
   // Line break after "And"/"Or". Default nlTopmostOr.
   TSQLBuilderConditionFormatNL NewLineAfter() const { return newLineAfter_; }
-  void SetNewLineAfter(TSQLBuilderConditionFormatNL value) { SetValue(newLineAfter_, value); }
+  void SetNewLineAfter(TSQLBuilderConditionFormatNL value) { SetValueAndNotify(*this, newLineAfter_, value); }
   // Indent inside the brackets of a bracketed condition; 0 or less adds none. Default 2.
   int IndentNestedConditions() const { return indentNestedConditions_; }
-  void SetIndentNestedConditions(int value) { SetValue(indentNestedConditions_, value); }
+  void SetIndentNestedConditions(int value) { SetValueAndNotify(*this, indentNestedConditions_, value); }
 
  private:
   TSQLBuilderConditionFormatNL newLineBefore_{};
@@ -100,16 +92,16 @@ class TSQLBuilderFromClauseFormat : public TSQLBuilderFormatBase {
 
   // Line break before a join operator and after a comma. Default true.
   bool NewLineAfterDatasource() const { return newLineAfterDatasource_; }
-  void SetNewLineAfterDatasource(bool value) { SetValue(newLineAfterDatasource_, value); }
+  void SetNewLineAfterDatasource(bool value) { SetValueAndNotify(*this, newLineAfterDatasource_, value); }
   // Line break after the join operator. Default false.
   bool NewLineAfterJoin() const { return newLineAfterJoin_; }
-  void SetNewLineAfterJoin(bool value) { SetValue(newLineAfterJoin_, value); }
+  void SetNewLineAfterJoin(bool value) { SetValueAndNotify(*this, newLineAfterJoin_, value); }
   // Line break before the comma between sources. Default false.
   bool NewLineBeforeComma() const { return newLineBeforeComma_; }
-  void SetNewLineBeforeComma(bool value) { SetValue(newLineBeforeComma_, value); }
+  void SetNewLineBeforeComma(bool value) { SetValueAndNotify(*this, newLineBeforeComma_, value); }
   // Line break before "On". Default false.
   bool NewLineBeforeJoinExpression() const { return newLineBeforeJoinExpression_; }
-  void SetNewLineBeforeJoinExpression(bool value) { SetValue(newLineBeforeJoinExpression_, value); }
+  void SetNewLineBeforeJoinExpression(bool value) { SetValueAndNotify(*this, newLineBeforeJoinExpression_, value); }
   // Format of the join conditions; an owned object.
   TSQLBuilderConditionFormat& JoinConditionFormat() { return joinConditionFormat_; }
   const TSQLBuilderConditionFormat& JoinConditionFormat() const { return joinConditionFormat_; }
@@ -135,16 +127,16 @@ class TSQLBuilderSelectFormat : public TSQLBuilderFormatBase {
 
   // Indent of the whole statement. Default 0.
   int IndentGlobal() const { return indentGlobal_; }
-  void SetIndentGlobal(int value) { SetValue(indentGlobal_, value); }
+  void SetIndentGlobal(int value) { SetValueAndNotify(*this, indentGlobal_, value); }
   // Each main part starts on a new line, otherwise after a blank. Default true.
   bool MainPartsFromNewLine() const { return mainPartsFromNewLine_; }
-  void SetMainPartsFromNewLine(bool value) { SetValue(mainPartsFromNewLine_, value); }
+  void SetMainPartsFromNewLine(bool value) { SetValueAndNotify(*this, mainPartsFromNewLine_, value); }
   // Indent of a part's content, a join condition, a Case, a with item. Default 2.
   int IndentInPart() const { return indentInPart_; }
-  void SetIndentInPart(int value) { SetValue(indentInPart_, value); }
+  void SetIndentInPart(int value) { SetValueAndNotify(*this, indentInPart_, value); }
   // Line break after a part keyword, otherwise a blank. Default false.
   bool NewLineAfterPartKeywords() const { return newLineAfterPartKeywords_; }
-  void SetNewLineAfterPartKeywords(bool value) { SetValue(newLineAfterPartKeywords_, value); }
+  void SetNewLineAfterPartKeywords(bool value) { SetValueAndNotify(*this, newLineAfterPartKeywords_, value); }
 
   TSQLBuilderItemsListFormat& SelectListFormat() { return selectListFormat_; }
   const TSQLBuilderItemsListFormat& SelectListFormat() const { return selectListFormat_; }

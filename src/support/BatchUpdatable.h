@@ -47,6 +47,15 @@ class ImvBatchUpdatable {
   ~ImvBatchUpdatable() = default;
 };
 
+// The body of a property setter: stores a changed value in a field of
+// `object` and reports the change; an equal value changes nothing.
+template <class T, class V>
+void SetValueAndNotify(ImvBatchUpdatable& object, T& field, const V& value) {
+  if (field == value) return;
+  field = value;
+  object.NotifyUpdated();
+}
+
 class TmvBatchUpdatableBase : public ImvBatchUpdatable {
  public:
   TmvBatchUpdatableBase() = default;

@@ -1,6 +1,7 @@
 #include "tree/Expressions.h"
 
 #include <algorithm>
+#include <initializer_list>
 
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
@@ -14,6 +15,23 @@ namespace {
 
 void Word(TSQLBuilder& builder, const char16_t* word) { builder.WriteKeyword(word); }
 void Sym(TSQLBuilder& builder, const char16_t* symbol) { builder.WriteSymbol(symbol); }
+
+// Keywords with a blank of priority 3 before, between and after them.
+// Pending blanks merge, so a blank asked for next to these adds nothing.
+void SpacedWords(TSQLBuilder& builder, std::initializer_list<WideStringView> words) {
+  for (WideStringView word : words) {
+    builder.Space(3);
+    builder.WriteKeyword(word);
+  }
+  builder.Space(3);
+}
+
+// A child node in round brackets.
+void InBrackets(TastNode* node, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  builder.WriteSymbol(u"(");
+  TastNode::BuildASTField(node, builder, format);
+  builder.WriteSymbol(u")");
+}
 
 // Name parts from the outermost down, each as a built-in word, "." between.
 void BuildBuiltinName(const TSQLQualifiedName& name, TSQLBuilder& builder) {
@@ -60,9 +78,7 @@ void TSQLExpressionFunction::BuildFunctionName(TSQLBuilder& builder, const TSQLB
 
 void TSQLExpressionFunction::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   BuildFunctionName(builder, format);
-  Sym(builder, u"(");
-  BuildASTField(Params.get(), builder, format);
-  Sym(builder, u")");
+  InBrackets(Params.get(), builder, format);
 }
 
 void TSQLExpressionFunctionSubString::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
@@ -73,32 +89,24 @@ void TSQLExpressionFunctionSubString::BuildSQLDirect(TSQLBuilder& builder, const
   Sym(builder, u"(");
   auto param = [this](int i) -> TastNode* { return Params && i < Params->GetCount() ? Params->GetItems(i) : nullptr; };
   BuildASTField(param(0), builder, format);
-  builder.Space(3);
-  Word(builder, u"From");
-  builder.Space(3);
+  SpacedWords(builder, {u"From"});
   BuildASTField(param(1), builder, format);
   if (TastNode* third = param(2)) {
-    builder.Space(3);
-    Word(builder, u"For");
-    builder.Space(3);
+    SpacedWords(builder, {u"For"});
     third->BuildSQL(builder, format);
   }
   Sym(builder, u")");
 }
 
 void TSQLExpressionSelect::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat&) {
-  Sym(builder, u"(");
-  BuildASTField(SubQuery.get(), builder, builder.ExpressionsSubQueryFormat());
-  Sym(builder, u")");
+  InBrackets(SubQuery.get(), builder, builder.ExpressionsSubQueryFormat());
 }
 
 void TSQLCaseFunctionItem::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   Word(builder, u"When");
   builder.Space(3);
   BuildASTField(When.get(), builder, format);
-  builder.Space(3);
-  Word(builder, u"Then");
-  builder.Space(3);
+  SpacedWords(builder, {u"Then"});
   BuildASTField(Then.get(), builder, format);
 }
 
@@ -129,9 +137,7 @@ void TSQLExpressionIfExpression::BuildSQLDirect(TSQLBuilder& builder, const TSQL
   Word(builder, u"If");
   builder.Space(3);
   BuildASTField(Condition.get(), builder, format);
-  builder.Space(3);
-  Word(builder, u"Then");
-  builder.Space(3);
+  SpacedWords(builder, {u"Then"});
   BuildASTField(ThenValue.get(), builder, format);
   builder.Space(3);
   if (ElseValue) {
@@ -203,9 +209,7 @@ void TSQLExpressionCast::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderS
   Word(builder, u"Cast");
   Sym(builder, u"(");
   BuildASTField(Expression.get(), builder, format);
-  builder.Space(3);
-  Word(builder, u"As");
-  builder.Space(3);
+  SpacedWords(builder, {u"As"});
   BuildASTField(TargetType.get(), builder, format);
   Sym(builder, u")");
 }
@@ -326,13 +330,8 @@ bool TSQLExpressionOperatorBinary::BuildSQLPart(int index, TSQLBuilder& builder,
 
 void TSQLExpressionIsOfType::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   TSQLExpressionIs::BuildSQLDirect(builder, format);
-  builder.Space(3);
-  Word(builder, u"Of");
-  builder.Space(3);
-  if (WithTypeWord) {
-    Word(builder, u"Type");
-    builder.Space(3);
-  }
+  SpacedWords(builder, {u"Of"});
+  if (WithTypeWord) SpacedWords(builder, {u"Type"});
   Sym(builder, u"(");
   if (Types) TastBuildCommaList(Types->Items, builder, format);
   Sym(builder, u")");
@@ -365,16 +364,12 @@ bool TSQLExpressionNotNull::BuildSQLPart(int index, TSQLBuilder& builder, const 
 
 void TSQLExpressionInSet::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   BuildInPrefix(builder, format);
-  Sym(builder, u"(");
-  BuildASTField(Values.get(), builder, format);
-  Sym(builder, u")");
+  InBrackets(Values.get(), builder, format);
 }
 
 void TSQLExpressionInSubQuery::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   BuildInPrefix(builder, format);
-  Sym(builder, u"(");
-  BuildASTField(SubQuery.get(), builder, builder.ExpressionsSubQueryFormat());
-  Sym(builder, u")");
+  InBrackets(SubQuery.get(), builder, builder.ExpressionsSubQueryFormat());
 }
 
 void TSQLExpressionExists::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat&) {
@@ -387,39 +382,26 @@ void TSQLExpressionSingular::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuil
 
 void TSQLExpressionCompWithSubQuery::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   Word(builder, QuantifierWord());
-  Sym(builder, u"(");
-  BuildASTField(SubQuery.get(), builder, format);
-  Sym(builder, u")");
+  InBrackets(SubQuery.get(), builder, format);
 }
 
 void TSQLExpressionCompWithSetExpression::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   Word(builder, QuantifierWord());
-  Sym(builder, u"(");
-  BuildASTField(Value.get(), builder, format);
-  Sym(builder, u")");
+  InBrackets(Value.get(), builder, format);
 }
 
 void TSQLExpressionCompWithSetSetOfExpressions::BuildSQLDirect(TSQLBuilder& builder,
                                                                const TSQLBuilderSelectFormat& format) {
   Word(builder, QuantifierWord());
-  Sym(builder, u"(");
-  BuildASTField(Values.get(), builder, format);
-  Sym(builder, u")");
+  InBrackets(Values.get(), builder, format);
 }
 
 void TSQLExpressionBetween::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   BuildASTField(Expression.get(), builder, format);
-  if (Negated) {
-    builder.Space(3);
-    Word(builder, u"Not");
-  }
-  builder.Space(3);
-  Word(builder, u"Between");
-  builder.Space(3);
+  if (Negated) SpacedWords(builder, {u"Not"});
+  SpacedWords(builder, {u"Between"});
   BuildASTField(Low.get(), builder, format);
-  builder.Space(3);
-  Word(builder, u"And");
-  builder.Space(3);
+  SpacedWords(builder, {u"And"});
   BuildASTField(High.get(), builder, format);
 }
 
@@ -429,9 +411,7 @@ void TSQLExpressionOverlaps::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuil
   Sym(builder, u",");
   BuildASTField(Second.get(), builder, format);
   Sym(builder, u")");
-  builder.Space(3);
-  Word(builder, u"Overlaps");
-  builder.Space(3);
+  SpacedWords(builder, {u"Overlaps"});
   Sym(builder, u"(");
   BuildASTField(Third.get(), builder, format);
   Sym(builder, u",");
@@ -441,53 +421,33 @@ void TSQLExpressionOverlaps::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuil
 
 void TSQLExpressionOverlapsSimple::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   BuildASTField(Expression.get(), builder, format);
-  builder.Space(3);
-  Word(builder, u"Overlaps");
-  builder.Space(3);
+  SpacedWords(builder, {u"Overlaps"});
   BuildASTField(Right.get(), builder, format);
 }
 
 void TSQLExpressionLikeTemplate::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   BuildASTField(Expression.get(), builder, format);
-  builder.Space(3);
-  if (Negated) {
-    builder.WriteKeyword(u"Not");
-    builder.Space(3);
-  }
-  builder.WriteKeyword(Keyword);
-  builder.Space(3);
+  if (Negated) SpacedWords(builder, {u"Not"});
+  SpacedWords(builder, {Keyword});
   BuildASTField(Template.get(), builder, format);
   if (Escape) {
-    builder.Space(3);
-    builder.WriteKeyword(u"Escape");
-    builder.Space(3);
+    SpacedWords(builder, {u"Escape"});
     Escape->BuildSQL(builder, format);
   }
 }
 
 void TSQLExpressionIsDistinctFrom::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   BuildASTField(Expression.get(), builder, format);
-  builder.Space(3);
-  Word(builder, u"Is");
-  builder.Space(3);
-  if (Negated) {
-    Word(builder, u"Not");
-    builder.Space(3);
-  }
-  builder.Space(3);
-  Word(builder, u"Distinct");
-  builder.Space(3);
-  Word(builder, u"From");
-  builder.Space(3);
+  SpacedWords(builder, {u"Is"});
+  if (Negated) SpacedWords(builder, {u"Not"});
+  SpacedWords(builder, {u"Distinct", u"From"});
   BuildASTField(Right.get(), builder, format);
 }
 
 // --- Lists as expressions ---
 
 void TSQLExpressionExpressionsList::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  Sym(builder, u"(");
-  BuildASTField(List.get(), builder, format);
-  Sym(builder, u")");
+  InBrackets(List.get(), builder, format);
 }
 
 void TSQLExpressionNodesList::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {

@@ -31,6 +31,12 @@ Cursor Cursor::Open(const std::string& path, const SourceLocation& from) {
   return Cursor(path, text.str());
 }
 
+std::string FileStem(const std::string& path) {
+  size_t slash = path.find_last_of('/');
+  std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
+  return base.substr(0, base.find('.'));
+}
+
 void Cursor::Step() {
   if (pos_ < text_.size() && text_[pos_] == '\n') ++line_;
   ++pos_;

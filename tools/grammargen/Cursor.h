@@ -64,4 +64,8 @@ class Cursor {
   int line_ = 1;
 };
 
+// The name of an input file without its folder and without all from its first '.':
+// the stem that names what is generated from it.
+std::string FileStem(const std::string& path);
+
 }  // namespace grammargen

@@ -699,9 +699,7 @@ class Analyzer {
 Grammar ReadGrammar(const std::string& path, const SourceLocation& from) {
   Grammar g;
   g.file = path;
-  size_t slash = path.find_last_of('/');
-  std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
-  g.stem = base.substr(0, base.find('.'));
+  g.stem = FileStem(path);
   Reader(g).ReadFile(path, from);
   const SourceLocation top{path, 1};
   if (g.parserClass.empty()) Fail(top, "the grammar has no 'parser' statement");

@@ -359,9 +359,7 @@ std::string TokenDescription::KindName(int kind) const {
 TokenDescription ReadTokenDescription(const std::string& path, const SourceLocation& from) {
   TokenDescription out;
   out.file = path;
-  size_t slash = path.find_last_of('/');
-  std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
-  out.stem = base.substr(0, base.find('.'));
+  out.stem = FileStem(path);
   out.inputs.push_back(path);
   Reader(Cursor::Open(path, from), out).Run();
   return out;
