@@ -28,17 +28,7 @@ class SQLContextTest : public mvtest::SQL92ContextTest {
  protected:
   // The EmvSQLError ParseSelect raises for `text`.
   EmvSQLError SelectError(const WideString& text) {
-    try {
-      context.ParseSelect(text);
-    } catch (const EmvSQLError& e) {
-      return e;
-    }
-    ADD_FAILURE() << "no EmvSQLError for " << UTF8Encode(text);
-    return EmvSQLError(u"", nullptr);
-  }
-
-  TmvOwned<TastTokenIdentifier> Id(const WideString& text, bool quoted) {
-    return TastCreate<TastTokenIdentifier>(&context, WideStringView(text), quoted);
+    return mvtest::Thrown<EmvSQLError>([&] { context.ParseSelect(text); }).value_or(EmvSQLError(u"", nullptr));
   }
 
   WideString Fast(TastNode* node) {
