@@ -120,15 +120,10 @@ TEST_F(SyntaxProviderTest, TextsAndSettingsOfSQL92) {
   EXPECT_FALSE(provider->GetUseInformationSchema());
   EXPECT_EQ(provider->GetStringTokenIds(), std::vector<int32_t>{SQL92Scanner::tkStringToken});
   EXPECT_EQ(&provider->GetScannerClass(), &SQL92Scanner::ScannerClass());
-}
-
-TEST_F(SyntaxProviderTest, CaseSensitivityAnswers) {
   provider->SetIdentCaseSens(icsSensitiveUpperCase);
-  EXPECT_TRUE(provider->IsIdentifiersCaseSensitive());
-  EXPECT_TRUE(provider->IsNonQuotedIdentifiersToUpperCase());
+  EXPECT_TRUE(provider->IsIdentifiersCaseSensitive() && provider->IsNonQuotedIdentifiersToUpperCase());
   provider->SetIdentCaseSens(icsSensitiveLowerCase);
-  EXPECT_TRUE(provider->IsIdentifiersCaseSensitive());
-  EXPECT_FALSE(provider->IsNonQuotedIdentifiersToUpperCase());
+  EXPECT_TRUE(provider->IsIdentifiersCaseSensitive() && !provider->IsNonQuotedIdentifiersToUpperCase());
 }
 
 TEST_F(SyntaxProviderTest, NameListsOfSQL92) {
@@ -145,16 +140,14 @@ TEST_F(SyntaxProviderTest, NameListsOfSQL92) {
   std::vector<std::string> operators;
   provider->GetComparisonOperators(operators);
   EXPECT_EQ(operators, (std::vector<std::string>{"=", ">", ">=", "<", "<=", "<>"}));
-}
-
-TEST_F(SyntaxProviderTest, ListsAddOrClearAsTheContractSays) {
+  // A list is left alone, added to or cleared first, as the contract says.
   TSQLQualifiedNamesList names(&context, true);
   names.AddBuiltin(u"Keep");
-  provider->GetMultiParamAggregateNames(names);  // leaves the list
+  provider->GetMultiParamAggregateNames(names);
   EXPECT_EQ(names.Count(), 1);
-  provider->GetStarAggregateNames(names);  // adds
+  provider->GetStarAggregateNames(names);
   EXPECT_EQ(names.Count(), 2);
-  provider->Get1ParamAggregateNames(names);  // clears
+  provider->Get1ParamAggregateNames(names);
   EXPECT_EQ(names.Count(), 0);
 }
 
@@ -183,12 +176,10 @@ TEST_F(SyntaxProviderTest, KeywordsAreTheScannersReservedWords) {
   // The base has the same list under its own name.
   EXPECT_EQ(*FindKeywordResource("BASESYNTAXPROVIDER_KEYWORDS"), *FindKeywordResource("SQL92SYNTAXPROVIDER_KEYWORDS"));
   EXPECT_EQ(KeywordResourceName("TmvMSSQLCESyntaxProvider"), "MSSQLCESYNTAXPROVIDER_KEYWORDS");
-}
-
-TEST_F(SyntaxProviderTest, AProviderWithoutAResourceTakesItsAncestors) {
+  // A provider without a resource of its own takes its ancestor's.
   TTestBareSyntaxProvider bare;
   EXPECT_EQ(FindKeywordResource(KeywordResourceName(bare.ClassName())), nullptr);
-  EXPECT_EQ(bare.GetKeywords(), provider->GetKeywords());
+  EXPECT_EQ(bare.GetKeywords(), keywords);
 }
 
 TEST_F(SyntaxProviderTest, FieldsQueryTemplates) {
