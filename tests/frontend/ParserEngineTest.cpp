@@ -293,9 +293,6 @@ TEST(Entries, TheParserClassCreatesAParser) {
   scanner->Init(u"x");
   mv::TmvOwned<mv::TmvBaseParser> parser(cls.CreateRaw(scanner.get(), nullptr));
   EXPECT_TRUE(parser->FindWay(mv::TmvParserEntry::peIdentifier));
-  EXPECT_TRUE(parser->RequireLeftOperand);
-  EXPECT_FALSE(parser->LeftIsLogical);
-  EXPECT_EQ(parser->ServerVersion, 0);
 }
 
 TEST(Entries, HiddenKindsCanBeExpected) {

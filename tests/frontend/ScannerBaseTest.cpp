@@ -163,8 +163,6 @@ TEST_F(ScannerBase, TheScannerClassCreatesAWorkingScanner) {
   mv::TmvOwned<mv::TmvBaseScanner> made(cls.CreateRaw());
   made->Init(u"select");
   EXPECT_EQ(made->GetToken(0).Kind, mv::SQL92Scanner::kwSELECT);
-  EXPECT_TRUE(made->SkipComments);
-  EXPECT_TRUE(made->SkipSpaces);
 }
 
 }  // namespace

@@ -142,28 +142,33 @@ TEST_F(FormatLayout, GlobalAndPartIndents) {
 
 // --- List formats ---
 
-TEST_F(FormatLayout, ListsBreakBeforeOrAfterTheComma) {
+TEST_F(FormatLayout, ListsHavingAndJoinConditionsHaveTheirOwnFormats) {
+  // Each option reaches only its own part; keywords in capitals show which
+  // words of each part are keywords.
   auto s = Full();
   EXPECT_EQ(Layout(s.get(),
                    {u"MainQueryFormat.SelectListFormat.NewLineAfterItem=False",
                     u"MainQueryFormat.SelectListFormat.NewLineBeforeComma=True",
                     u"MainQueryFormat.GroupByFormat.NewLineAfterItem=False",
-                    u"MainQueryFormat.OrderByFormat.NewLineBeforeComma=True"}),
-            u"Select a\r\n"
+                    u"MainQueryFormat.OrderByFormat.NewLineBeforeComma=True",
+                    u"MainQueryFormat.HavingFormat.NewLineAfter=nlNone",
+                    u"MainQueryFormat.FromClauseFormat.JoinConditionFormat.NewLineAfter=nlTopmostLogical",
+                    u"KeywordFormat=akfUpperCase"}),
+            u"SELECT a\r\n"
             u"  , b\r\n"
             u"  , c\r\n"
-            u"From t1 x\r\n"
-            u"  Inner Join t2 y On x.id = y.id And x.k = 1\r\n"
-            u"  Left Outer Join t3 On y.id = t3.id,\r\n"
+            u"FROM t1 x\r\n"
+            u"  INNER JOIN t2 y ON x.id = y.id AND\r\n"
+            u"    x.k = 1\r\n"
+            u"  LEFT OUTER JOIN t3 ON y.id = t3.id,\r\n"
             u"  t4\r\n"
-            u"Where (a = 1 And b = 2) Or\r\n"
+            u"WHERE (a = 1 AND b = 2) OR\r\n"
             u"  c = 3\r\n"
-            u"Group By a, b\r\n"
-            u"Having Count(*) > 1 Or\r\n"
-            u"  a = 2\r\n"
-            u"Order By a\r\n"
+            u"GROUP BY a, b\r\n"
+            u"HAVING Count(*) > 1 OR a = 2\r\n"
+            u"ORDER BY a\r\n"
             u"  ,\r\n"
-            u"  b Desc");
+            u"  b DESC");
 }
 
 TEST_F(FormatLayout, WindowListHasItsOwnFormat) {
@@ -288,27 +293,6 @@ TEST_F(FormatLayout, ParenthesesAroundGroupsAndCriteria) {
             u"From t\r\n"
             u"Where (a = 1) Or\r\n"
             u"  (b = 2)");
-}
-
-TEST_F(FormatLayout, HavingAndJoinConditionsHaveTheirOwnFormats) {
-  auto s = Full();
-  EXPECT_EQ(Layout(s.get(), {u"MainQueryFormat.HavingFormat.NewLineAfter=nlNone",
-                             u"MainQueryFormat.FromClauseFormat.JoinConditionFormat.NewLineAfter=nlTopmostLogical"}),
-            u"Select a,\r\n"
-            u"  b,\r\n"
-            u"  c\r\n"
-            u"From t1 x\r\n"
-            u"  Inner Join t2 y On x.id = y.id And\r\n"
-            u"    x.k = 1\r\n"
-            u"  Left Outer Join t3 On y.id = t3.id,\r\n"
-            u"  t4\r\n"
-            u"Where (a = 1 And b = 2) Or\r\n"
-            u"  c = 3\r\n"
-            u"Group By a,\r\n"
-            u"  b\r\n"
-            u"Having Count(*) > 1 Or a = 2\r\n"
-            u"Order By a,\r\n"
-            u"  b Desc");
 }
 
 // --- FROM clause formats ---
@@ -510,26 +494,6 @@ TEST_F(FormatLayout, CommonTableExpressionsTakeTheCTEFormat) {
 }
 
 // --- Words and names ---
-
-TEST_F(FormatLayout, KeywordCase) {
-  auto s = Full();
-  EXPECT_EQ(Layout(s.get(), {u"KeywordFormat=akfUpperCase"}),
-            u"SELECT a,\r\n"
-            u"  b,\r\n"
-            u"  c\r\n"
-            u"FROM t1 x\r\n"
-            u"  INNER JOIN t2 y ON x.id = y.id AND x.k = 1\r\n"
-            u"  LEFT OUTER JOIN t3 ON y.id = t3.id,\r\n"
-            u"  t4\r\n"
-            u"WHERE (a = 1 AND b = 2) OR\r\n"
-            u"  c = 3\r\n"
-            u"GROUP BY a,\r\n"
-            u"  b\r\n"
-            u"HAVING Count(*) > 1 OR\r\n"
-            u"  a = 2\r\n"
-            u"ORDER BY a,\r\n"
-            u"  b DESC");
-}
 
 TEST_F(FormatLayout, IdentifierQuotation) {
   // "order" is a reserved word of the test dialect; "Mixed" a plain name.
