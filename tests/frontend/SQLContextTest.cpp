@@ -284,15 +284,6 @@ TEST_F(SQLContextTest, QuotedIdentifiersOut) {
   EXPECT_EQ(ExtractQuotedIdentifier(u"Qabcq", u"q", u"q"), u"abc");
 }
 
-// --- Names under the case rules ---
-
-TEST_F(SQLContextTest, ParsedNamesCompareUnderTheDialectsRule) {
-  // Count first and case rules are NamesTest's; here the parse entries feed it.
-  EXPECT_EQ(context.CompareQualifiedNames(context.ParseQualifiedName(u"S.T").get(),
-                                          context.ParseQualifiedName(u"s.\"t\"").get()),
-            0);
-}
-
 // --- Vocabulary and a change of dialect ---
 
 namespace {
