@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <set>
 
 #include "SQL92Scan.h"
@@ -58,53 +57,27 @@ class SyntaxProviderTest : public ::testing::Test {
 
 TEST_F(SyntaxProviderTest, CapabilitiesOfSQL92) {
   const TmvBaseSyntaxProvider& p = *provider;
-  // The provider's column of the capability table, in the table's order.
-  const std::vector<std::pair<const char*, bool>> answers = {
-      {"ANSIJoins", p.IsSupportANSIJoins()},
-      {"ForceBinaryANSIJoins", p.IsForceBinaryANSIJoins()},
-      {"BracketsInComplexJoinMandatory", p.IsBracketsInComplexJoinMandatory()},
-      {"OracleJoins", p.IsSupportOracleJoins()},
-      {"TransactSQLJoins", p.IsSupportTransactSQLJoins()},
-      {"CrossJoin", p.IsSupportCrossJoin()},
-      {"LeftANSIJoin", p.IsSupportLeftANSIJoin()},
-      {"RightANSIJoin", p.IsSupportRightANSIJoin()},
-      {"FullANSIJoin", p.IsSupportFullANSIJoin()},
-      {"UniversalExpressions", p.IsUniversalExpressions()},
-      {"AllTableFieldsSelection", p.IsSupportAllTableFieldsSelection()},
-      {"OrderByAlias", p.IsSupportOrderByAlias()},
-      {"Views", p.IsSupportViews()},
-      {"Procedures", p.IsSupportProcedures()},
-      {"Synonyms", p.IsSupportSynonyms()},
-      {"Unions", p.IsSupportUnions()},
-      {"BracketsInUnions", p.IsSupportBracketsInUnions()},
-      {"DerivedTables", p.IsSupportDerivedTables()},
-      {"CTE", p.IsSupportCTE()},
-      {"CTEColumnNamesMandatory", p.IsCTEColumnNamesMandatory()},
-      {"RecursiveCTE", p.IsSupportRecursiveCTE()},
-      {"NullOrdering", p.IsSupportNullOrdering()},
-      {"GroupByStar", p.IsSupportGroupByStar()},
-      {"GroupByAlias", p.IsSupportGroupByAlias()},
-      {"SubQueryUnions", p.IsSupportSubQueryUnions()},
-      {"SubQueryBracketsInUnions", p.IsSupportSubQueryBracketsInUnions()},
-      {"SubQueryDerivedTables", p.IsSupportSubQueryDerivedTables()},
-      {"SubQueryCTE", p.IsSupportSubQueryCTE()},
-      {"Databases", p.IsSupportDatabases()},
-      {"Schemas", p.IsSupportSchemas()},
-      {"EmptyBracketsInStoredProcs", p.IsSupportEmptyBracketsInStoredProcs()},
-      {"OuterKeywordInLinksMandatory", p.IsOuterKeywordInLinksMandatory()},
-      {"InnerKeywordInLinksMandatory", p.IsInnerKeywordInLinksMandatory()},
-      {"AsKeywordInExpressionAliasMandatory", p.IsAsKeywordInExpressionAliasMandatory()},
-      {"AsKeywordInObjectAliasMandatory", p.IsAsKeywordInObjectAliasMandatory()},
-      {"FromClauseMandatory", p.IsFromClauseMandatory()},
-      {"UseObjectNamesAsDefaultAliases", p.GetUseObjectNamesAsDefaultAliases()},
-      {"LimitOffset", p.IsSupportLimitOffset()},
-      {"LimitCount", p.IsSupportLimitCount()},
-      {"CanDetectServerVersion", p.CanDetectServerVersion()},
+  // The provider's column of the capability table, in the table's order:
+  // joins, expressions, objects, unions and CTEs, ordering and grouping,
+  // sub-query forms, names, optional keywords, limits, version detection.
+  const bool answers[] = {
+      p.IsSupportANSIJoins(), p.IsForceBinaryANSIJoins(), p.IsBracketsInComplexJoinMandatory(),
+      p.IsSupportOracleJoins(), p.IsSupportTransactSQLJoins(), p.IsSupportCrossJoin(), p.IsSupportLeftANSIJoin(),
+      p.IsSupportRightANSIJoin(), p.IsSupportFullANSIJoin(), p.IsUniversalExpressions(),
+      p.IsSupportAllTableFieldsSelection(), p.IsSupportOrderByAlias(), p.IsSupportViews(), p.IsSupportProcedures(),
+      p.IsSupportSynonyms(), p.IsSupportUnions(), p.IsSupportBracketsInUnions(), p.IsSupportDerivedTables(),
+      p.IsSupportCTE(), p.IsCTEColumnNamesMandatory(), p.IsSupportRecursiveCTE(), p.IsSupportNullOrdering(),
+      p.IsSupportGroupByStar(), p.IsSupportGroupByAlias(), p.IsSupportSubQueryUnions(),
+      p.IsSupportSubQueryBracketsInUnions(), p.IsSupportSubQueryDerivedTables(), p.IsSupportSubQueryCTE(),
+      p.IsSupportDatabases(), p.IsSupportSchemas(), p.IsSupportEmptyBracketsInStoredProcs(),
+      p.IsOuterKeywordInLinksMandatory(), p.IsInnerKeywordInLinksMandatory(),
+      p.IsAsKeywordInExpressionAliasMandatory(), p.IsAsKeywordInObjectAliasMandatory(), p.IsFromClauseMandatory(),
+      p.GetUseObjectNamesAsDefaultAliases(), p.IsSupportLimitOffset(), p.IsSupportLimitCount(),
+      p.CanDetectServerVersion(),
   };
-  const char* column = "TFFFFTTTTFTTTFFTTTFFTFFFTTTFTTTFTFFFFFFF";
-  ASSERT_EQ(answers.size(), strlen(column));
-  for (size_t i = 0; i < answers.size(); ++i)
-    EXPECT_EQ(answers[i].second, column[i] == 'T') << answers[i].first;
+  std::string column;
+  for (bool answer : answers) column += answer ? 'T' : 'F';
+  EXPECT_EQ(column, "TFFFFTTTTFTTTFFTTTFFTFFFTTTFTTTFTFFFFFFF");
 }
 
 TEST_F(SyntaxProviderTest, TextsAndSettingsOfSQL92) {
