@@ -22,15 +22,9 @@ TEST(ParseCommand, ASyntaxErrorGoesToStandardErrorWithExitOne) {
   EXPECT_EQ(empty.exitCode, 1);
   EXPECT_EQ(empty.out, "");
   EXPECT_EQ(empty.err, "Not a SELECT SQL statement.\r\n Unexpected token \"EOF\" at line 1, pos 1\n");
-  auto reserved = RunMvsql({"parse"}, "SELECT select FROM t");
-  EXPECT_EQ(reserved.exitCode, 1);
-  EXPECT_EQ(reserved.err, "Invalid SELECT statement.\r\n Unexpected token \"select\" at line 1, pos 8\n");
   auto fragment = RunMvsql({"parse", "--entry", "expression"}, "a +");
   EXPECT_EQ(fragment.exitCode, 1);
   EXPECT_EQ(fragment.err, " Unexpected token \"EOF\" at line 1, pos 4\n");
-  auto name = RunMvsql({"parse", "--entry", "identifier"}, "a b");
-  EXPECT_EQ(name.exitCode, 1);
-  EXPECT_EQ(name.err, " Unexpected token \"b\" at line 1, pos 3\n");
 }
 
 TEST(ParseCommand, TheWayOfANameOfTwoParts) {

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <set>
 
 #include "SQL92Scan.h"
@@ -58,53 +57,27 @@ class SyntaxProviderTest : public ::testing::Test {
 
 TEST_F(SyntaxProviderTest, CapabilitiesOfSQL92) {
   const TmvBaseSyntaxProvider& p = *provider;
-  // The provider's column of the capability table, in the table's order.
-  const std::vector<std::pair<const char*, bool>> answers = {
-      {"ANSIJoins", p.IsSupportANSIJoins()},
-      {"ForceBinaryANSIJoins", p.IsForceBinaryANSIJoins()},
-      {"BracketsInComplexJoinMandatory", p.IsBracketsInComplexJoinMandatory()},
-      {"OracleJoins", p.IsSupportOracleJoins()},
-      {"TransactSQLJoins", p.IsSupportTransactSQLJoins()},
-      {"CrossJoin", p.IsSupportCrossJoin()},
-      {"LeftANSIJoin", p.IsSupportLeftANSIJoin()},
-      {"RightANSIJoin", p.IsSupportRightANSIJoin()},
-      {"FullANSIJoin", p.IsSupportFullANSIJoin()},
-      {"UniversalExpressions", p.IsUniversalExpressions()},
-      {"AllTableFieldsSelection", p.IsSupportAllTableFieldsSelection()},
-      {"OrderByAlias", p.IsSupportOrderByAlias()},
-      {"Views", p.IsSupportViews()},
-      {"Procedures", p.IsSupportProcedures()},
-      {"Synonyms", p.IsSupportSynonyms()},
-      {"Unions", p.IsSupportUnions()},
-      {"BracketsInUnions", p.IsSupportBracketsInUnions()},
-      {"DerivedTables", p.IsSupportDerivedTables()},
-      {"CTE", p.IsSupportCTE()},
-      {"CTEColumnNamesMandatory", p.IsCTEColumnNamesMandatory()},
-      {"RecursiveCTE", p.IsSupportRecursiveCTE()},
-      {"NullOrdering", p.IsSupportNullOrdering()},
-      {"GroupByStar", p.IsSupportGroupByStar()},
-      {"GroupByAlias", p.IsSupportGroupByAlias()},
-      {"SubQueryUnions", p.IsSupportSubQueryUnions()},
-      {"SubQueryBracketsInUnions", p.IsSupportSubQueryBracketsInUnions()},
-      {"SubQueryDerivedTables", p.IsSupportSubQueryDerivedTables()},
-      {"SubQueryCTE", p.IsSupportSubQueryCTE()},
-      {"Databases", p.IsSupportDatabases()},
-      {"Schemas", p.IsSupportSchemas()},
-      {"EmptyBracketsInStoredProcs", p.IsSupportEmptyBracketsInStoredProcs()},
-      {"OuterKeywordInLinksMandatory", p.IsOuterKeywordInLinksMandatory()},
-      {"InnerKeywordInLinksMandatory", p.IsInnerKeywordInLinksMandatory()},
-      {"AsKeywordInExpressionAliasMandatory", p.IsAsKeywordInExpressionAliasMandatory()},
-      {"AsKeywordInObjectAliasMandatory", p.IsAsKeywordInObjectAliasMandatory()},
-      {"FromClauseMandatory", p.IsFromClauseMandatory()},
-      {"UseObjectNamesAsDefaultAliases", p.GetUseObjectNamesAsDefaultAliases()},
-      {"LimitOffset", p.IsSupportLimitOffset()},
-      {"LimitCount", p.IsSupportLimitCount()},
-      {"CanDetectServerVersion", p.CanDetectServerVersion()},
+  // The provider's column of the capability table, in the table's order:
+  // joins, expressions, objects, unions and CTEs, ordering and grouping,
+  // sub-query forms, names, optional keywords, limits, version detection.
+  const bool answers[] = {
+      p.IsSupportANSIJoins(), p.IsForceBinaryANSIJoins(), p.IsBracketsInComplexJoinMandatory(),
+      p.IsSupportOracleJoins(), p.IsSupportTransactSQLJoins(), p.IsSupportCrossJoin(), p.IsSupportLeftANSIJoin(),
+      p.IsSupportRightANSIJoin(), p.IsSupportFullANSIJoin(), p.IsUniversalExpressions(),
+      p.IsSupportAllTableFieldsSelection(), p.IsSupportOrderByAlias(), p.IsSupportViews(), p.IsSupportProcedures(),
+      p.IsSupportSynonyms(), p.IsSupportUnions(), p.IsSupportBracketsInUnions(), p.IsSupportDerivedTables(),
+      p.IsSupportCTE(), p.IsCTEColumnNamesMandatory(), p.IsSupportRecursiveCTE(), p.IsSupportNullOrdering(),
+      p.IsSupportGroupByStar(), p.IsSupportGroupByAlias(), p.IsSupportSubQueryUnions(),
+      p.IsSupportSubQueryBracketsInUnions(), p.IsSupportSubQueryDerivedTables(), p.IsSupportSubQueryCTE(),
+      p.IsSupportDatabases(), p.IsSupportSchemas(), p.IsSupportEmptyBracketsInStoredProcs(),
+      p.IsOuterKeywordInLinksMandatory(), p.IsInnerKeywordInLinksMandatory(),
+      p.IsAsKeywordInExpressionAliasMandatory(), p.IsAsKeywordInObjectAliasMandatory(), p.IsFromClauseMandatory(),
+      p.GetUseObjectNamesAsDefaultAliases(), p.IsSupportLimitOffset(), p.IsSupportLimitCount(),
+      p.CanDetectServerVersion(),
   };
-  const char* column = "TFFFFTTTTFTTTFFTTTFFTFFFTTTFTTTFTFFFFFFF";
-  ASSERT_EQ(answers.size(), strlen(column));
-  for (size_t i = 0; i < answers.size(); ++i)
-    EXPECT_EQ(answers[i].second, column[i] == 'T') << answers[i].first;
+  std::string column;
+  for (bool answer : answers) column += answer ? 'T' : 'F';
+  EXPECT_EQ(column, "TFFFFTTTTFTTTFFTTTFFTFFFTTTFTTTFTFFFFFFF");
 }
 
 TEST_F(SyntaxProviderTest, TextsAndSettingsOfSQL92) {
@@ -120,15 +93,10 @@ TEST_F(SyntaxProviderTest, TextsAndSettingsOfSQL92) {
   EXPECT_FALSE(provider->GetUseInformationSchema());
   EXPECT_EQ(provider->GetStringTokenIds(), std::vector<int32_t>{SQL92Scanner::tkStringToken});
   EXPECT_EQ(&provider->GetScannerClass(), &SQL92Scanner::ScannerClass());
-}
-
-TEST_F(SyntaxProviderTest, CaseSensitivityAnswers) {
   provider->SetIdentCaseSens(icsSensitiveUpperCase);
-  EXPECT_TRUE(provider->IsIdentifiersCaseSensitive());
-  EXPECT_TRUE(provider->IsNonQuotedIdentifiersToUpperCase());
+  EXPECT_TRUE(provider->IsIdentifiersCaseSensitive() && provider->IsNonQuotedIdentifiersToUpperCase());
   provider->SetIdentCaseSens(icsSensitiveLowerCase);
-  EXPECT_TRUE(provider->IsIdentifiersCaseSensitive());
-  EXPECT_FALSE(provider->IsNonQuotedIdentifiersToUpperCase());
+  EXPECT_TRUE(provider->IsIdentifiersCaseSensitive() && !provider->IsNonQuotedIdentifiersToUpperCase());
 }
 
 TEST_F(SyntaxProviderTest, NameListsOfSQL92) {
@@ -145,16 +113,14 @@ TEST_F(SyntaxProviderTest, NameListsOfSQL92) {
   std::vector<std::string> operators;
   provider->GetComparisonOperators(operators);
   EXPECT_EQ(operators, (std::vector<std::string>{"=", ">", ">=", "<", "<=", "<>"}));
-}
-
-TEST_F(SyntaxProviderTest, ListsAddOrClearAsTheContractSays) {
+  // A list is left alone, added to or cleared first, as the contract says.
   TSQLQualifiedNamesList names(&context, true);
   names.AddBuiltin(u"Keep");
-  provider->GetMultiParamAggregateNames(names);  // leaves the list
+  provider->GetMultiParamAggregateNames(names);
   EXPECT_EQ(names.Count(), 1);
-  provider->GetStarAggregateNames(names);  // adds
+  provider->GetStarAggregateNames(names);
   EXPECT_EQ(names.Count(), 2);
-  provider->Get1ParamAggregateNames(names);  // clears
+  provider->Get1ParamAggregateNames(names);
   EXPECT_EQ(names.Count(), 0);
 }
 
@@ -183,12 +149,10 @@ TEST_F(SyntaxProviderTest, KeywordsAreTheScannersReservedWords) {
   // The base has the same list under its own name.
   EXPECT_EQ(*FindKeywordResource("BASESYNTAXPROVIDER_KEYWORDS"), *FindKeywordResource("SQL92SYNTAXPROVIDER_KEYWORDS"));
   EXPECT_EQ(KeywordResourceName("TmvMSSQLCESyntaxProvider"), "MSSQLCESYNTAXPROVIDER_KEYWORDS");
-}
-
-TEST_F(SyntaxProviderTest, AProviderWithoutAResourceTakesItsAncestors) {
+  // A provider without a resource of its own takes its ancestor's.
   TTestBareSyntaxProvider bare;
   EXPECT_EQ(FindKeywordResource(KeywordResourceName(bare.ClassName())), nullptr);
-  EXPECT_EQ(bare.GetKeywords(), provider->GetKeywords());
+  EXPECT_EQ(bare.GetKeywords(), keywords);
 }
 
 TEST_F(SyntaxProviderTest, FieldsQueryTemplates) {

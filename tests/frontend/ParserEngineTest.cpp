@@ -85,9 +85,10 @@ TEST(FirstPassPrimitives, ExpectStepsOverHiddenTokensByTheScannerFlags) {
   EXPECT_EQ(hidden.list[0]->TokenIndex, 1);
 }
 
-TEST(FirstPassPrimitives, LookaheadTestsHiddenTokensOnTheWay) {
-  ToyParse<WayToyParser> p(u"a  b");
-  WayToyParser& parser = p.parser();
+TEST(FirstPassPrimitives, LookaheadTests) {
+  ToyParse<WayToyParser> spaced(u"a  b");
+  WayToyParser& parser = spaced.parser();
+  // Hidden tokens on the way are tested too.
   OneWay space(0);
   EXPECT_TRUE(parser.CheckLAToken(space.list, 2)) << "a listed hidden kind is seen";
   OneWay notSpace(0);
@@ -95,28 +96,22 @@ TEST(FirstPassPrimitives, LookaheadTestsHiddenTokensOnTheWay) {
   OneWay past(0);
   EXPECT_TRUE(parser.CheckLANotToken(past.list, 9)) << "kept at the first visible token that is not listed";
   EXPECT_EQ(parser.MaxTokenIndex, -1) << "lookahead matches nothing";
-}
 
-TEST(FirstPassPrimitives, CheckLA2NotTokenLooksAtTheTokenAfterTheNext) {
-  ToyParse<WayToyParser> p(u"not like x");
-  WayToyParser& parser = p.parser();
+  // CheckLA2NotToken looks at the token after the next.
+  ToyParse<WayToyParser> notLike(u"not like x");
   const int32_t like[] = {mv::SQL92Scanner::kwLIKE};
   const int32_t x[] = {5};
-  OneWay w1(-1);
-  EXPECT_FALSE(parser.CheckLA2NotToken(w1.list, like));
-  OneWay w2(-1);
-  EXPECT_TRUE(parser.CheckLA2NotToken(w2.list, x));
-  OneWay w3(0);
-  EXPECT_FALSE(parser.CheckLA2NotToken(w3.list, x));
-}
+  for (auto [from, kinds, kept] : {std::tuple{-1, std::span<const int32_t>(like), false}, {-1, x, true}, {0, x, false}}) {
+    OneWay w(from);
+    EXPECT_EQ(notLike.parser().CheckLA2NotToken(w.list, kinds), kept) << from;
+  }
 
-TEST(FirstPassPrimitives, CheckLANotInComparesTextWithoutCase) {
-  ToyParse<WayToyParser> p(u"Foo");
-  WayToyParser& parser = p.parser();
+  // CheckLANotIn compares text without case.
+  ToyParse<WayToyParser> foo(u"Foo");
   OneWay w1(-1);
-  EXPECT_FALSE(parser.CheckLANotIn(w1.list, {"bar", "FOO"}));
+  EXPECT_FALSE(foo.parser().CheckLANotIn(w1.list, {"bar", "FOO"}));
   OneWay w2(-1);
-  EXPECT_TRUE(parser.CheckLANotIn(w2.list, {"bar"}));
+  EXPECT_TRUE(foo.parser().CheckLANotIn(w2.list, {"bar"}));
 }
 
 TEST(FirstPassPrimitives, DecisionsGrowWaysWithoutTouchingTheirSource) {
@@ -174,34 +169,32 @@ TEST(WayOrder, CommentsAndBlanksChangeNoDecision) {
   EXPECT_EQ(names, (std::vector<std::u16string>{u"b", u"a"}));
 }
 
-TEST(WayOrder, ARepetitionFollowedByItsOwnFirstTokenKeepsBothWays) {
-  // { X } X [ X ] on "x x": no round and then the option, or one round and no
-  // option; both reach the end, and the way with fewer rounds comes first.
-  ToyParse<WayToyParser> p(u"x x");
-  EXPECT_EQ(p.Survivors(&WayToyParser::repeatThenSameWayCalc), (std::vector<std::string>{"001", "0100"}));
-  ASSERT_TRUE(p.Find(&WayToyParser::repeatThenSameWayCalc));
-  EXPECT_EQ(p.Way(), "001");
-}
-
-TEST(WayOrder, ARepetitionPrefersFewerRounds) {
-  // { ( X | X X ) } on "x x": two rounds of one name, or one round of two.
-  ToyParse<WayToyParser> p(u"x x");
-  EXPECT_EQ(p.Survivors(&WayToyParser::roundsOfOneOrTwoWayCalc), (std::vector<std::string>{"0110", "010100"}));
-}
-
-TEST(WayOrder, AnOptionFollowedByTheSameTokenPrefersTheTakenWay) {
-  // [ X ] X { X } on "x x".
-  ToyParse<WayToyParser> p(u"x x");
-  EXPECT_EQ(p.Survivors(&WayToyParser::optionThenSameWayCalc), (std::vector<std::string>{"010", "0010"}));
-}
-
-TEST(WayOrder, LaterDecisionsOutrankEarlierOnes) {
-  // ( X | X ) [ ";" ] [ ";" ] on "x ;": the last option sorts first, then the
-  // one before it, then the choice, as in a radix sort.
-  ToyParse<WayToyParser> p(u"x ;");
-  EXPECT_EQ(p.Survivors(&WayToyParser::radixWayCalc), (std::vector<std::string>{"0001", "0101", "0010", "0110"}));
-  ASSERT_TRUE(p.Find(&WayToyParser::radixWayCalc));
-  EXPECT_EQ(p.Way(), "0001");
+TEST(WayOrder, DecisionsOfRepetitionsOptionsAndChoices) {
+  using Calc = void (WayToyParser::*)(TmvWayPointsList&);
+  const struct {
+    const char* rule;
+    std::u16string text;
+    Calc calc;
+    std::vector<std::string> survivors;  // best first
+  } cases[] = {
+      // { X } X [ X ]: a repetition followed by its own first token keeps both
+      // ways, and the one with fewer rounds comes first.
+      {"repeatThenSame", u"x x", &WayToyParser::repeatThenSameWayCalc, {"001", "0100"}},
+      // { ( X | X X ) }: two rounds of one name, or one round of two.
+      {"roundsOfOneOrTwo", u"x x", &WayToyParser::roundsOfOneOrTwoWayCalc, {"0110", "010100"}},
+      // [ X ] X { X }: an option followed by the same token prefers the taken way.
+      {"optionThenSame", u"x x", &WayToyParser::optionThenSameWayCalc, {"010", "0010"}},
+      // ( X | X ) [ ";" ] [ ";" ]: later decisions outrank earlier ones, as in
+      // a radix sort.
+      {"radix", u"x ;", &WayToyParser::radixWayCalc, {"0001", "0101", "0010", "0110"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.rule);
+    ToyParse<WayToyParser> p(c.text);
+    EXPECT_EQ(p.Survivors(c.calc), c.survivors);
+    ASSERT_TRUE(p.Find(c.calc));
+    EXPECT_EQ(p.Way(), c.survivors.front());
+  }
 }
 
 TEST(BadToken, AnErrorAtTheEndBlamesTheEndToken) {
@@ -300,9 +293,6 @@ TEST(Entries, TheParserClassCreatesAParser) {
   scanner->Init(u"x");
   mv::TmvOwned<mv::TmvBaseParser> parser(cls.CreateRaw(scanner.get(), nullptr));
   EXPECT_TRUE(parser->FindWay(mv::TmvParserEntry::peIdentifier));
-  EXPECT_TRUE(parser->RequireLeftOperand);
-  EXPECT_FALSE(parser->LeftIsLogical);
-  EXPECT_EQ(parser->ServerVersion, 0);
 }
 
 TEST(Entries, HiddenKindsCanBeExpected) {

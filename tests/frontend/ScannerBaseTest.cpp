@@ -11,7 +11,7 @@ namespace {
 using mv::TmvToken;
 using mv::WideString;
 
-TEST(TmvBuffer, ReadsPeeksAndStopsAtTheEnd) {
+TEST(TmvBuffer, ReadsPeeksClampsAndStopsAtTheEnd) {
   mv::TmvBuffer b;
   b.Fill(u"ab");
   EXPECT_EQ(b.GetLength(), 2);
@@ -21,26 +21,15 @@ TEST(TmvBuffer, ReadsPeeksAndStopsAtTheEnd) {
   EXPECT_EQ(b.Read(), -1);
   EXPECT_EQ(b.GetPos(), 2) << "reading at the end does not advance";
   EXPECT_EQ(b.Peek(), -1);
-}
-
-TEST(TmvBuffer, GetStringIsOneShorterThanTheSpan) {
-  mv::TmvBuffer b;
+  // SetPos clamps to the end and sends zero and below to one.
+  for (auto [to, at] : {std::pair{10, 2}, {1, 1}, {0, 1}, {-5, 1}}) {
+    b.SetPos(to);
+    EXPECT_EQ(b.GetPos(), at) << to;
+  }
+  // GetString is one shorter than the span.
   b.Fill(u"select");
   EXPECT_EQ(b.GetString(0, 4), u"sel");
   EXPECT_EQ(b.GetString(2, 3), u"");
-}
-
-TEST(TmvBuffer, SetPosClampsAndSendsOtherValuesToOne) {
-  mv::TmvBuffer b;
-  b.Fill(u"abc");
-  b.SetPos(10);
-  EXPECT_EQ(b.GetPos(), 3);
-  b.SetPos(2);
-  EXPECT_EQ(b.GetPos(), 2);
-  b.SetPos(0);
-  EXPECT_EQ(b.GetPos(), 1);
-  b.SetPos(-5);
-  EXPECT_EQ(b.GetPos(), 1);
 }
 
 TEST(TmvCharSet, HoldsEveryCodeUnit) {
@@ -100,18 +89,38 @@ class ScannerBase : public ::testing::Test {
     scanner->Init(text);
     return scanner->GetTokens();
   }
+  // "text line:col pos" of each token, CR and LF written as \r and \n.
+  std::string Dump(const WideString& text) {
+    std::string out;
+    for (const TmvToken& t : Scan(text)) {
+      for (char16_t c : t.Text) out += c == u'\r' ? "\\r" : c == u'\n' ? "\\n" : mv::UTF8Encode(WideString(1, c));
+      out += " " + std::to_string(t.Line) + ":" + std::to_string(t.Col) + " " + std::to_string(t.Pos) + "|";
+    }
+    return out;
+  }
   mv::TmvOwned<mv::SQL92Scanner> scanner = mv::TmvCreate<mv::SQL92Scanner>();
 };
 
-TEST_F(ScannerBase, EmptyTextGivesOneEndToken) {
-  const auto& tokens = Scan(u"");
-  ASSERT_EQ(tokens.size(), 1u);
-  EXPECT_EQ(tokens[0].Kind, mv::tkEndOfText);
-  EXPECT_EQ(tokens[0].Pos, 0);
-  EXPECT_EQ(tokens[0].Col, 1);
-  EXPECT_EQ(tokens[0].Line, 1);
-  EXPECT_EQ(tokens[0].Text, u"EOF");
-  EXPECT_FALSE(tokens[0].IsHidden());
+TEST_F(ScannerBase, LineEndsAndPositions) {
+  const std::pair<WideString, std::string> cases[] = {
+      // The empty text gives one visible end token at 1:1.
+      {u"", "EOF 1:1 0|"},
+      // CR LF is one line end; a lone LF is stored as CR; CR CR is two.
+      {u"a\r\nb", "a 1:1 0|\\r\\n 1:2 1|b 2:1 3|EOF 2:2 4|"},
+      {u"a\nb", "a 1:1 0|\\r 1:2 1|b 2:1 2|EOF 2:2 3|"},
+      {u"\r\rx", "\\r 1:1 0|\\r 2:1 1|x 3:1 2|EOF 3:2 3|"},
+  };
+  for (const auto& [text, expected] : cases) EXPECT_EQ(Dump(text), expected) << mv::UTF8Encode(text);
+  const auto& empty = Scan(u"");
+  EXPECT_EQ(empty[0].Kind, mv::tkEndOfText);
+  EXPECT_FALSE(empty[0].IsHidden());
+  EXPECT_EQ(Scan(u"a\r\nb")[1].Kind, mv::tkNewLine);
+  // Columns count UTF-16 code units: U+1F600 takes two.
+  const auto& wide = Scan(u"\U0001F600 a");
+  ASSERT_GE(wide.size(), 3u);
+  EXPECT_EQ(wide[2].Text, u"a");
+  EXPECT_EQ(wide[2].Pos, 3);
+  EXPECT_EQ(wide[2].Col, 4);
 }
 
 TEST_F(ScannerBase, GetTokenClampsToTheEndToken) {
@@ -124,55 +133,10 @@ TEST_F(ScannerBase, GetTokenClampsToTheEndToken) {
   EXPECT_EQ(end.Pos, 3);
 }
 
-TEST_F(ScannerBase, CrLfIsOneLineEnd) {
-  const auto& t = Scan(u"a\r\nb");
-  ASSERT_EQ(t.size(), 4u);
-  EXPECT_EQ(t[1].Kind, mv::tkNewLine);
-  EXPECT_EQ(t[1].Text, u"\r\n");
-  EXPECT_EQ(t[1].Col, 2);
-  EXPECT_EQ(t[2].Text, u"b");
-  EXPECT_EQ(t[2].Line, 2);
-  EXPECT_EQ(t[2].Col, 1);
-  EXPECT_EQ(t[2].Pos, 3);
-}
-
-TEST_F(ScannerBase, ALoneLfIsStoredAsCr) {
-  const auto& t = Scan(u"a\nb");
-  ASSERT_EQ(t.size(), 4u);
-  EXPECT_EQ(t[1].Kind, mv::tkNewLine);
-  EXPECT_EQ(t[1].Text, u"\r");
-  EXPECT_EQ(t[2].Line, 2);
-  EXPECT_EQ(t[2].Col, 1);
-}
-
-TEST_F(ScannerBase, CrCrIsTwoLineEnds) {
-  const auto& t = Scan(u"\r\rx");
-  ASSERT_EQ(t.size(), 4u);
-  EXPECT_EQ(t[0].Text, u"\r");
-  EXPECT_EQ(t[1].Text, u"\r");
-  EXPECT_EQ(t[1].Line, 2);
-  EXPECT_EQ(t[2].Line, 3);
-  EXPECT_EQ(t[2].Col, 1);
-}
-
 TEST_F(ScannerBase, ASecondInitStartsAfresh) {
   Scan(u"a\n\nb\nc");
   ASSERT_GT(scanner->GetCount(), 5);
-  const auto& t = Scan(u"x");
-  ASSERT_EQ(t.size(), 2u);
-  EXPECT_EQ(t[0].Text, u"x");
-  EXPECT_EQ(t[0].Line, 1);
-  EXPECT_EQ(t[1].Line, 1);
-}
-
-TEST_F(ScannerBase, ColumnsCountUtf16CodeUnits) {
-  // U+1F600 takes two code units, so the name after it starts two columns on.
-  const auto& t = Scan(u"\U0001F600 a");
-  ASSERT_GE(t.size(), 3u);
-  EXPECT_EQ(t[0].Text.size(), 2u);
-  EXPECT_EQ(t[2].Text, u"a");
-  EXPECT_EQ(t[2].Pos, 3);
-  EXPECT_EQ(t[2].Col, 4);
+  EXPECT_EQ(Dump(u"x"), "x 1:1 0|EOF 1:2 1|");
 }
 
 TEST_F(ScannerBase, ScanningNeverFails) {
@@ -199,8 +163,6 @@ TEST_F(ScannerBase, TheScannerClassCreatesAWorkingScanner) {
   mv::TmvOwned<mv::TmvBaseScanner> made(cls.CreateRaw());
   made->Init(u"select");
   EXPECT_EQ(made->GetToken(0).Kind, mv::SQL92Scanner::kwSELECT);
-  EXPECT_TRUE(made->SkipComments);
-  EXPECT_TRUE(made->SkipSpaces);
 }
 
 }  // namespace

@@ -72,14 +72,9 @@ TEST_F(MetadataFilterTest, NewItemLimitsNothing) {
   TmvMetadataTable* table = Table({u"dbo", u"t"});
   EXPECT_TRUE(Passes(table));
   EXPECT_EQ(Condition(), u"");
-  TmvMetadataFilterItem* item = filter.Add();
-  EXPECT_EQ(item->ApplyFor(), kMetadataFilterAllKinds);
-  EXPECT_EQ(item->SchemaMask(), u"%");
-  EXPECT_EQ(item->ObjectMask(), u"%");
-  EXPECT_TRUE(item->SchemaMaskCaseSensitive());
-  EXPECT_TRUE(item->ObjectMaskCaseSensitive());
-  EXPECT_FALSE(item->Exclude());
+  filter.Add();
   EXPECT_TRUE(Passes(table));
+  EXPECT_TRUE(Passes(View({u"v"})));
   EXPECT_EQ(Condition(), u"");
 }
 

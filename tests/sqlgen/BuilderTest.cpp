@@ -22,34 +22,23 @@ WideString Build(TSQLBuilder& builder, Write write) {
 
 }  // namespace
 
-TEST(SQLBuilder, SpacesMergeAndVanishAtLineStart) {
+TEST(SQLBuilder, SpacesMergeAndLineStartsSwallowBlanksAndEmptyLines) {
   TSQLBuilder builder;
   EXPECT_EQ(Build(builder,
                   [](TSQLBuilder& b) {
-                    b.Space(3);  // first request of the build: the line start swallows it
+                    b.NewLine();  // a line break first gives no empty line
+                    b.Space(3);   // nor does a blank at the start of a line
                     b.WriteKeyword(u"Select");
                     b.Space(3);
                     b.Space(1);
                     b.Space(2);
                     b.WriteIdentifier(u"a");
                     b.NewLine();
-                    b.Space(3);  // directly after a line break: no blank at the start
+                    b.NewLine();  // twice is once
+                    b.Space(3);
                     b.WriteKeyword(u"From");
                   }),
             u"Select a\r\nFrom");
-}
-
-TEST(SQLBuilder, NewLineTwiceAndFirstGiveNoEmptyLines) {
-  TSQLBuilder builder;
-  EXPECT_EQ(Build(builder,
-                  [](TSQLBuilder& b) {
-                    b.NewLine();
-                    b.WriteSymbol(u"a");
-                    b.NewLine();
-                    b.NewLine();
-                    b.WriteSymbol(u"b");
-                  }),
-            u"a\r\nb");
 }
 
 TEST(SQLBuilder, PendingBlankIsWrittenBeforeTheLineEndInTheBaseBuilder) {
@@ -107,6 +96,13 @@ TEST(SQLBuilder, IndentsAreAbsoluteAndWrittenAtLineStart) {
                   }),
             u"A\r\n  B\r\n    C\r\n  D\r\nE");
   EXPECT_DOUBLE_EQ(builder.CurrentIndent(), 0.0);
+  // A build left with an indent open: the next build starts over.
+  auto open = [](TSQLBuilder& b) {
+    b.AddIndent(4);
+    b.WriteSymbol(u"x");
+  };
+  EXPECT_EQ(Build(builder, open), u"    x");
+  EXPECT_EQ(Build(builder, open), u"    x");
 }
 
 TEST(SQLBuilder, FastBuilderWritesOneLine) {
@@ -127,18 +123,6 @@ TEST(SQLBuilder, FastBuilderWritesOneLine) {
                   }),
             u"Select a From t");
   EXPECT_DOUBLE_EQ(fast.CurrentIndent(), 0.0);
-}
-
-TEST(SQLBuilder, BuildsCanBeRepeated) {
-  TSQLBuilder builder;
-  auto write = [](TSQLBuilder& b) {
-    b.AddIndent(4);
-    b.WriteSymbol(u"x");
-  };
-  EXPECT_EQ(Build(builder, write), u"    x");
-  // The indent stack and the result start over.
-  EXPECT_EQ(Build(builder, write), u"    x");
-  EXPECT_EQ(builder.GetResult(), u"    x");
 }
 
 // --- Wrapping in the piped builder: which break candidate wins, and what

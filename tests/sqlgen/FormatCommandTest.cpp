@@ -45,14 +45,6 @@ TEST(FormatCommand, OptionsByTheirPropertyNames) {
             "  INNER JOIN t2 ON t1.id = t2.id\r\n"
             "WHERE (a = 1 AND b = 2) OR c IN (SELECT x FROM u WHERE y = 3 OR y = 4)\r\n"
             "ORDER BY a\r\n");
-  // The margin wraps the long line at its best break.
-  auto narrow = RunMvsql({"format", "--set", "RightMargin=30", "--set",
-                          "MainQueryFormat.SelectListFormat.NewLineAfterItem=False", "-"},
-                         "select alpha, beta, gamma, delta, epsilon, zeta from t");
-  EXPECT_EQ(narrow.out,
-            "Select alpha, beta, gamma,\r\n"
-            "  delta, epsilon, zeta\r\n"
-            "From t\r\n");
 }
 
 TEST(FormatCommand, OneLine) {

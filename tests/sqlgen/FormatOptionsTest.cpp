@@ -246,18 +246,12 @@ TEST(FormatOptions, PropertiesDocumentKeys) {
 }
 
 TEST(FormatOptions, EnumerationsNameTheirMembersInOrder) {
-  auto names = [](const TmvEnumType& type) {
-    return std::vector<WideString>(type.Members.begin(), type.Members.end());
-  };
   using V = std::vector<WideString>;
-  EXPECT_EQ(names(TmvEnumTypeOf(akfFirstUpper)), (V{u"akfFirstUpper", u"akfUpperCase", u"akfLowerCase"}));
-  EXPECT_EQ(names(TmvEnumTypeOf(icNone)), (V{u"icNone", u"icIfNeed", u"icAll"}));
-  EXPECT_EQ(names(TmvEnumTypeOf(skDontCare)), (V{u"skDontCare", u"skSkipIfPossible", u"skPrintAlways"}));
-  EXPECT_EQ(names(TmvEnumTypeOf(opsSkipAll)), (V{u"opsSkipAll", u"opsSkipDatabase", u"opsSkipNone"}));
-  EXPECT_EQ(names(TmvEnumTypeOf(mvqpQuery)), (V{u"mvqpQuery", u"mvqpSubQuery", u"mvqpUnionSubQuery"}));
-  EXPECT_EQ(names(TmvEnumTypeOf(nlNone)), (V{u"nlNone", u"nlTopmostOr", u"nlTopmostLogical", u"nlAllLogical"}));
+  for (auto [type, members] : {std::pair<const TmvEnumType*, V>{&TmvEnumTypeOf(skDontCare), {u"skDontCare", u"skSkipIfPossible", u"skPrintAlways"}},
+                               {&TmvEnumTypeOf(opsSkipAll), {u"opsSkipAll", u"opsSkipDatabase", u"opsSkipNone"}},
+                               {&TmvEnumTypeOf(mvqpQuery), {u"mvqpQuery", u"mvqpSubQuery", u"mvqpUnionSubQuery"}}})
+    EXPECT_EQ(V(type->Members.begin(), type->Members.end()), members);
   const TmvEnumType& nl = TmvEnumTypeOf(nlNone);
-  EXPECT_EQ(WideString(nl.Name), u"TSQLBuilderConditionFormatNL");
   EXPECT_EQ(nl.Find(u"NLALLLOGICAL"), nlAllLogical);
   EXPECT_EQ(nl.Find(u"nlSometimes"), -1);
   EXPECT_EQ(nl.NameOf(nlTopmostLogical), u"nlTopmostLogical");
@@ -291,38 +285,32 @@ TEST(FormatOptions, EveryOptionCanBeSetByNameAndReadBack) {
 TEST(FormatOptions, NamesReachTheTypedProperties) {
   TSQLBuilderPiped b;
   const TmvPropertyTable& t = b.PropertyTable();
-  t.SetText(b, u"RightMargin", u"-5");
+  // Names compare case-blind; enumerations take names in any case or
+  // ordinals; booleans take 0/1 and blanks around.
+  for (auto [name, value] : {std::pair{u"RightMargin", u"-5"}, {u"keywordformat", u"akfUpperCase"},
+                             {u"QuoteIdentifiers", u"ICALL"}, {u"ObjectPrefixSkipping", u"2"},
+                             {u"UseAltNames", u"0"}, {u"ExpandVirtualFields", u"true"},
+                             {u"ExpandVirtualObjects", u"1"}, {u"OuterKeywordInLinks", u"skSkipIfPossible"},
+                             {u"InnerKeywordInLinks", u"skPrintAlways"}, {u"AsKeywordInExpressionAlias", u"skPrintAlways"},
+                             {u"AsKeywordInObjectAlias", u"skSkipIfPossible"}, {u"ParenthesizeANDGroups", u"False"},
+                             {u"ParenthesizeSingleCriterion", u" True "}, {u"DynamicIndents", u"True"},
+                             {u"DynamicRightMargin", u"True"}})
+    t.SetText(b, name, value);
   EXPECT_EQ(b.RightMargin(), -5);
-  t.SetText(b, u"keywordformat", u"akfUpperCase");  // names compare case-blind
   EXPECT_EQ(b.KeywordFormat(), akfUpperCase);
-  t.SetText(b, u"QuoteIdentifiers", u"ICALL");
   EXPECT_EQ(b.QuoteIdentifiers(), icAll);
-  t.SetText(b, u"ObjectPrefixSkipping", u"2");  // an ordinal
   EXPECT_EQ(b.ObjectPrefixSkipping(), opsSkipNone);
-  t.SetText(b, u"UseAltNames", u"0");
   EXPECT_FALSE(b.UseAltNames());
-  t.SetText(b, u"ExpandVirtualFields", u"true");
-  EXPECT_TRUE(b.ExpandVirtualFields());
-  t.SetText(b, u"ExpandVirtualObjects", u"1");
-  EXPECT_TRUE(b.ExpandVirtualObjects());
-  t.SetText(b, u"OuterKeywordInLinks", u"skSkipIfPossible");
+  EXPECT_TRUE(b.ExpandVirtualFields() && b.ExpandVirtualObjects());
   EXPECT_EQ(b.OuterKeywordInLinks(), skSkipIfPossible);
-  t.SetText(b, u"InnerKeywordInLinks", u"skPrintAlways");
   EXPECT_EQ(b.InnerKeywordInLinks(), skPrintAlways);
-  t.SetText(b, u"AsKeywordInExpressionAlias", u"skPrintAlways");
   EXPECT_EQ(b.AsKeywordInExpressionAlias(), skPrintAlways);
-  t.SetText(b, u"AsKeywordInObjectAlias", u"skSkipIfPossible");
   EXPECT_EQ(b.AsKeywordInObjectAlias(), skSkipIfPossible);
-  t.SetText(b, u"ParenthesizeANDGroups", u"False");
   EXPECT_FALSE(b.ParenthesizeANDGroups());
-  t.SetText(b, u"ParenthesizeSingleCriterion", u" True ");
-  EXPECT_TRUE(b.ParenthesizeSingleCriterion());
-  t.SetText(b, u"DynamicIndents", u"True");
-  EXPECT_TRUE(b.DynamicIndents());
-  t.SetText(b, u"DynamicRightMargin", u"True");
-  EXPECT_TRUE(b.DynamicRightMargin());
+  EXPECT_TRUE(b.ParenthesizeSingleCriterion() && b.DynamicIndents() && b.DynamicRightMargin());
 
-  // Each select format, and each nested format in it.
+  // Each select format answers to its own prefix; the nested formats of one
+  // are reached through it (all four share the select format's table).
   struct Format {
     const char16_t* name;
     TSQLBuilderSelectFormat& format;
@@ -331,48 +319,40 @@ TEST(FormatOptions, NamesReachTheTypedProperties) {
                    Format{u"ExpressionsSubQueryFormat", b.ExpressionsSubQueryFormat()},
                    Format{u"FromSubQueryFormat", b.FromSubQueryFormat()},
                    Format{u"CTESubQueryFormat", b.CTESubQueryFormat()}}) {
-    const WideString p = WideString(f.name) + u".";
-    SCOPED_TRACE(UTF8Encode(f.name));
-    t.SetText(b, p + u"IndentGlobal", u"3");
-    EXPECT_EQ(f.format.IndentGlobal(), 3);
-    t.SetText(b, p + u"MainPartsFromNewLine", u"False");
-    EXPECT_FALSE(f.format.MainPartsFromNewLine());
-    t.SetText(b, p + u"IndentInPart", u"4");
-    EXPECT_EQ(f.format.IndentInPart(), 4);
-    t.SetText(b, p + u"NewLineAfterPartKeywords", u"True");
-    EXPECT_TRUE(f.format.NewLineAfterPartKeywords());
-    t.SetText(b, p + u"SelectListFormat.NewLineAfterItem", u"False");
-    EXPECT_FALSE(f.format.SelectListFormat().NewLineAfterItem());
-    t.SetText(b, p + u"SelectListFormat.NewLineBeforeComma", u"True");
-    EXPECT_TRUE(f.format.SelectListFormat().NewLineBeforeComma());
-    t.SetText(b, p + u"GroupByFormat.NewLineAfterItem", u"False");
-    EXPECT_FALSE(f.format.GroupByFormat().NewLineAfterItem());
-    t.SetText(b, p + u"WindowFormat.NewLineBeforeComma", u"True");
-    EXPECT_TRUE(f.format.WindowFormat().NewLineBeforeComma());
-    t.SetText(b, p + u"OrderByFormat.NewLineAfterItem", u"False");
-    EXPECT_FALSE(f.format.OrderByFormat().NewLineAfterItem());
-    t.SetText(b, p + u"WhereFormat.NewLineBefore", u"nlAllLogical");
-    EXPECT_EQ(f.format.WhereFormat().NewLineBefore(), nlAllLogical);
-    t.SetText(b, p + u"HavingFormat.NewLineAfter", u"nlTopmostLogical");
-    EXPECT_EQ(f.format.HavingFormat().NewLineAfter(), nlTopmostLogical);
-    t.SetText(b, p + u"HavingFormat.IndentNestedConditions", u"0");
-    EXPECT_EQ(f.format.HavingFormat().IndentNestedConditions(), 0);
-    t.SetText(b, p + u"FromClauseFormat.NewLineAfterDatasource", u"False");
-    EXPECT_FALSE(f.format.FromClauseFormat().NewLineAfterDatasource());
-    t.SetText(b, p + u"FromClauseFormat.NewLineAfterJoin", u"True");
-    EXPECT_TRUE(f.format.FromClauseFormat().NewLineAfterJoin());
-    t.SetText(b, p + u"FromClauseFormat.NewLineBeforeComma", u"True");
-    EXPECT_TRUE(f.format.FromClauseFormat().NewLineBeforeComma());
-    t.SetText(b, p + u"FromClauseFormat.NewLineBeforeJoinExpression", u"True");
-    EXPECT_TRUE(f.format.FromClauseFormat().NewLineBeforeJoinExpression());
-    t.SetText(b, p + u"FromClauseFormat.JoinConditionFormat.NewLineAfter", u"nlNone");
-    EXPECT_EQ(f.format.FromClauseFormat().JoinConditionFormat().NewLineAfter(), nlNone);
+    t.SetText(b, WideString(f.name) + u".IndentGlobal", u"3");
+    EXPECT_EQ(f.format.IndentGlobal(), 3) << UTF8Encode(f.name);
   }
+  const TSQLBuilderSelectFormat& m = b.MainQueryFormat();
+  for (auto [name, value] : {std::pair{u"MainPartsFromNewLine", u"False"}, {u"IndentInPart", u"4"},
+                             {u"NewLineAfterPartKeywords", u"True"}, {u"SelectListFormat.NewLineAfterItem", u"False"},
+                             {u"SelectListFormat.NewLineBeforeComma", u"True"}, {u"GroupByFormat.NewLineAfterItem", u"False"},
+                             {u"WindowFormat.NewLineBeforeComma", u"True"}, {u"OrderByFormat.NewLineAfterItem", u"False"},
+                             {u"WhereFormat.NewLineBefore", u"nlAllLogical"}, {u"HavingFormat.NewLineAfter", u"nlTopmostLogical"},
+                             {u"HavingFormat.IndentNestedConditions", u"0"},
+                             {u"FromClauseFormat.NewLineAfterDatasource", u"False"},
+                             {u"FromClauseFormat.NewLineAfterJoin", u"True"}, {u"FromClauseFormat.NewLineBeforeComma", u"True"},
+                             {u"FromClauseFormat.NewLineBeforeJoinExpression", u"True"},
+                             {u"FromClauseFormat.JoinConditionFormat.NewLineAfter", u"nlNone"}})
+    t.SetText(b, WideString(u"MainQueryFormat.") + name, value);
+  EXPECT_FALSE(m.MainPartsFromNewLine());
+  EXPECT_EQ(m.IndentInPart(), 4);
+  EXPECT_TRUE(m.NewLineAfterPartKeywords());
+  EXPECT_FALSE(m.SelectListFormat().NewLineAfterItem());
+  EXPECT_TRUE(m.SelectListFormat().NewLineBeforeComma());
+  EXPECT_FALSE(m.GroupByFormat().NewLineAfterItem());
+  EXPECT_TRUE(m.WindowFormat().NewLineBeforeComma());
+  EXPECT_FALSE(m.OrderByFormat().NewLineAfterItem());
+  EXPECT_EQ(m.WhereFormat().NewLineBefore(), nlAllLogical);
+  EXPECT_EQ(m.HavingFormat().NewLineAfter(), nlTopmostLogical);
+  EXPECT_EQ(m.HavingFormat().IndentNestedConditions(), 0);
+  EXPECT_FALSE(m.FromClauseFormat().NewLineAfterDatasource());
+  EXPECT_TRUE(m.FromClauseFormat().NewLineAfterJoin() && m.FromClauseFormat().NewLineBeforeComma() &&
+              m.FromClauseFormat().NewLineBeforeJoinExpression());
+  EXPECT_EQ(m.FromClauseFormat().JoinConditionFormat().NewLineAfter(), nlNone);
   // A format's own table works on the format alone.
   TSQLBuilderConditionFormat condition;
   condition.PropertyTable().SetAssignment(condition, u"IndentNestedConditions = 6");
   EXPECT_EQ(condition.IndentNestedConditions(), 6);
-  EXPECT_EQ(condition.PropertyTable().GetText(condition, u"IndentNestedConditions"), u"6");
 }
 
 TEST(FormatOptions, AssignmentsAsACommandLineGivesThem) {
@@ -393,17 +373,11 @@ TEST(FormatOptions, AssignmentsAsACommandLineGivesThem) {
 TEST(FormatOptions, UnknownNamesAreRefusedWithTheirPath) {
   TSQLBuilderPiped b;
   const TmvPropertyTable& t = b.PropertyTable();
-  auto message = [&](WideStringView path) -> WideString {
-    try {
-      t.SetText(b, path, u"1");
-    } catch (const EmvQueryBuilderError& e) {
-      EXPECT_EQ(e.Text(), path);
-      // Reading fails the same way.
-      EXPECT_THROW(t.GetText(b, path), EmvQueryBuilderError);
-      return e.Message();
-    }
-    ADD_FAILURE() << "no exception for " << UTF8Encode(path);
-    return {};
+  auto message = [&](WideStringView path) {
+    EXPECT_THROW(t.GetText(b, path), EmvQueryBuilderError);  // reading fails the same way
+    const auto e = mvtest::Thrown<EmvQueryBuilderError>([&] { t.SetText(b, path, u"1"); });
+    EXPECT_TRUE(e && e->Text() == path);
+    return e ? e->Message() : WideString();
   };
   EXPECT_EQ(message(u"LeftMargin"), u"Unknown property \"LeftMargin\": TSQLBuilderPiped has no property \"LeftMargin\"");
   EXPECT_EQ(message(u"MainQueryFormat.WhereFormat.NewLineAround"),
@@ -427,14 +401,8 @@ TEST(FormatOptions, BadValuesAreRefusedAndChangeNothing) {
   int updates = 0;
   b.GetOnUpdated().AddHandler(TmvHandlerId::Unique(), [&updates](TmvObject*) { ++updates; });
   const auto before = AllValues(b, t);
-  auto message = [&](WideStringView path, WideStringView value) -> WideString {
-    try {
-      t.SetText(b, path, value);
-    } catch (const EConvertError& e) {
-      return e.Message();
-    }
-    ADD_FAILURE() << "no exception for " << UTF8Encode(path) << "=" << UTF8Encode(value);
-    return {};
+  auto message = [&](WideStringView path, WideStringView value) {
+    return mvtest::ThrownMessage<EConvertError>([&] { t.SetText(b, path, value); });
   };
   EXPECT_EQ(message(u"UseAltNames", u"yes"), u"Property \"UseAltNames\": \"yes\" is not a boolean; give True or False");
   EXPECT_EQ(message(u"UseAltNames", u"2"), u"Property \"UseAltNames\": \"2\" is not a boolean; give True or False");

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "Thrown.h"
 #include "support/Exceptions.h"
 #include "support/UpdatableCollection.h"
 #include "support/UpdatablePersistent.h"
@@ -97,45 +99,33 @@ TEST(Collection, MakesOwnsAndFreesItsItems) {
   EXPECT_EQ(gLog, (Strings{"free:a", "free:c", "free:b"}));
 }
 
-TEST(Collection, AnItemFreedDirectlyLeavesItsCollection) {
-  gLog.clear();
-  Columns columns(nullptr, CollectionItemClassOf<Column>());
-  AddColumn(columns, "a");
-  Column* b = AddColumn(columns, "b");
-  AddColumn(columns, "c");
-  columns.told.clear();
-  b->Free();
-  EXPECT_EQ(Names(columns), (Strings{"a", "c"}));
-  EXPECT_EQ(columns.told, (Strings{"extracting:b", "update:all"}));
-  EXPECT_EQ(gLog, Strings{"free:b"});
-}
-
-TEST(Collection, DeleteTellsDeletingThenExtracting) {
-  Columns columns(nullptr, CollectionItemClassOf<Column>());
-  AddColumn(columns, "a");
-  AddColumn(columns, "b");
-  columns.told.clear();
-  columns.Delete(0);
-  EXPECT_EQ(columns.told, (Strings{"deleting:a", "extracting:a", "update:all"}));
-  EXPECT_EQ(Names(columns), Strings{"b"});
-}
-
-TEST(Collection, AddTellsAddedAndUpdatesOnce) {
-  Columns columns(nullptr, CollectionItemClassOf<Column>());
-  columns.Add();
-  EXPECT_EQ(columns.told, (Strings{"added:", "update:all"}));
-}
-
-TEST(Collection, ClearFreesTheLastFirstInsideOneUpdate) {
-  gLog.clear();
-  Columns columns(nullptr, CollectionItemClassOf<Column>());
-  AddColumn(columns, "a");
-  AddColumn(columns, "b");
-  columns.told.clear();
-  columns.Clear();
-  EXPECT_EQ(gLog, (Strings{"free:b", "free:a"}));
-  EXPECT_EQ(columns.told, (Strings{"extracting:b", "extracting:a", "update:all"}));
-  EXPECT_EQ(columns.Count(), 0);
+TEST(Collection, ListChangesTellTheCollectionInOrder) {
+  // Each change on a collection of a, b, c: what Notify and Update hear,
+  // what is freed, and the names left.
+  const struct {
+    const char* change;
+    std::function<void(Columns&)> apply;
+    Strings told, freed, left;
+  } cases[] = {
+      {"Add", [](Columns& c) { c.Add(); }, {"added:", "update:all"}, {}, {"a", "b", "c", ""}},
+      {"Delete", [](Columns& c) { c.Delete(0); }, {"deleting:a", "extracting:a", "update:all"}, {"free:a"}, {"b", "c"}},
+      // An item freed directly leaves its collection.
+      {"Free", [](Columns& c) { c.GetItem(1)->Free(); }, {"extracting:b", "update:all"}, {"free:b"}, {"a", "c"}},
+      // Clear frees the last first, inside one update.
+      {"Clear", [](Columns& c) { c.Clear(); }, {"extracting:c", "extracting:b", "extracting:a", "update:all"},
+       {"free:c", "free:b", "free:a"}, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.change);
+    Columns columns(nullptr, CollectionItemClassOf<Column>());
+    for (const char* name : {"a", "b", "c"}) AddColumn(columns, name);
+    columns.told.clear();
+    gLog.clear();
+    c.apply(columns);
+    EXPECT_EQ(columns.told, c.told);
+    EXPECT_EQ(gLog, c.freed);
+    EXPECT_EQ(Names(columns), c.left);
+  }
 }
 
 TEST(Collection, ItemChangesAreHeldBackInABatch) {
@@ -152,7 +142,7 @@ TEST(Collection, ItemChangesAreHeldBackInABatch) {
   EXPECT_EQ(columns.told, (Strings{"update:x", "added:", "update:all"}));
 }
 
-TEST(Collection, SetIndexMovesTheItem) {
+TEST(Collection, SetIndexMovesTheItemAndBadIndexesRaiseListErrors) {
   Columns columns(nullptr, CollectionItemClassOf<Column>());
   AddColumn(columns, "a");
   AddColumn(columns, "b");
@@ -161,20 +151,11 @@ TEST(Collection, SetIndexMovesTheItem) {
   EXPECT_EQ(Names(columns), (Strings{"c", "a", "b"}));
   EXPECT_THROW(c->SetIndex(3), EListError);
   EXPECT_EQ(Names(columns), (Strings{"c", "a", "b"}));
-}
-
-TEST(Collection, BadIndexesRaiseListErrors) {
-  Columns columns(nullptr, CollectionItemClassOf<Column>());
-  AddColumn(columns, "a");
-  EXPECT_THROW(columns.GetItem(1), EListError);
   EXPECT_THROW(columns.GetItem(-1), EListError);
-  EXPECT_THROW(columns.Insert(2), EListError);
+  EXPECT_THROW(columns.Insert(4), EListError);
   EXPECT_THROW(columns.Delete(5), EListError);
-  try {
-    columns.GetItem(3);
-  } catch (const EListError& e) {
-    EXPECT_EQ(e.Message(), u"List index out of bounds (3); the list holds 1 entries");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage<EListError>([&] { columns.GetItem(3); }),
+            u"List index out of bounds (3); the list holds 3 entries");
 }
 
 TEST(Collection, AssignCopiesTheItems) {

@@ -87,26 +87,20 @@ TEST(DateTime, DecodeRoundTripsEveryDayOfSomeYears) {
   }
 }
 
-TEST(DateTime, NegativeValuesCountTheTimeForwardFromMidnight) {
-  const TmvDateTime v = ComposeDateTime(EncodeDate(1899, 12, 29), EncodeTime(6, 0, 0, 0));
-  EXPECT_EQ(v.value, -1.25);
-  EXPECT_EQ(Decode(v), (Parts{1899, 12, 29, 6, 0, 0, 0}));
-  EXPECT_EQ(Decode(TruncSeconds(ComposeDateTime(EncodeDate(1800, 5, 6), EncodeTime(7, 8, 9, 10)))),
-            (Parts{1800, 5, 6, 7, 8, 0, 0}));
-}
-
 TEST(DateTime, TruncSecondsKeepsDateHoursAndMinutes) {
   const TmvDateTime date = EncodeDate(2024, 3, 9);
   const TmvDateTime value = ComposeDateTime(date, EncodeTime(12, 34, 56, 789));
-  const TmvDateTime truncated = TruncSeconds(value);
-  EXPECT_EQ(truncated, ComposeDateTime(date, EncodeTime(12, 34, 0, 0)));
-  EXPECT_EQ(Decode(truncated), (Parts{2024, 3, 9, 12, 34, 0, 0}));
+  EXPECT_EQ(Decode(TruncSeconds(value)), (Parts{2024, 3, 9, 12, 34, 0, 0}));
   EXPECT_EQ(TruncSeconds(date), date);
   EXPECT_EQ(DateOf(value), date);
   EXPECT_EQ(TimeOf(value), EncodeTime(12, 34, 56, 789));
-}
-
-TEST(DateTime, TimeRoundingUpToMidnightBelongsToTheNextDay) {
+  // Negative values count the time forward from midnight.
+  const TmvDateTime before = ComposeDateTime(EncodeDate(1899, 12, 29), EncodeTime(6, 0, 0, 0));
+  EXPECT_EQ(before.value, -1.25);
+  EXPECT_EQ(Decode(before), (Parts{1899, 12, 29, 6, 0, 0, 0}));
+  EXPECT_EQ(Decode(TruncSeconds(ComposeDateTime(EncodeDate(1800, 5, 6), EncodeTime(7, 8, 9, 10)))),
+            (Parts{1800, 5, 6, 7, 8, 0, 0}));
+  // Time that rounds up to midnight belongs to the next day.
   const TmvDateTime almost{EncodeDate(2024, 12, 31).value + 0.9999999999};
   EXPECT_EQ(Decode(almost), (Parts{2025, 1, 1, 0, 0, 0, 0}));
   EXPECT_EQ(TruncSeconds(almost), EncodeDate(2025, 1, 1));
@@ -135,21 +129,21 @@ TEST(FormatSettings, FloatsWithTheGivenDecimalSeparator) {
 
 TEST(FormatSettings, DatesInTheOrderOfTheShortFormat) {
   TmvDateTime v;
-  ASSERT_TRUE(TryStrToDate(u"2024-03-09", v, TmvFormatSettings()));
-  EXPECT_EQ(v, EncodeDate(2024, 3, 9));
-  ASSERT_TRUE(TryStrToDate(u"09.03.2024", v, Settings(u"dd.mm.yyyy", u'.')));
-  EXPECT_EQ(v, EncodeDate(2024, 3, 9));
-  ASSERT_TRUE(TryStrToDate(u"3/9/2024", v, Settings(u"m/d/yyyy", u'/')));
-  EXPECT_EQ(v, EncodeDate(2024, 3, 9));
-  ASSERT_TRUE(TryStrToDate(u" 9 - 3 - 2024 ", v, Settings(u"dd-mm-yyyy", u'-')));
-  EXPECT_EQ(v, EncodeDate(2024, 3, 9));
-  // Two numbers: day and month of this year.
-  ASSERT_TRUE(TryStrToDate(u"9-3", v, Settings(u"dd-mm-yy", u'-')));
-  EXPECT_EQ(v, EncodeDate(ThisYear(), 3, 9));
-  EXPECT_FALSE(TryStrToDate(u"2024/03/09", v, TmvFormatSettings()));  // wrong separator
-  EXPECT_FALSE(TryStrToDate(u"2024-02-30", v, TmvFormatSettings()));
-  EXPECT_FALSE(TryStrToDate(u"2024-03-09 x", v, TmvFormatSettings()));
-  EXPECT_FALSE(TryStrToDate(u"", v, TmvFormatSettings()));
+  const std::tuple<const char16_t*, TmvFormatSettings, TmvDateTime> good[] = {
+      {u"2024-03-09", TmvFormatSettings(), EncodeDate(2024, 3, 9)},
+      {u"09.03.2024", Settings(u"dd.mm.yyyy", u'.'), EncodeDate(2024, 3, 9)},
+      {u"3/9/2024", Settings(u"m/d/yyyy", u'/'), EncodeDate(2024, 3, 9)},
+      {u" 9 - 3 - 2024 ", Settings(u"dd-mm-yyyy", u'-'), EncodeDate(2024, 3, 9)},
+      // Two numbers: day and month of this year.
+      {u"9-3", Settings(u"dd-mm-yy", u'-'), EncodeDate(ThisYear(), 3, 9)},
+  };
+  for (const auto& [text, settings, date] : good) {
+    ASSERT_TRUE(TryStrToDate(text, v, settings)) << UTF8Encode(text);
+    EXPECT_EQ(v, date) << UTF8Encode(text);
+  }
+  // A wrong separator, no such day, text after the date, nothing.
+  for (const char16_t* bad : {u"2024/03/09", u"2024-02-30", u"2024-03-09 x", u""})
+    EXPECT_FALSE(TryStrToDate(bad, v, TmvFormatSettings())) << UTF8Encode(bad);
 }
 
 TEST(FormatSettings, TwoDigitYearsUseTheCenturyWindow) {
@@ -172,24 +166,17 @@ TEST(FormatSettings, TwoDigitYearsUseTheCenturyWindow) {
 TEST(FormatSettings, TimesWithSecondsFractionAndMarkers) {
   const TmvFormatSettings s;
   TmvDateTime v;
-  ASSERT_TRUE(TryStrToTime(u"12:34:56.789", v, s));
-  EXPECT_EQ(v, EncodeTime(12, 34, 56, 789));
-  ASSERT_TRUE(TryStrToTime(u"7", v, s));
-  EXPECT_EQ(v, EncodeTime(7, 0, 0, 0));
-  ASSERT_TRUE(TryStrToTime(u"7:05", v, s));
-  EXPECT_EQ(v, EncodeTime(7, 5, 0, 0));
-  ASSERT_TRUE(TryStrToTime(u"1:02:03.5", v, s));
-  EXPECT_EQ(v, EncodeTime(1, 2, 3, 500));
-  ASSERT_TRUE(TryStrToTime(u"1:02:03.12345", v, s));
-  EXPECT_EQ(v, EncodeTime(1, 2, 3, 123));
-  ASSERT_TRUE(TryStrToTime(u"12:15 am", v, s));
-  EXPECT_EQ(v, EncodeTime(0, 15, 0, 0));
-  ASSERT_TRUE(TryStrToTime(u"PM 3:00", v, s));
-  EXPECT_EQ(v, EncodeTime(15, 0, 0, 0));
-  EXPECT_FALSE(TryStrToTime(u"13:00 PM", v, s));
-  EXPECT_FALSE(TryStrToTime(u"24:00", v, s));
-  EXPECT_FALSE(TryStrToTime(u"12:", v, s));
-  EXPECT_FALSE(TryStrToTime(u"12:00:00.", v, s));
+  const std::pair<const char16_t*, TmvDateTime> good[] = {
+      {u"12:34:56.789", EncodeTime(12, 34, 56, 789)}, {u"7", EncodeTime(7, 0, 0, 0)},
+      {u"7:05", EncodeTime(7, 5, 0, 0)},              {u"1:02:03.5", EncodeTime(1, 2, 3, 500)},
+      {u"1:02:03.12345", EncodeTime(1, 2, 3, 123)},   {u"12:15 am", EncodeTime(0, 15, 0, 0)},
+      {u"PM 3:00", EncodeTime(15, 0, 0, 0)},
+  };
+  for (const auto& [text, time] : good) {
+    ASSERT_TRUE(TryStrToTime(text, v, s)) << UTF8Encode(text);
+    EXPECT_EQ(v, time) << UTF8Encode(text);
+  }
+  for (const char16_t* bad : {u"13:00 PM", u"24:00", u"12:", u"12:00:00."}) EXPECT_FALSE(TryStrToTime(bad, v, s));
   TmvFormatSettings dots;
   dots.TimeSeparator = u'.';
   dots.DecimalSeparator = u',';

@@ -141,15 +141,6 @@ TEST(Event, GrowingDuringAFiringKeepsTheRunningHandlerIntact) {
   EXPECT_EQ(calls[40], 39);
 }
 
-TEST(Event, ArrayGrowsFrom16ByDoubling) {
-  TmvNotificationEvent event;
-  EXPECT_EQ(event.Capacity(), 0);
-  for (int i = 0; i < 16; ++i) event.AddHandler(Key(&event, i + 1), [](TmvObject*) {});
-  EXPECT_EQ(event.Capacity(), 16);
-  event.AddHandler(Key(&event, 100), [](TmvObject*) {});
-  EXPECT_EQ(event.Capacity(), 32);
-}
-
 TEST(Event, NinthHoleIsCompactedAfterTheFiringInWhichItArose) {
   std::vector<int> calls;
   TmvNotificationEvent event;
@@ -178,37 +169,36 @@ TEST(Event, NinthHoleIsCompactedAfterTheFiringInWhichItArose) {
   EXPECT_EQ(event.FindHandler(Key(&calls, 100)), 3);
 }
 
-TEST(Event, EightHolesStayWhenFiring) {
+TEST(Event, ArrayGrowsFrom16ByDoublingAndCompactsPastEightHoles) {
   TmvNotificationEvent event;
-  for (int i = 0; i < 10; ++i) event.AddHandler(Key(&event, i + 1), [](TmvObject*) {});
+  EXPECT_EQ(event.Capacity(), 0);
+  for (int i = 0; i < 16; ++i) event.AddHandler(Key(&event, i + 1), [](TmvObject*) {});
+  EXPECT_EQ(event.Capacity(), 16);
+  // Eight holes stay through a firing.
   for (int i = 0; i < 8; ++i) event.RemoveHandler(Key(&event, i + 1));
   event.Fire(nullptr);
   EXPECT_EQ(event.HoleCount(), 8);
-  EXPECT_EQ(event.Count(), 10);
-}
-
-TEST(Event, AddCompactsAFullArrayWithMoreThanEightHoles) {
-  TmvNotificationEvent event;
-  for (int i = 0; i < 16; ++i) event.AddHandler(Key(&event, i + 1), [](TmvObject*) {});
-  for (int i = 0; i < 9; ++i) event.RemoveHandler(Key(&event, i + 1));
-  EXPECT_EQ(event.HoleCount(), 9);
-  const int index = event.AddHandler(Key(&event, 50), [](TmvObject*) {});
-  EXPECT_EQ(index, 7);  // seven live ones moved down, the new one after them
+  EXPECT_EQ(event.Count(), 16);
+  // Adding to a full array with nine holes compacts instead of growing: the
+  // seven live ones move down, the new one after them.
+  event.RemoveHandler(Key(&event, 9));
+  EXPECT_EQ(event.AddHandler(Key(&event, 50), [](TmvObject*) {}), 7);
   EXPECT_EQ(event.Capacity(), 16);
   EXPECT_EQ(event.HoleCount(), 0);
-}
+  for (int i = 0; i < 9; ++i) event.AddHandler(Key(&event, 100 + i), [](TmvObject*) {});
+  EXPECT_EQ(event.Capacity(), 32);
 
-TEST(Event, ManualShrinkKeepsOrderAndLength) {
+  // A manual shrink keeps order and length.
   std::vector<int> calls;
-  ProbeEvent event;
-  for (int i = 0; i < 5; ++i) event.AddHandler(Key(&calls, i + 1), [&calls, i](TmvObject*) { calls.push_back(i); });
-  event.RemoveHandler(Key(&calls, 2));
-  event.RemoveHandler(Key(&calls, 4));
-  event.ShrinkHandlersArray();
-  EXPECT_EQ(event.Count(), 3);
-  EXPECT_EQ(event.HoleCount(), 0);
-  EXPECT_EQ(event.Capacity(), 16);
-  event.Fire(nullptr);
+  ProbeEvent probe;
+  for (int i = 0; i < 5; ++i) probe.AddHandler(Key(&calls, i + 1), [&calls, i](TmvObject*) { calls.push_back(i); });
+  probe.RemoveHandler(Key(&calls, 2));
+  probe.RemoveHandler(Key(&calls, 4));
+  probe.ShrinkHandlersArray();
+  EXPECT_EQ(probe.Count(), 3);
+  EXPECT_EQ(probe.HoleCount(), 0);
+  EXPECT_EQ(probe.Capacity(), 16);
+  probe.Fire(nullptr);
   EXPECT_EQ(calls, (std::vector<int>{0, 2, 4}));
 }
 

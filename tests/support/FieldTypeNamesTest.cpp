@@ -94,13 +94,3 @@ TEST(VariantHelpers, IsValueLikeVariant) {
   EXPECT_FALSE(IsValueLikeVariant(u"V", TmvVariant(u"T")));
   EXPECT_TRUE(IsValueLikeVariant(TmvVariant::Null(), TmvVariant::Null()));
 }
-
-TEST(VariantHelpers, IntegerArrays) {
-  EXPECT_TRUE(IsIntInArray(3, {1, 2, 3}));
-  EXPECT_FALSE(IsIntInArray(4, {1, 2, 3}));
-  EXPECT_FALSE(IsIntInArray(0, {}));
-  const std::vector<int> values = ToIntegerDynArray({5, 6, 7});
-  EXPECT_EQ(values, (std::vector<int>{5, 6, 7}));
-  EXPECT_TRUE(IsIntInArray(6, values));
-  EXPECT_TRUE(ToIntegerDynArray({}).empty());
-}

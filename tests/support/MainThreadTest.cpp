@@ -29,34 +29,23 @@ TEST(MainThread, SynchronizeFromTheMainThreadRunsInline) {
   EXPECT_THROW(d.Synchronize([] { throw std::runtime_error("inline"); }), std::runtime_error);
 }
 
-TEST(MainThread, PostNeverRunsInlineAndKeepsOrder) {
+TEST(MainThread, PostNeverRunsInlineKeepsOrderAndAnExceptionLeavesTheRestQueued) {
   TmvMainThreadDispatcher d;
   std::vector<int> order;
   d.Post([&] { order.push_back(1); });
   d.Post([&] {
     order.push_back(2);
-    d.Post([&] { order.push_back(4); });  // queued while draining: waits for the next round
+    d.Post([&] { order.push_back(5); });  // queued while draining: waits for the next round
   });
-  d.Post([&] { order.push_back(3); });
+  d.Post([] { throw std::runtime_error("posted"); });
+  d.Post([&] { order.push_back(4); });
   EXPECT_TRUE(order.empty());
   EXPECT_TRUE(d.HasPending());
-  EXPECT_EQ(d.ProcessPending(), 3u);
-  EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
-  EXPECT_EQ(d.ProcessPending(), 1u);
-  EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4}));
-  EXPECT_EQ(d.ProcessPending(), 0u);
-}
-
-TEST(MainThread, PostedExceptionPassesOutAndTheRestStaysQueued) {
-  TmvMainThreadDispatcher d;
-  std::vector<int> order;
-  d.Post([&] { order.push_back(1); });
-  d.Post([] { throw std::runtime_error("posted"); });
-  d.Post([&] { order.push_back(3); });
   EXPECT_THROW(d.ProcessPending(), std::runtime_error);
-  EXPECT_EQ(order, std::vector<int>{1});
-  EXPECT_EQ(d.ProcessPending(), 1u);
-  EXPECT_EQ(order, (std::vector<int>{1, 3}));
+  EXPECT_EQ(order, (std::vector<int>{1, 2}));
+  EXPECT_EQ(d.ProcessPending(), 2u);
+  EXPECT_EQ(order, (std::vector<int>{1, 2, 4, 5}));
+  EXPECT_EQ(d.ProcessPending(), 0u);
 }
 
 TEST(MainThread, ProcessPendingOffTheMainThreadRunsNothing) {
@@ -69,29 +58,17 @@ TEST(MainThread, ProcessPendingOffTheMainThreadRunsNothing) {
   d.ProcessPending();
 }
 
-TEST(MainThread, WorkerSynchronizeCompletesWhileTheMainThreadWaits) {
+TEST(MainThread, WorkerSynchronizeRunsOnTheMainThreadAndPassesBackItsException) {
   TmvMainThreadDispatcher d;
   std::atomic<bool> finished{false};
   std::thread::id ranOn;
   int result = 0;
+  std::string caught;
   std::thread worker([&] {
     d.Synchronize([&] {
       ranOn = std::this_thread::get_id();
       result = 42;
     });
-    finished = true;
-  });
-  EXPECT_TRUE(d.WaitFor([&] { return finished.load(); }, 10s));
-  worker.join();
-  EXPECT_EQ(ranOn, std::this_thread::get_id());
-  EXPECT_EQ(result, 42);
-}
-
-TEST(MainThread, WorkerSynchronizeGetsTheCallsException) {
-  TmvMainThreadDispatcher d;
-  std::atomic<bool> finished{false};
-  std::string caught;
-  std::thread worker([&] {
     try {
       d.Synchronize([] { throw std::runtime_error("failed on main"); });
     } catch (const std::runtime_error& e) {
@@ -101,6 +78,8 @@ TEST(MainThread, WorkerSynchronizeGetsTheCallsException) {
   });
   EXPECT_TRUE(d.WaitFor([&] { return finished.load(); }, 10s));
   worker.join();
+  EXPECT_EQ(ranOn, std::this_thread::get_id());
+  EXPECT_EQ(result, 42);
   EXPECT_EQ(caught, "failed on main");
 }
 

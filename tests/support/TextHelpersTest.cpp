@@ -5,6 +5,7 @@
 #include <random>
 #include <string>
 
+#include "Thrown.h"
 #include "support/Exceptions.h"
 
 using namespace mv;
@@ -103,12 +104,9 @@ TEST(RLE, DecodeOfEncodeIsTheInputForAllBytes) {
 }
 
 TEST(RLE, OddLengthRaisesAPlainException) {
-  try {
-    RLEDecode(std::string("\x02" "a" "\x01", 3));
-    FAIL() << "no exception";
-  } catch (const Exception& e) {
-    EXPECT_EQ(e.Message(), u"Bad encoded string length");
-    EXPECT_STREQ(e.ClassName(), "Exception");
-  }
+  const auto e = mvtest::Thrown<Exception>([] { RLEDecode(std::string("\x02" "a" "\x01", 3)); });
+  ASSERT_TRUE(e);
+  EXPECT_EQ(e->Message(), u"Bad encoded string length");
+  EXPECT_STREQ(e->ClassName(), "Exception");
   EXPECT_EQ(RLEDecode(std::string("\xFF\0", 2)), std::string(256, '\0'));
 }

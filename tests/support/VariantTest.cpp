@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 using namespace mv;
 
 TEST(Variant, EmptyAndNullAreDistinct) {
@@ -42,10 +44,6 @@ TEST(Variant, Conversions) {
   EXPECT_EQ(TmvVariant(1e20).AsWideString(), u"1e+20");
   EXPECT_EQ(TmvVariant(0.1 + 0.2).AsWideString(), u"0.3");
   EXPECT_THROW(TmvVariant(int64_t(1) << 40).AsInteger(), EVariantError);
-  try {
-    TmvVariant::Null().AsWideString();
-    FAIL();
-  } catch (const EVariantError& e) {
-    EXPECT_EQ(e.Message(), u"Could not convert variant of type (Null) into type (String)");
-  }
+  EXPECT_EQ(mvtest::ThrownMessage<EVariantError>([] { TmvVariant::Null().AsWideString(); }),
+            u"Could not convert variant of type (Null) into type (String)");
 }

@@ -215,8 +215,6 @@ TEST_F(DeepTree, ShortSequencesPrintAsTheLongOnesAreExpectedTo) {
   EXPECT_EQ(Fast(Prefixed<TSQLExpressionOperatorPrefix>(3, u"-", Num(c(), u"1"))), u"- - -1");
   EXPECT_EQ(Fast(Prefixed<TSQLExpressionOperatorPrefixWithSpace>(2, u"~", Num(c(), u"1"))), u"~ ~ 1");
   EXPECT_EQ(Fast(Brackets(3, Num(c(), u"1"))), u"(((1)))");
-  EXPECT_EQ(Sequence(3, u"*"), u"1 * 2 * 3");
-  EXPECT_EQ(Repeated(2, u"Not ", u"1"), u"Not Not 1");
 }
 
 TEST_F(DeepTree, AHundredThousandTermsOfEachOperator) {

@@ -104,11 +104,6 @@ TEST_F(FormatLayout, MainPartsOnTheLineOfThePartBefore) {
             u"Select a,\r\n"
             u"  b From t Where a = 1 Or\r\n"
             u"  b = 2 Order By a");
-  // With the lists and conditions kept on their lines too, one line.
-  EXPECT_EQ(Layout(s.get(), {u"MainQueryFormat.MainPartsFromNewLine=False",
-                             u"MainQueryFormat.SelectListFormat.NewLineAfterItem=False",
-                             u"MainQueryFormat.WhereFormat.NewLineAfter=nlNone"}),
-            u"Select a, b From t Where a = 1 Or b = 2 Order By a");
 }
 
 TEST_F(FormatLayout, LineBreakAfterThePartKeywords) {
@@ -147,28 +142,33 @@ TEST_F(FormatLayout, GlobalAndPartIndents) {
 
 // --- List formats ---
 
-TEST_F(FormatLayout, ListsBreakBeforeOrAfterTheComma) {
+TEST_F(FormatLayout, ListsHavingAndJoinConditionsHaveTheirOwnFormats) {
+  // Each option reaches only its own part; keywords in capitals show which
+  // words of each part are keywords.
   auto s = Full();
   EXPECT_EQ(Layout(s.get(),
                    {u"MainQueryFormat.SelectListFormat.NewLineAfterItem=False",
                     u"MainQueryFormat.SelectListFormat.NewLineBeforeComma=True",
                     u"MainQueryFormat.GroupByFormat.NewLineAfterItem=False",
-                    u"MainQueryFormat.OrderByFormat.NewLineBeforeComma=True"}),
-            u"Select a\r\n"
+                    u"MainQueryFormat.OrderByFormat.NewLineBeforeComma=True",
+                    u"MainQueryFormat.HavingFormat.NewLineAfter=nlNone",
+                    u"MainQueryFormat.FromClauseFormat.JoinConditionFormat.NewLineAfter=nlTopmostLogical",
+                    u"KeywordFormat=akfUpperCase"}),
+            u"SELECT a\r\n"
             u"  , b\r\n"
             u"  , c\r\n"
-            u"From t1 x\r\n"
-            u"  Inner Join t2 y On x.id = y.id And x.k = 1\r\n"
-            u"  Left Outer Join t3 On y.id = t3.id,\r\n"
+            u"FROM t1 x\r\n"
+            u"  INNER JOIN t2 y ON x.id = y.id AND\r\n"
+            u"    x.k = 1\r\n"
+            u"  LEFT OUTER JOIN t3 ON y.id = t3.id,\r\n"
             u"  t4\r\n"
-            u"Where (a = 1 And b = 2) Or\r\n"
+            u"WHERE (a = 1 AND b = 2) OR\r\n"
             u"  c = 3\r\n"
-            u"Group By a, b\r\n"
-            u"Having Count(*) > 1 Or\r\n"
-            u"  a = 2\r\n"
-            u"Order By a\r\n"
+            u"GROUP BY a, b\r\n"
+            u"HAVING Count(*) > 1 OR a = 2\r\n"
+            u"ORDER BY a\r\n"
             u"  ,\r\n"
-            u"  b Desc");
+            u"  b DESC");
 }
 
 TEST_F(FormatLayout, WindowListHasItsOwnFormat) {
@@ -295,27 +295,6 @@ TEST_F(FormatLayout, ParenthesesAroundGroupsAndCriteria) {
             u"  (b = 2)");
 }
 
-TEST_F(FormatLayout, HavingAndJoinConditionsHaveTheirOwnFormats) {
-  auto s = Full();
-  EXPECT_EQ(Layout(s.get(), {u"MainQueryFormat.HavingFormat.NewLineAfter=nlNone",
-                             u"MainQueryFormat.FromClauseFormat.JoinConditionFormat.NewLineAfter=nlTopmostLogical"}),
-            u"Select a,\r\n"
-            u"  b,\r\n"
-            u"  c\r\n"
-            u"From t1 x\r\n"
-            u"  Inner Join t2 y On x.id = y.id And\r\n"
-            u"    x.k = 1\r\n"
-            u"  Left Outer Join t3 On y.id = t3.id,\r\n"
-            u"  t4\r\n"
-            u"Where (a = 1 And b = 2) Or\r\n"
-            u"  c = 3\r\n"
-            u"Group By a,\r\n"
-            u"  b\r\n"
-            u"Having Count(*) > 1 Or a = 2\r\n"
-            u"Order By a,\r\n"
-            u"  b Desc");
-}
-
 // --- FROM clause formats ---
 
 TEST_F(FormatLayout, FromClauseLineBreaks) {
@@ -363,26 +342,6 @@ TEST_F(FormatLayout, FromClauseLineBreaks) {
             u"  t3 On y.id = t3.id,\r\n"
             u"  t4,\r\n"
             u"  t5");
-}
-
-TEST_F(FormatLayout, OptionalKeywordsOfJoinsAndAliases) {
-  auto left = Make<TSQLJoinKindLeft>();
-  left->OuterKeyword = true;
-  auto s = Select(c()).Star().From(u"t1", u"x")
-               .Join(Make<TSQLJoinKindInner>(), FromObject(c(), {u"t2"}, u"y"), Eq(u"x", u"id", u"y", u"id"))
-               .Join(std::move(left), FromObject(c(), {u"t3"}, u"z", true), Eq(u"y", u"id", u"z", u"id"))
-               .Statement();
-  EXPECT_EQ(Layout(s.get(), {u"InnerKeywordInLinks=skSkipIfPossible", u"OuterKeywordInLinks=skSkipIfPossible",
-                             u"AsKeywordInObjectAlias=skSkipIfPossible"}),
-            u"Select *\r\n"
-            u"From t1 x\r\n"
-            u"  Join t2 y On x.id = y.id\r\n"
-            u"  Left Join t3 z On y.id = z.id");
-  EXPECT_EQ(Layout(s.get(), {u"AsKeywordInObjectAlias=skPrintAlways"}),
-            u"Select *\r\n"
-            u"From t1 As x\r\n"
-            u"  Inner Join t2 As y On x.id = y.id\r\n"
-            u"  Left Outer Join t3 As z On y.id = z.id");
 }
 
 // --- Sub-queries ---
@@ -536,62 +495,19 @@ TEST_F(FormatLayout, CommonTableExpressionsTakeTheCTEFormat) {
 
 // --- Words and names ---
 
-TEST_F(FormatLayout, KeywordCase) {
-  auto s = Full();
-  EXPECT_EQ(Layout(s.get(), {u"KeywordFormat=akfUpperCase"}),
-            u"SELECT a,\r\n"
-            u"  b,\r\n"
-            u"  c\r\n"
-            u"FROM t1 x\r\n"
-            u"  INNER JOIN t2 y ON x.id = y.id AND x.k = 1\r\n"
-            u"  LEFT OUTER JOIN t3 ON y.id = t3.id,\r\n"
-            u"  t4\r\n"
-            u"WHERE (a = 1 AND b = 2) OR\r\n"
-            u"  c = 3\r\n"
-            u"GROUP BY a,\r\n"
-            u"  b\r\n"
-            u"HAVING Count(*) > 1 OR\r\n"
-            u"  a = 2\r\n"
-            u"ORDER BY a,\r\n"
-            u"  b DESC");
-  auto small = Small();
-  EXPECT_EQ(Layout(small.get(), {u"KeywordFormat=akfLowerCase"}),
-            u"select a,\r\n"
-            u"  b\r\n"
-            u"from t\r\n"
-            u"where a = 1 or\r\n"
-            u"  b = 2\r\n"
-            u"order by a");
-}
-
 TEST_F(FormatLayout, IdentifierQuotation) {
   // "order" is a reserved word of the test dialect; "Mixed" a plain name.
+  // Quoting of single names under each case rule is NamesTest's; here every
+  // name of a statement follows the option.
   auto s = Select(c()).Items({u"a", u"order", u"Mixed"}).From(u"t").Statement();
-  // A dialect that is blind to case: quotes only where the name needs them.
   provider.SetIdentCaseSens(icsNonSensitive);
   EXPECT_EQ(Layout(s.get()),
             u"Select a,\r\n"
             u"  \"order\",\r\n"
             u"  Mixed\r\n"
             u"From t");
-  EXPECT_EQ(Layout(s.get(), {u"QuoteIdentifiers=icAll"}),
-            u"Select \"a\",\r\n"
-            u"  \"order\",\r\n"
-            u"  \"Mixed\"\r\n"
-            u"From \"t\"");
-  EXPECT_EQ(Layout(s.get(), {u"QuoteIdentifiers=icNone"}),
-            u"Select a,\r\n"
-            u"  order,\r\n"
-            u"  Mixed\r\n"
-            u"From t");
-  // A dialect that folds names to capitals: a name that gets quotes is folded
-  // first, so that the server still sees the same name.
+  // A dialect that folds names to capitals: a name that gets quotes is folded first.
   provider.SetIdentCaseSens(icsSensitiveUpperCase);
-  EXPECT_EQ(Layout(s.get()),
-            u"Select a,\r\n"
-            u"  \"ORDER\",\r\n"
-            u"  Mixed\r\n"
-            u"From t");
   EXPECT_EQ(Layout(s.get(), {u"QuoteIdentifiers=icAll"}),
             u"Select \"A\",\r\n"
             u"  \"ORDER\",\r\n"

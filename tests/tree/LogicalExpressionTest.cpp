@@ -25,67 +25,23 @@ class Logical : public TreeTest {
 
 }  // namespace
 
-// --- Cosmetic printing ---
+// --- Cosmetic printing (whole layouts under each condition format are
+// FormatLayoutTest's; here what only shows on bare conditions) ---
 
-TEST_F(Logical, TopmostOrBreaksAndAndGroupsGetBrackets) {
-  auto e = Or(c(), And(c(), Eq(u"a", u"1"), Eq(u"b", u"2")), Eq(u"c", u"3"));
-  EXPECT_EQ(Where(e.get()), u"(a = 1 And b = 2) Or\r\nc = 3");
-  piped.SetParenthesizeANDGroups(false);
-  EXPECT_EQ(Where(e.get()), u"a = 1 And b = 2 Or\r\nc = 3");
-  // The one-line builder: no break, and BuildSQL joins plainly.
-  EXPECT_EQ(Fast(e), u"a = 1 And b = 2 Or c = 3");
-}
-
-TEST_F(Logical, OnlyTheOutermostOrBreaksLines) {
-  auto e = Or(c(), Eq(u"a", u"1"), Br(Or(c(), Eq(u"b", u"2"), Eq(u"c", u"3"))),
-              And(c(), Eq(u"d", u"4"), Eq(u"e", u"5")));
-  EXPECT_EQ(Where(e.get()), u"a = 1 Or\r\n(b = 2 Or c = 3) Or\r\n(d = 4 And e = 5)");
-  format.SetNewLineAfter(nlNone);
-  EXPECT_EQ(Where(e.get()), u"a = 1 Or (b = 2 Or c = 3) Or (d = 4 And e = 5)");
-  // At the top an And breaks under nlTopmostLogical, and every level under nlAllLogical.
-  auto both = And(c(), Eq(u"a", u"1"), Br(Or(c(), Eq(u"b", u"2"), Eq(u"c", u"3"))));
-  format.SetNewLineBefore(nlTopmostLogical);
-  EXPECT_EQ(Where(both.get()), u"a = 1\r\nAnd (b = 2 Or c = 3)");
-  format.SetNewLineBefore(nlAllLogical);
-  EXPECT_EQ(Where(both.get()), u"a = 1\r\nAnd (b = 2\r\n  Or c = 3)");
-}
-
-TEST_F(Logical, OrGroupInsideAndAlwaysHasBrackets) {
+TEST_F(Logical, BracketsAroundGroupsAndCriteria) {
+  // An Or group inside an And always has brackets, even with AND groups bare.
   piped.SetParenthesizeANDGroups(false);
   auto e = And(c(), Eq(u"a", u"1"), Or(c(), Eq(u"b", u"2"), Eq(u"c", u"3")));
   EXPECT_EQ(Where(e.get()), u"a = 1 And (b = 2 Or c = 3)");
-}
-
-TEST_F(Logical, AndGroupInOrPrintsItsBracketsOnce) {
-  // With the parsed bracket node in place, or without it: the same text.
-  auto parsed = Or(c(), Eq(u"a", u"1"), Br(And(c(), Eq(u"b", u"2"), Eq(u"c", u"3"))));
-  auto plain = Or(c(), Eq(u"a", u"1"), And(c(), Eq(u"b", u"2"), Eq(u"c", u"3")));
-  format.SetNewLineAfter(nlNone);
-  EXPECT_EQ(Where(parsed.get()), u"a = 1 Or (b = 2 And c = 3)");
-  EXPECT_EQ(Where(plain.get()), u"a = 1 Or (b = 2 And c = 3)");
-}
-
-TEST_F(Logical, SingleCriterionBrackets) {
+  // A single-item And at the top adds neither brackets nor a level, and an
+  // empty condition prints nothing.
   piped.SetParenthesizeSingleCriterion(true);
-  auto e = And(c(), Eq(u"a", u"1"), Eq(u"b", u"2"), Br(Eq(u"c", u"3")));
-  // An item that is a bracket node gets no second pair.
-  EXPECT_EQ(Where(e.get()), u"(a = 1) And (b = 2) And (c = 3)");
-  // A single-item And at the top adds neither brackets nor a level.
   auto single = And(c(), Eq(u"a", u"1"));
   EXPECT_EQ(Where(single.get()), u"a = 1");
-  auto orSingle = Or(c(), Eq(u"a", u"1"), Eq(u"b", u"2"));
-  format.SetNewLineAfter(nlNone);
-  EXPECT_EQ(Where(orSingle.get()), u"(a = 1) Or (b = 2)");
   auto empty = TastCreate<TSQLExpressionOr>(c());
   EXPECT_EQ(Where(empty.get()), u"");
-}
-
-TEST_F(Logical, NestedBracketsIndentTheirContinuationLines) {
-  format.SetNewLineAfter(nlAllLogical);
-  auto e = Or(c(), Eq(u"a", u"1"), Br(Or(c(), Eq(u"b", u"2"), Eq(u"c", u"3"))));
-  EXPECT_EQ(Where(e.get()), u"a = 1 Or\r\n(b = 2 Or\r\n  c = 3)");
-  format.SetIndentNestedConditions(0);
-  EXPECT_EQ(Where(e.get()), u"a = 1 Or\r\n(b = 2 Or\r\nc = 3)");
+  // The one-line builder: no break, and BuildSQL joins plainly.
+  EXPECT_EQ(Fast(Or(c(), And(c(), Eq(u"a", u"1"), Eq(u"b", u"2")), Eq(u"c", u"3"))), u"a = 1 And b = 2 Or c = 3");
 }
 
 // --- Left expressions ---

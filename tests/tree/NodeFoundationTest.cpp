@@ -60,15 +60,6 @@ TEST(NodeFoundation, FieldListsRunFromTheRootClassDown) {
             (std::vector<std::string>{"Extender", "Items", "With", "OrderBy", "ResultOffset", "FetchFirst"}));
 }
 
-TEST(NodeFoundation, PlainFieldsHaveTheirDefaults) {
-  TmvBaseSQLContext context;
-  EXPECT_EQ(TastCreate<TastNodeSpace>(&context)->Count, 3);
-  EXPECT_TRUE(TastCreate<TSQLJoinKindInner>(&context)->InnerKeyword);
-  EXPECT_EQ(TastCreate<TSQLSubQueryExpression>(&context)->UnionOperator, u"Union");
-  EXPECT_EQ(TastCreate<TSQLExpressionLikeTemplate>(&context)->Keyword, u"Like");
-  EXPECT_FALSE(TastCreate<TSQLJoinKindLeft>(&context)->OuterKeyword);
-}
-
 TEST(NodeFoundation, AssignBetweenAClassAndItsSubclass) {
   TmvBaseSQLContext context;
   // Subclass to base: the base fields transfer, the rest is ignored.

@@ -194,8 +194,6 @@ TEST_F(SelectPrint, DerivedTableColumnNamesAndSubQueryFormats) {
   alias->Name.Set(Id(c(), u"x"));
   derived->Alias.Set(std::move(alias));
   auto names = Make<TastNodeWithList>();
-  names->Identifier(u"p").Symbol(u",").Identifier(u"q");
-  names->Clear();
   names->Add(Id(c(), u"p"));
   names->Add(Id(c(), u"q"));
   derived->ColumnNames.Set(std::move(names));

@@ -28,45 +28,45 @@ class NamesTest : public TreeTest {
 
 }  // namespace
 
-TEST_F(NamesTest, EmptyIdentifierIsAPairOfQuotes) {
-  provider.quoteBegin = u"[";
-  provider.quoteEnd = u"]";
-  for (TmvIdentQuotation mode : {icNone, icIfNeed, icAll}) EXPECT_EQ(Quote(u"", false, mode), u"[]");
-}
-
-TEST_F(NamesTest, QuotingOnADialectThatFoldsToUpperCase) {
-  provider.SetIdentCaseSens(icsSensitiveUpperCase);
-  // Source quotes survive only where they keep the case.
-  EXPECT_EQ(Quote(u"abc", true, icIfNeed), u"\"abc\"");
-  EXPECT_EQ(Quote(u"ABC", true, icIfNeed), u"ABC");
-  EXPECT_EQ(Quote(u"abc", false, icIfNeed), u"abc");
-  // Added quotes fold a bare name first, so the server sees the same name.
-  EXPECT_EQ(Quote(u"abc", false, icAll), u"\"ABC\"");
-  EXPECT_EQ(Quote(u"abc", true, icAll), u"\"abc\"");
-  EXPECT_EQ(Quote(u"abc", true, icNone), u"abc");
-  // An invalid name needs quotes.
-  EXPECT_EQ(Quote(u"select", false, icIfNeed), u"\"SELECT\"");
-  EXPECT_EQ(Quote(u"my name", true, icIfNeed), u"\"my name\"");
-  EXPECT_EQ(Quote(u"my name", true, icNone), u"my name");
-}
-
-TEST_F(NamesTest, QuotingOnADialectThatFoldsToLowerCase) {
-  provider.SetIdentCaseSens(icsSensitiveLowerCase);
-  EXPECT_EQ(Quote(u"abc", true, icIfNeed), u"abc");
-  EXPECT_EQ(Quote(u"ABC", true, icIfNeed), u"\"ABC\"");
-  EXPECT_EQ(Quote(u"Abc", false, icAll), u"\"abc\"");
-}
-
-TEST_F(NamesTest, QuotingOnACaseInsensitiveDialect) {
-  provider.SetIdentCaseSens(icsNonSensitive);
-  EXPECT_EQ(Quote(u"abc", true, icIfNeed), u"abc");
-  EXPECT_EQ(Quote(u"Abc", false, icAll), u"\"Abc\"");
-  EXPECT_EQ(Quote(u"order", false, icIfNeed), u"\"order\"");
+TEST_F(NamesTest, QuotingUnderTheThreeCaseRules) {
+  const struct {
+    TmvIdentCaseSensitivity rule;
+    const char16_t* text;
+    bool quoted;
+    TmvIdentQuotation mode;
+    const char16_t* printed;
+  } cases[] = {
+      // Folding to upper case: source quotes survive only where they keep the
+      // case; added quotes fold a bare name first, so the server sees the same
+      // name; an invalid name needs quotes.
+      {icsSensitiveUpperCase, u"abc", true, icIfNeed, u"\"abc\""},
+      {icsSensitiveUpperCase, u"ABC", true, icIfNeed, u"ABC"},
+      {icsSensitiveUpperCase, u"abc", false, icIfNeed, u"abc"},
+      {icsSensitiveUpperCase, u"abc", false, icAll, u"\"ABC\""},
+      {icsSensitiveUpperCase, u"abc", true, icAll, u"\"abc\""},
+      {icsSensitiveUpperCase, u"abc", true, icNone, u"abc"},
+      {icsSensitiveUpperCase, u"select", false, icIfNeed, u"\"SELECT\""},
+      {icsSensitiveUpperCase, u"my name", true, icIfNeed, u"\"my name\""},
+      {icsSensitiveUpperCase, u"my name", true, icNone, u"my name"},
+      {icsSensitiveLowerCase, u"abc", true, icIfNeed, u"abc"},
+      {icsSensitiveLowerCase, u"ABC", true, icIfNeed, u"\"ABC\""},
+      {icsSensitiveLowerCase, u"Abc", false, icAll, u"\"abc\""},
+      {icsNonSensitive, u"abc", true, icIfNeed, u"abc"},
+      {icsNonSensitive, u"Abc", false, icAll, u"\"Abc\""},
+      {icsNonSensitive, u"order", false, icIfNeed, u"\"order\""},
+  };
+  for (const auto& c : cases) {
+    provider.SetIdentCaseSens(c.rule);
+    EXPECT_EQ(Quote(c.text, c.quoted, c.mode), c.printed)
+        << int(c.rule) << " " << UTF8Encode(c.text) << " quoted " << c.quoted << " mode " << int(c.mode);
+  }
 }
 
 TEST_F(NamesTest, ClosingQuoteInsideIsDoubled) {
   provider.quoteBegin = u"[";
   provider.quoteEnd = u"]";
+  // An empty identifier is a pair of quotes in every mode.
+  for (TmvIdentQuotation mode : {icNone, icIfNeed, icAll}) EXPECT_EQ(Quote(u"", false, mode), u"[]");
   EXPECT_EQ(Quote(u"a]b", true, icIfNeed), u"[a]]b]");
   EXPECT_EQ(Quote(u"a]b", true, icAll), u"[a]]b]");
   // A valid name is not scanned for the quote (it cannot hold one).
@@ -75,9 +75,7 @@ TEST_F(NamesTest, ClosingQuoteInsideIsDoubled) {
   provider.quoteBegin = u"\"";
   provider.quoteEnd = u"\"";
   EXPECT_EQ(Quote(u"say \"hi\"", true, icIfNeed), u"\"say \"\"hi\"\"\"");
-}
-
-TEST_F(NamesTest, CreateQuotedIdentifierAlwaysDoublesTheClosingQuote) {
+  // CreateQuotedIdentifier always doubles the closing quote.
   EXPECT_EQ(CreateQuotedIdentifier(u"a]b", u"[", u"]"), u"[a]]b]");
   EXPECT_EQ(CreateQuotedIdentifier(u"ab", u"`", u"`"), u"`ab`");
   EXPECT_EQ(CreateQuotedIdentifier(u"x\"\"y", u"\"", u"\""), u"\"x\"\"\"\"y\"");
