@@ -20,7 +20,6 @@ struct Chain {
   size_t count = 0;
 };
 
-constexpr size_t kBatch = TmvWayPointStock::kBatch;
 
 struct TmvWayPointRecords {
   std::mutex lock;
