@@ -1,7 +1,1 @@
-SELECT d,
-       c-d,
-       c,
-       (SELECT count(*) FROM t2 AS x WHERE x.b<t1.b),
-     ~ CASE WHEN c>(SELECT avg(c) FROM t1) THEN a*2 ELSE b*10 END,
-       a-b
-  FROM t1
+SELECT ~ CASE WHEN c > 1 THEN a ELSE b END, ~ 1, ~ x FROM t
