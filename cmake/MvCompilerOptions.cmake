@@ -15,3 +15,11 @@ if(MV_TSAN)
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
   add_link_options(-fsanitize=thread)
 endif()
+# Fuzzing (clang only): everything gets libFuzzer's coverage instrumentation;
+# the fuzz programs link libFuzzer's main (tests/fuzz).
+if(MV_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "MV_FUZZ needs clang (scripts/fuzz.sh configures it)")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

@@ -10,8 +10,14 @@ TSQLExpressionOperatorBinary* WrapBinary(TmvBaseSQLContext* context, TSQLExpress
   return binary.release();
 }
 
-TSQLExpressionOperatorPrefix* MakePrefix(TmvBaseSQLContext* context, WideStringView op) {
-  TmvOwned<TSQLExpressionOperatorPrefix> prefix = TastCreate<TSQLExpressionOperatorPrefix>(context);
+TSQLExpressionOperator* MakePrefix(TmvBaseSQLContext* context, WideStringView op) {
+  // Characters from the tilde up are name characters to the scanner: "~a"
+  // is one name, so such an operator keeps a blank before its operand.
+  TmvOwned<TSQLExpressionOperator> prefix;
+  if (!op.empty() && op.back() >= u'~')
+    prefix = TastCreate<TSQLExpressionOperatorPrefixWithSpace>(context);
+  else
+    prefix = TastCreate<TSQLExpressionOperatorPrefix>(context);
   prefix->Operator.Set(TastCreate<TSQLOperator>(context, op));
   return prefix.release();
 }

@@ -112,7 +112,7 @@ C* CollectOperand(TmvBaseSQLContext* context, C*& collection, TSQLExpressionItem
 }
 
 // A prefix operation of `op` (its operand follows).
-TSQLExpressionOperatorPrefix* MakePrefix(TmvBaseSQLContext* context, WideStringView op);
+TSQLExpressionOperator* MakePrefix(TmvBaseSQLContext* context, WideStringView op);
 
 // `left op right` where the right side is a constant keyword ("True", "False").
 TSQLExpressionOperatorBinary* MakeTruthComparison(TmvBaseSQLContext* context, TSQLExpressionItem* left,

@@ -20,7 +20,6 @@ struct Chain {
   size_t count = 0;
 };
 
-constexpr size_t kBatch = TmvWayPointStock::kBatch;
 
 struct TmvWayPointRecords {
   std::mutex lock;
@@ -49,15 +48,26 @@ struct TmvWayPointRecords {
   }
 };
 
+// Never destroyed: parsers held by static objects free their way points
+// while the program ends, after the function statics made later are gone.
 TmvWayPointRecords& Records() {
-  static TmvWayPointRecords records;
-  return records;
+  static TmvWayPointRecords* records = new TmvWayPointRecords;
+  return *records;
 }
+
+// Hands the spare records of a thread back to the stock when the thread ends.
+struct StockReturner {
+  TmvWayPointStock* stock;
+  ~StockReturner() { stock->ReturnSpare(); }
+};
 
 }  // namespace
 
-// The spare records of one thread go back to the stock when it ends.
-TmvWayPointStock::~TmvWayPointStock() { Records().Give(Chain{head_, count_}); }
+void TmvWayPointStock::ReturnSpare() {
+  Records().Give(Chain{head_, count_});
+  head_ = nullptr;
+  count_ = 0;
+}
 
 void TmvWayPointStock::Refill() {
   Chain c = Records().Take();
@@ -78,7 +88,11 @@ void TmvWayPointStock::GiveBatch() {
 }
 
 TmvWayPointStock& TmvWayPointStock::OfThisThread() {
+  // The stock itself has no destructor, so it stays usable while the
+  // thread's other objects go away (and with them parsers that free their
+  // way points); the returner gives its spare records back once.
   thread_local TmvWayPointStock stock;
+  thread_local StockReturner returner{&stock};
   return stock;
 }
 
@@ -174,14 +188,20 @@ struct SharedLists {
   std::vector<std::unique_ptr<TmvWayPointsList>> pool;
 };
 
+// Never destroyed, for the same reason as the records.
 SharedLists& Lists() {
-  static SharedLists lists;
-  return lists;
+  static SharedLists* lists = new SharedLists;
+  return *lists;
 }
+
+// Set once a thread's own lists are gone: lists taken or given back later
+// in its end (by parsers that static objects hold) go to the shared pool.
+thread_local bool threadListsGone = false;
 
 struct ThreadLists {
   std::vector<TmvWayPointsList*> pool;
   ~ThreadLists() {
+    threadListsGone = true;
     SharedLists& shared = Lists();
     std::lock_guard<std::mutex> guard(shared.lock);
     for (TmvWayPointsList* l : pool) shared.pool.emplace_back(l);
@@ -195,8 +215,8 @@ thread_local ThreadLists threadLists;
 TmvQBWayPointListsCache::~TmvQBWayPointListsCache() = default;
 
 TmvWayPointsList* TmvQBWayPointListsCache::Get() {
-  auto& local = threadLists.pool;
-  if (!local.empty()) {
+  if (!threadListsGone && !threadLists.pool.empty()) {
+    auto& local = threadLists.pool;
     TmvWayPointsList* l = local.back();
     local.pop_back();
     return l;
@@ -216,9 +236,8 @@ TmvWayPointsList* TmvQBWayPointListsCache::Get() {
 void TmvQBWayPointListsCache::Put(TmvWayPointsList* list) {
   if (!list) return;
   list->Clear();
-  auto& local = threadLists.pool;
-  if (local.size() < kLocalLists) {
-    local.push_back(list);
+  if (!threadListsGone && threadLists.pool.size() < kLocalLists) {
+    threadLists.pool.push_back(list);
     return;
   }
   SharedLists& shared = Lists();

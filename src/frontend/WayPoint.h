@@ -59,7 +59,6 @@ class TmvWayPointStock {
   static constexpr size_t kLocalLimit = 4 * kBatch;  // a thread keeps at most this many spare
 
   TmvWayPointStock() = default;
-  ~TmvWayPointStock();
   TmvWayPointStock(const TmvWayPointStock&) = delete;
   TmvWayPointStock& operator=(const TmvWayPointStock&) = delete;
 
@@ -93,6 +92,10 @@ class TmvWayPointStock {
 
   // Records made and not yet freed by this thread.
   int64_t Live() const { return live_; }
+
+  // Gives the spare records back to the process-wide stock; the stock stays
+  // usable and takes from there again when it needs records.
+  void ReturnSpare();
 
   // The stock of the calling thread.
   static TmvWayPointStock& OfThisThread();

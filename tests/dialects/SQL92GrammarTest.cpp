@@ -117,7 +117,10 @@ TEST_F(SQL92GrammarTest, OperatorsNestToTheLeftAndAndBindsFirst) {
   EXPECT_TRUE(Holds(sequence, "\n    TSQLOperator \"+\"\n"));
   EXPECT_TRUE(Holds(sequence, "\n  TSQLOperator \"-\"\n  TSQLExpressionColumn\n"));
   EXPECT_TRUE(Holds(Expression(u"a + b * c"), "  TSQLOperator \"+\"\n  TSQLExpressionOperatorBinary\n"));
-  EXPECT_TRUE(Holds(Expression(u"-a || ~b"), "TSQLExpressionOperatorBinary\n  TSQLExpressionOperatorPrefix\n"));
+  EXPECT_TRUE(Holds(Expression(u"-a || ~ b"), "TSQLExpressionOperatorBinary\n  TSQLExpressionOperatorPrefix\n"));
+  // "~b" is one name to the scanner, so the tilde keeps its blank in print.
+  EXPECT_EQ(Print(u"SELECT ~ CASE WHEN c > 1 THEN a END, ~ b, ~b, - -1 FROM t"),
+            u"Select ~ Case When c > 1 Then a End, ~ b, ~b, - -1 From t");
   const std::string logical = Logical(u"a = 1 OR b = 2 AND c = 3");
   EXPECT_EQ(logical.rfind("TSQLExpressionOr\n", 0), 0u);
   EXPECT_TRUE(Holds(logical, "\n  TSQLExpressionAnd\n"));

@@ -376,3 +376,25 @@ TEST_F(SQLContextTest, TheStatementTestOnScannedText) {
   EXPECT_FALSE(context.IsSelectStatement(WideString(u"WITH x AS (SELECT 1) SELECT insert FROM x")));
   EXPECT_FALSE(context.IsSelectStatement(WideString(u"VALUES (1)")));
 }
+
+// A host may keep its context in a static object. The program's end frees
+// it after the thread's own objects and the statics made after it: its
+// parser must still give its way points and lists back cleanly.
+TEST(SQLContextLifetime, AStaticContextThatParsedIsFreedAtProgramEnd) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        struct Holder {
+          Holder() { context.SetSyntaxProvider(&provider); }
+          ~Holder() { context.SetSyntaxProvider(nullptr); }
+          TmvSQL92SyntaxProvider provider;
+          TmvBaseSQLContext context;
+        };
+        InitializeEngine();
+        static Holder holder;
+        TmvOwned<TSQLSelectStatement> statement = holder.context.ParseSelect(u"SELECT a FROM t WHERE b = 1");
+        statement.reset();
+        std::exit(statement ? 1 : 0);
+      },
+      ::testing::ExitedWithCode(0), "");
+}

@@ -1,0 +1,1 @@
+SELECT a, b FROM t WHERE a = 1 AND (b = 2 OR c = 3)

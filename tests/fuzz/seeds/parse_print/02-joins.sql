@@ -1,0 +1,1 @@
+select * from t1 x inner join t2 y on x.id = y.id left outer join t3 on y.id = t3.id, t4

@@ -1,0 +1,1 @@
+select (select max(b) from u where u.a = t.a) m from t where exists (select 1 from v)

@@ -1,0 +1,1 @@
+select case when a = 1 then 'x' when a = 2 then 'y' else 'z' end from t

@@ -1,0 +1,1 @@
+select "quoted ""name""", t.* from "my table" t

@@ -1,0 +1,3 @@
+select a -- comment
+from /* block
+ comment */ t

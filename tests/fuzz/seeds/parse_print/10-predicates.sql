@@ -1,0 +1,1 @@
+select a from t where a in (1, 2, 3) and b between 1 and 2 and c like 'x%' escape '!' and d is not null

@@ -1,0 +1,1 @@
+select {fn ucase(a)}, {d '2020-01-01'}, {ts '2020-01-01 10:00:00'} from t where a = ? and b = :p

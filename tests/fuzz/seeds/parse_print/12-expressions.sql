@@ -1,0 +1,1 @@
+select cast(a as varchar(10)), substring(b from 1 for 2), -a + +b * (c - d) / e || f from t

@@ -1,0 +1,1 @@
+select a from t where not not not a = 1 and not (b = 2 and c = 3)

@@ -1,0 +1,1 @@
+﻿select été from 日本

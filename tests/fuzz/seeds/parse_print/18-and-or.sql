@@ -1,0 +1,1 @@
+select a from t where a = 1 and b = 2 or c = 3 and d = 4 or e = 5

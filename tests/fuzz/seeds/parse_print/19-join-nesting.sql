@@ -1,0 +1,1 @@
+select a from a join b join c on x on y

@@ -1,0 +1,1 @@
+SELECT ~ CASE WHEN c > 1 THEN a ELSE b END, ~ 1, ~ x FROM t
