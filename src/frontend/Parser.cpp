@@ -82,6 +82,8 @@ bool TmvBaseParser::RunFirstPass(const std::function<void(TmvWayPointsList&)>& f
                                  bool unroll) {
   limitExceeded_ = false;
   ruleDepth_ = 0;
+  ruleCalls_ = 0;
+  ruleCallBudget_ = MinRuleCallBudget + MaxRuleCallsPerToken * static_cast<int64_t>(Scanner->GetTokens().size());
   // The helpers' lists and the way points come from the thread that runs the pass.
   listStack_ = &TmvWayListStack::OfThisThread();
   stock_ = &TmvWayPointStock::OfThisThread();

@@ -30,7 +30,13 @@
 //   stays inside a 1 MB thread stack;
 // - a way list holds more than MaxLiveWays ways: text that really is written
 //   keeps at most some hundreds alive, and a grammar that lets the count run
-//   away would otherwise take time and memory without bound.
+//   away would otherwise take time and memory without bound;
+// - a first pass makes more rule calls than MinRuleCallBudget plus
+//   MaxRuleCallsPerToken for each token: real statements make about ten a
+//   token (200 nested brackets some 250), but brackets that may open either
+//   a sub-query or an expression, left open inside each other's select
+//   lists, make every alternative try the rest again, and the calls grow
+//   exponentially with the nesting (a few hundred bytes would take hours).
 // Long flat text (a list of 100,000 items) is no concern: repetitions loop
 // instead of recursing, a way leaves a repetition only where a token that may
 // follow it stands (so a list keeps no leaving way per item), and ways are
@@ -119,6 +125,8 @@ class TmvBaseParser : public TmvObject {
  public:
   static constexpr int32_t MaxRuleDepth = 1500;
   static constexpr int32_t MaxLiveWays = 100000;
+  static constexpr int64_t MinRuleCallBudget = 100000;
+  static constexpr int64_t MaxRuleCallsPerToken = 1000;
 
   TmvBaseParser(TmvBaseScanner* scanner, TmvBaseSQLContext* context);
   ~TmvBaseParser() override;
@@ -252,7 +260,9 @@ class TmvBaseParser : public TmvObject {
    public:
     TmvRuleScope(TmvBaseParser& parser, TmvWayPointsList& list) : parser_(parser) {
       ++parser.ruleDepth_;
-      ok_ = !list.IsEmpty() && (parser.ruleDepth_ <= MaxRuleDepth || parser.Abort(list));
+      ++parser.ruleCalls_;
+      ok_ = !list.IsEmpty() &&
+            ((parser.ruleDepth_ <= MaxRuleDepth && parser.ruleCalls_ <= parser.ruleCallBudget_) || parser.Abort(list));
     }
     ~TmvRuleScope() { --parser_.ruleDepth_; }
     TmvRuleScope(const TmvRuleScope&) = delete;
@@ -279,6 +289,8 @@ class TmvBaseParser : public TmvObject {
   bool RunFirstPass(const std::function<void(TmvWayPointsList&)>& firstPass, bool unroll);
 
   int32_t ruleDepth_ = 0;
+  int64_t ruleCalls_ = 0;
+  int64_t ruleCallBudget_ = 0;
   bool limitExceeded_ = false;
   TmvWayListStack* listStack_;
   TmvWayPointStock* stock_;

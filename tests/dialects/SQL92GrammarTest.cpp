@@ -276,3 +276,22 @@ TEST_F(SQL92GrammarTest, DeeperNestingIsAnOrdinarySyntaxError) {
     EXPECT_EQ(e->Message().rfind(u"Invalid SELECT statement.\r\n Unexpected token ", 0), 0u);
   }
 }
+
+TEST_F(SQL92GrammarTest, BracketsLeftOpenInsideEachOthersSelectListsEndQuickly) {
+  // Every "(" may open a sub-query or an expression, and each unclosed one
+  // makes the alternatives try the rest again: without the parser's budget
+  // of rule calls, four of these levels took minutes and eight would take
+  // longer than anyone waits. The budget ends them with the ordinary error.
+  const WideString level = u"(((((((((SELECT e5, c8, b5 + 919 + c2, a7 + a((((((((((\n";
+  WideString text = u"SELECT a FROM t WHERE ";
+  for (int i = 0; i < 8; ++i) text += level;
+  const auto e = mvtest::Thrown<EmvSQLError>([&] { context.ParseSelect(text); });
+  ASSERT_TRUE(e);
+  EXPECT_EQ(e->Message().rfind(u"Invalid SELECT statement.\r\n Unexpected token ", 0), 0u);
+  // Closed properly, the same nesting parses.
+  WideString closed = u"SELECT a FROM t WHERE x IN ";
+  for (int i = 0; i < 8; ++i) closed += u"((SELECT e5, a7 + a(b) FROM t WHERE x IN ";
+  closed += u"(1)";
+  for (int i = 0; i < 8; ++i) closed += u"))";
+  EXPECT_TRUE(Parses(closed));
+}
