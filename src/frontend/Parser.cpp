@@ -92,6 +92,7 @@ bool TmvBaseParser::RunFirstPass(const std::function<void(TmvWayPointsList&)>& f
   list->Add(root.get());
   firstPass(*list);
   Expect(*list, tkEndOfText);
+  ruleCallBudget_ = std::numeric_limits<int64_t>::max();
   const bool found = !list->IsEmpty() && !limitExceeded_;
   if (found && unroll) {
     UnrollWay((*list)[0]);

@@ -44,6 +44,7 @@
 #pragma once
 
 #include <array>
+#include <limits>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
@@ -290,7 +291,9 @@ class TmvBaseParser : public TmvObject {
 
   int32_t ruleDepth_ = 0;
   int64_t ruleCalls_ = 0;
-  int64_t ruleCallBudget_ = 0;
+  // Set for the first pass the driver runs; rules called directly (tests of
+  // a grammar's pieces) have none.
+  int64_t ruleCallBudget_ = std::numeric_limits<int64_t>::max();
   bool limitExceeded_ = false;
   TmvWayListStack* listStack_;
   TmvWayPointStock* stock_;
