@@ -25,7 +25,7 @@ const std::vector<Command>& AllCommands() {
        "  --dialect NAME  the scanner to use (default sql92)\n", RunTokens},
       {"parse", "parse the input and print it back, its tree or its way",
        "mvsql parse [--dialect NAME] [--entry ENTRY] [--way] [--tree] [FILE|-]\n"
-       "       mvsql parse --batch [--dialect NAME] [--failures] [--reasons N] FILE...\n"
+       "       mvsql parse --batch [--dialect NAME] [--failures] [--reasons N] [--dump] FILE...\n"
        "  --dialect NAME  the dialect: a short name (sql92) or a provider class name (default sql92)\n"
        "  --entry ENTRY   select (default), subquery, object, expression, selectitem, logical,\n"
        "                  fromsource or identifier\n"
@@ -35,6 +35,7 @@ const std::vector<Command>& AllCommands() {
        "                  and how many print back to text that parses to the same print\n"
        "  --failures      with --batch: list the statements that fail\n"
        "  --reasons N     with --batch: the N tokens most often blamed for a syntax error\n"
+       "  --dump          with --batch: one line an entry: its way, tree hash and print, or its error\n"
        "Without --way and --tree the tree is printed back as one line of SQL. A syntax error\n"
        "prints the parser's message on standard error and exits with 1.\n",
        RunParse},

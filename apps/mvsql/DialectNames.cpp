@@ -1,7 +1,7 @@
 #include "DialectNames.h"
 
 #include "Command.h"
-#include "dialects/SyntaxProvidersList.h"
+#include "frontend/SyntaxProvidersList.h"
 
 namespace mvsql {
 

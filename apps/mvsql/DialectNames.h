@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 
 namespace mvsql {
 

@@ -6,7 +6,7 @@
 #include "Arguments.h"
 #include "Command.h"
 #include "DialectNames.h"
-#include "dialects/SyntaxProvidersList.h"
+#include "frontend/SyntaxProvidersList.h"
 
 namespace mvsql {
 

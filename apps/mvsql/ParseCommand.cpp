@@ -9,7 +9,9 @@
 // For each file one summary line: entries, statements that parse, and those
 // whose print parses again to the same print (the round trip). --failures
 // lists the entries that fail either, --reasons N the N tokens most often
-// blamed for a syntax error.
+// blamed for a syntax error. --dump writes one line an entry instead: its way,
+// a hash of its tree dump and its print, or its error message, so that two
+// builds of the parser can be compared statement by statement.
 #include <algorithm>
 #include <map>
 #include <ostream>
@@ -156,8 +158,15 @@ std::string OneLine(const mv::WideString& text) {
   return out;
 }
 
-void RunBatchFile(mv::TmvBaseSQLContext& context, const std::string& path, bool failures, BatchCounts& counts,
-                  std::ostream& out) {
+// 64-bit FNV-1a of a text: tree dumps are long, their hashes compare as well.
+uint64_t TextHash(const std::string& text) {
+  uint64_t hash = 14695981039346656037ull;
+  for (unsigned char c : text) hash = (hash ^ c) * 1099511628211ull;
+  return hash;
+}
+
+void RunBatchFile(mv::TmvBaseSQLContext& context, const std::string& path, bool failures, bool dump,
+                  BatchCounts& counts, std::ostream& out) {
   for (const mv::TmvStatementEntry& statement : mv::ReadStatementList(path)) {
     ++counts.entries;
     const std::string where = "  #" + std::to_string(statement.Index) + " line " + std::to_string(statement.Line);
@@ -165,12 +174,19 @@ void RunBatchFile(mv::TmvBaseSQLContext& context, const std::string& path, bool 
     try {
       mv::TmvOwned<mv::TSQLSelectStatement> tree = context.ParseSelect(statement.Text);
       first = PrintFast(tree.get());
+      if (dump) {
+        const std::string way = FindWayString(context, mv::TmvParserEntry::peSelect, statement.Text);
+        out << "#" << statement.Index << "\tok\t" << way << "\t" << std::hex << TextHash(mv::DumpParseTree(tree.get()))
+            << std::dec << "\t" << OneLine(first) << "\n";
+      }
     } catch (const mv::EmvSQLError& e) {
       ++counts.blamed[e.Kind == mv::ekNotSelectStatement ? "(not a select)" : mv::UTF8Encode(mv::WideUpperCase(e.TokenText))];
+      if (dump) out << "#" << statement.Index << "\terror\t" << OneLine(e.Message()) << "\n";
       if (failures) out << where << ": " << OneLine(e.Message()) << "\n";
       continue;
     } catch (const std::exception& e) {
       ++counts.blamed["(error)"];
+      if (dump) out << "#" << statement.Index << "\terror\t" << e.what() << "\n";
       if (failures) out << where << ": " << e.what() << "\n";
       continue;
     }
@@ -194,6 +210,7 @@ void RunBatchFile(mv::TmvBaseSQLContext& context, const std::string& path, bool 
 int RunBatch(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::ostream& out) {
   if (arguments.Positional().empty()) throw UsageError{"--batch needs at least one file"};
   const bool failures = arguments.Has("failures");
+  const bool dump = arguments.Has("dump");
   int reasons = 0;
   if (arguments.Has("reasons")) {
     try {
@@ -204,7 +221,7 @@ int RunBatch(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::os
   }
   for (const std::string& path : arguments.Positional()) {
     BatchCounts counts;
-    RunBatchFile(context, path, failures, counts, out);
+    RunBatchFile(context, path, failures, dump, counts, out);
     out << path << "\tentries=" << counts.entries << "\tparsed=" << counts.parsed
         << "\troundtrip=" << counts.roundTrip << "\n";
     std::vector<std::pair<int, std::string>> blamed;
@@ -221,7 +238,7 @@ int RunBatch(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::os
 }  // namespace
 
 int RunParse(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-  Arguments arguments(args, {"dialect", "entry", "reasons"}, {"way", "tree", "batch", "failures"});
+  Arguments arguments(args, {"dialect", "entry", "reasons"}, {"way", "tree", "batch", "failures", "dump"});
   mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = CreateDialect(arguments.Value("dialect", "sql92"));
   mv::TmvBaseSQLContext context;
   context.SetSyntaxProvider(provider.get());

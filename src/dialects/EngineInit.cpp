@@ -1,15 +1,30 @@
+// The engine's start-up registration: the one place outside the dialect
+// folders that names the concrete dialects of the build.
 #include "dialects/EngineInit.h"
 
-#include "dialects/SyntaxProvidersList.h"
+#include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLError.h"
 #include "metadata/MetadataMessages.h"
 
 namespace mv {
 
+namespace {
+
+// One row per dialect, in the order of the table of providers: SQL-92,
+// SQL-89, SQL-2003, SQL Server, SQL Server Compact, Oracle, MySQL,
+// PostgreSQL, InterBase, Firebird, DB2, Informix, Access, Sybase, SQLite,
+// Teradata, Netezza, Advantage, Mimer SQL, universal. The order decides ties
+// when a provider is detected from a connection.
+constexpr void (*kDialects[])() = {
+    &TmvSQL92SyntaxProvider::RegisterDialect,
+};
+
+}  // namespace
+
 void InitializeEngine() {
   RegisterFrontendMessages();
   RegisterMetadataMessages();
-  RegisterBuiltinSyntaxProviders();
+  for (auto registerDialect : kDialects) registerDialect();
 }
 
 }  // namespace mv

@@ -1,6 +1,6 @@
 #include "frontend/SQLContext.h"
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/Parser.h"
 #include "frontend/Scanner.h"
 #include "support/Exceptions.h"

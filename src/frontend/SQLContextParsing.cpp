@@ -1,6 +1,6 @@
 // The text road of the SQL context: the parse entries, the statement test,
 // FROM sources made from names, and names taken apart as text.
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/Parser.h"
 #include "frontend/SQLContext.h"
 #include "frontend/Scanner.h"

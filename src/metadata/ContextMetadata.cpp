@@ -4,7 +4,7 @@
 // the front end itself stays free of metadata headers.
 #include <vector>
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataProvider.h"

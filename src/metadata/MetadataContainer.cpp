@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataFilter.h"
 #include "metadata/MetadataMessages.h"

@@ -1,6 +1,6 @@
 #include "metadata/MetadataField.h"
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataMessages.h"
 #include "metadata/MetadataNames.h"

@@ -1,6 +1,6 @@
 #include "metadata/MetadataFilter.h"
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataMask.h"
 #include "metadata/MetadataObject.h"

@@ -1,6 +1,6 @@
 #include "metadata/MetadataObject.h"
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataMessages.h"

@@ -1,6 +1,6 @@
 #include "metadata/MetadataProvider.h"
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/EventMetadataProvider.h"
 #include "metadata/MetadataContainer.h"

@@ -1,6 +1,6 @@
 #include "tree/FromClause.h"
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
 #include "tree/LogicalExpressions.h"

@@ -4,7 +4,7 @@
 #include <pugixml.hpp>
 #include <vector>
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/Exceptions.h"

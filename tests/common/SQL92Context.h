@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "ReferenceDialect.h"
 #include "dialects/EngineInit.h"
-#include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 
 namespace mvtest {
@@ -16,7 +16,7 @@ class SQL92ContextTest : public ::testing::Test {
   SQL92ContextTest() { context.SetSyntaxProvider(&provider); }
   ~SQL92ContextTest() override { context.SetSyntaxProvider(nullptr); }
 
-  mv::TmvSQL92SyntaxProvider provider;
+  TReferenceDialectProvider provider;
   mv::TmvBaseSQLContext context;
 };
 

@@ -10,7 +10,6 @@
 #include "SQL92Context.h"
 #include "Thrown.h"
 #include "dialects/EngineInit.h"
-#include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/ParseTreeDump.h"
 #include "frontend/SQLContext.h"
 #include "frontend/Scanner.h"
@@ -245,7 +244,7 @@ TEST_F(SQLContextTest, ValidIdentifiers) {
 
 namespace {
 // A dialect that also vetoes names starting with x.
-class TTestVetoSyntaxProvider : public TmvSQL92SyntaxProvider {
+class TTestVetoSyntaxProvider : public mvtest::TReferenceDialectProvider {
  public:
   bool IsValidIdent(WideStringView text) const override { return text.empty() || text[0] != u'x'; }
 };
@@ -288,7 +287,7 @@ TEST_F(SQLContextTest, QuotedIdentifiersOut) {
 
 namespace {
 // SQL-92 with one more aggregate, so that a change of dialect shows.
-class TTestMedianSyntaxProvider : public TmvSQL92SyntaxProvider {
+class TTestMedianSyntaxProvider : public mvtest::TReferenceDialectProvider {
  public:
   void Get1ParamAggregateNames(TSQLQualifiedNamesList& list) const override {
     list.Clear();
@@ -387,7 +386,7 @@ TEST(SQLContextLifetime, AStaticContextThatParsedIsFreedAtProgramEnd) {
         struct Holder {
           Holder() { context.SetSyntaxProvider(&provider); }
           ~Holder() { context.SetSyntaxProvider(nullptr); }
-          TmvSQL92SyntaxProvider provider;
+          mvtest::TReferenceDialectProvider provider;
           TmvBaseSQLContext context;
         };
         InitializeEngine();

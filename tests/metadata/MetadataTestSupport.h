@@ -7,7 +7,7 @@
 #include <initializer_list>
 #include <vector>
 
-#include "dialects/sql92/SQL92SyntaxProvider.h"
+#include "ReferenceDialect.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "tree/QualifiedNamesList.h"
@@ -16,7 +16,7 @@ namespace mv::test {
 
 // The SQL-92 dialect with its name rules settable: case sensitive and
 // folding to upper case unless a test says otherwise.
-class TMetadataTestProvider : public TmvSQL92SyntaxProvider {
+class TMetadataTestProvider : public mvtest::TReferenceDialectProvider {
  public:
   TMetadataTestProvider() { SetIdentCaseSens(icsSensitiveUpperCase); }
 

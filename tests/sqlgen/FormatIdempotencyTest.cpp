@@ -7,7 +7,7 @@
 
 #include "Corpus.h"
 #include "dialects/EngineInit.h"
-#include "dialects/sql92/SQL92SyntaxProvider.h"
+#include "ReferenceDialect.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SQLError.h"
 #include "sqlgen/SQLBuilderPiped.h"
@@ -21,7 +21,7 @@ namespace {
 class FormatIdempotency : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { InitializeEngine(); }
-  FormatIdempotency() : provider(TmvCreate<TmvSQL92SyntaxProvider>()) { context.SetSyntaxProvider(provider.get()); }
+  FormatIdempotency() : provider(mvtest::NewReferenceProvider()) { context.SetSyntaxProvider(provider.get()); }
   ~FormatIdempotency() override { context.SetSyntaxProvider(nullptr); }
 
   // The formatted text, or nothing when the text does not parse.
@@ -66,7 +66,7 @@ class FormatIdempotency : public ::testing::Test {
     return counts;
   }
 
-  TmvOwned<TmvSQL92SyntaxProvider> provider;
+  TmvOwned<TmvBaseSyntaxProvider> provider;
   TmvBaseSQLContext context;
 };
 

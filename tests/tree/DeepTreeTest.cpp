@@ -12,11 +12,11 @@
 #include <string>
 
 #include "OnStackOf.h"
+#include "ReferenceDialect.h"
 #include "TestNodes.h"
 #include "TestProvider.h"
 #include "TreeTestUtil.h"
 #include "dialects/EngineInit.h"
-#include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "support/Exceptions.h"
 #include "tree/NestingGuard.h"
 #include "tree/NodeRegistry.h"
@@ -419,7 +419,7 @@ class DeepParsedTree : public ::testing::Test {
     });
   }
 
-  TmvSQL92SyntaxProvider provider;
+  mvtest::TReferenceDialectProvider provider;
   TmvBaseSQLContext context;
 };
 

@@ -4,7 +4,6 @@
 
 #include "SQL92Context.h"
 #include "Thrown.h"
-#include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "support/Exceptions.h"
 #include "tree/QualifiedNamesList.h"

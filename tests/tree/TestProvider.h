@@ -5,7 +5,7 @@
 
 #include "SQL92Pars.h"
 #include "SQL92Scan.h"
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "tree/QualifiedNamesList.h"
 
 namespace mv {

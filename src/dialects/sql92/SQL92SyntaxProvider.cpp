@@ -2,6 +2,8 @@
 
 #include "SQL92Pars.h"
 #include "SQL92Scan.h"
+#include "frontend/KeywordResources.h"
+#include "frontend/SyntaxProvidersList.h"
 #include "tree/QualifiedNamesList.h"
 
 namespace mv {
@@ -9,6 +11,12 @@ namespace mv {
 MV_DEFINE_SYNTAX_PROVIDER(TmvSQL92SyntaxProvider, TmvBaseSyntaxProvider)
 
 TmvSQL92SyntaxProvider::TmvSQL92SyntaxProvider() { SetIdentCaseSens(icsNonSensitive); }
+
+void TmvSQL92SyntaxProvider::RegisterDialect() {
+  SyntaxProvidersList().RegisterSyntaxProvider(ProviderClass());
+  // The SQL-92 reserved words are the base provider's.
+  RegisterKeywordResource(KeywordResourceName(ProviderClass().ClassName()), kBaseSyntaxProviderKeywords);
+}
 
 const TmvScannerClass& TmvSQL92SyntaxProvider::GetScannerClass() const { return SQL92Scanner::ScannerClass(); }
 

@@ -4,7 +4,7 @@
 // the SQL-92 built-in functions.
 #pragma once
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 
 namespace mv {
 
@@ -12,6 +12,10 @@ class TmvSQL92SyntaxProvider : public TmvBaseSyntaxProvider {
   MV_DECLARE_SYNTAX_PROVIDER()
  public:
   TmvSQL92SyntaxProvider();
+
+  // Registers the dialect with the engine: the provider class and its
+  // keyword resource. InitializeEngine calls it.
+  static void RegisterDialect();
 
   const TmvScannerClass& GetScannerClass() const override;
   const TmvParserClass& GetParserClass() const override;

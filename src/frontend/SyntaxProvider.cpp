@@ -1,6 +1,6 @@
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 
-#include "dialects/KeywordResources.h"
+#include "frontend/KeywordResources.h"
 #include "support/Exceptions.h"
 #include "support/FormatSettings.h"
 #include "support/TextHelpers.h"

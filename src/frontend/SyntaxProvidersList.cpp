@@ -1,6 +1,5 @@
-#include "dialects/SyntaxProvidersList.h"
+#include "frontend/SyntaxProvidersList.h"
 
-#include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "support/Exceptions.h"
 
 namespace mv {
@@ -38,15 +37,6 @@ std::vector<const TmvSyntaxProviderClass*> TmvSyntaxProvidersList::Classes() con
 TmvSyntaxProvidersList& SyntaxProvidersList() {
   static TmvSyntaxProvidersList list;
   return list;
-}
-
-void RegisterBuiltinSyntaxProviders() {
-  // One row per provider, in the order of the table of providers; each
-  // dialect adds its row in its place.
-  static const TmvSyntaxProviderClass* const kBuiltin[] = {
-      &TmvSQL92SyntaxProvider::ProviderClass(),
-  };
-  for (const TmvSyntaxProviderClass* c : kBuiltin) SyntaxProvidersList().RegisterSyntaxProvider(*c);
 }
 
 }  // namespace mv

@@ -1,4 +1,4 @@
-#include "dialects/GrammarActions.h"
+#include "frontend/GrammarActions.h"
 
 namespace mv {
 

@@ -1,6 +1,6 @@
 // The process-wide list of syntax provider classes (classes, not objects).
-// Providers are registered by RegisterBuiltinSyntaxProviders when the library
-// starts (see EngineInit.h); the order of registration decides ties when a
+// The dialects of the build register their classes when the library starts
+// (InitializeEngine, dialects/EngineInit.h); the order of registration decides ties when a
 // provider is detected from a connection.
 #pragma once
 
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 
 namespace mv {
 
@@ -29,12 +29,5 @@ class TmvSyntaxProvidersList {
 };
 
 TmvSyntaxProvidersList& SyntaxProvidersList();
-
-// Registers the providers this library holds, in the order of the table of
-// providers: SQL-92, SQL-89, SQL-2003, SQL Server, SQL Server Compact,
-// Oracle, MySQL, PostgreSQL, InterBase, Firebird, DB2, Informix, Access,
-// Sybase, SQLite, Teradata, Netezza, Advantage, Mimer SQL, universal.
-// Calling it again changes nothing.
-void RegisterBuiltinSyntaxProviders();
 
 }  // namespace mv

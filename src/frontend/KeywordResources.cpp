@@ -1,17 +1,15 @@
-#include "dialects/KeywordResources.h"
+#include "frontend/KeywordResources.h"
 
 #include <algorithm>
 #include <map>
+#include <mutex>
 #include <sstream>
 
 #include "support/WideString.h"
 
 namespace mv {
 
-namespace {
-
-// The SQL-92 reserved words; the base provider's list is the same.
-constexpr const char* kSQL92Words =
+const char* const kBaseSyntaxProviderKeywords =
     "avg min max sum count absolute action add all allocate alter and any are as asc assertion at "
     "authorization begin between bit bit_length both by cascade cascaded case cast catalog char "
     "character char_length character_length check close coalesce collate collation column commit "
@@ -31,36 +29,42 @@ constexpr const char* kSQL92Words =
     "transaction translate translation trim true union unique unknown update upper usage user "
     "using value values varchar varying view when whenever where with work write year zone";
 
-// Resource name and its words, separated by blanks.
-struct ResourceText {
-  const char* name;
-  const char* words;
-};
+namespace {
 
-constexpr ResourceText kResources[] = {
-    {"BASESYNTAXPROVIDER_KEYWORDS", kSQL92Words},
-    {"SQL92SYNTAXPROVIDER_KEYWORDS", kSQL92Words},
-};
-
-std::vector<std::string> SplitSorted(const char* text) {
+std::vector<std::string> SplitSorted(std::string_view text) {
   std::vector<std::string> words;
-  std::istringstream in(text);
+  std::istringstream in{std::string(text)};
   std::string word;
   while (in >> word) words.push_back(word);
   std::sort(words.begin(), words.end());
   return words;
 }
 
+// Registration happens at start-up, lookups at any time from any thread.
+struct ResourceTable {
+  ResourceTable() { lists.emplace("BASESYNTAXPROVIDER_KEYWORDS", SplitSorted(kBaseSyntaxProviderKeywords)); }
+  std::mutex lock;
+  std::map<std::string, std::vector<std::string>, std::less<>> lists;
+};
+
+ResourceTable& Resources() {
+  static ResourceTable table;
+  return table;
+}
+
 }  // namespace
 
+void RegisterKeywordResource(std::string_view name, std::string_view words) {
+  ResourceTable& table = Resources();
+  std::lock_guard<std::mutex> guard(table.lock);
+  table.lists.insert_or_assign(std::string(name), SplitSorted(words));
+}
+
 const std::vector<std::string>* FindKeywordResource(std::string_view name) {
-  static const std::map<std::string, std::vector<std::string>, std::less<>> resources = [] {
-    std::map<std::string, std::vector<std::string>, std::less<>> map;
-    for (const ResourceText& r : kResources) map.emplace(r.name, SplitSorted(r.words));
-    return map;
-  }();
-  auto it = resources.find(name);
-  return it == resources.end() ? nullptr : &it->second;
+  ResourceTable& table = Resources();
+  std::lock_guard<std::mutex> guard(table.lock);
+  auto it = table.lists.find(name);
+  return it == table.lists.end() ? nullptr : &it->second;
 }
 
 std::string KeywordResourceName(std::string_view className) {

@@ -1,7 +1,7 @@
 // The metadata operations of the syntax provider's contract. The base knows
 // no server catalog: object, relation and field loads fall back on the
 // context's metadata provider, which reads what the driver tells.
-#include "dialects/SyntaxProvider.h"
+#include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataMessages.h"
