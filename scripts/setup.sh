@@ -4,8 +4,8 @@
 set -euo pipefail
 
 packages=(
-  # toolchain
-  g++ cmake ninja-build pkg-config ccache
+  # toolchain (python3 runs the include check of the layering)
+  g++ cmake ninja-build pkg-config ccache python3
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # engine dependencies

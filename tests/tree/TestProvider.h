@@ -3,8 +3,7 @@
 
 #include <vector>
 
-#include "SQL92Pars.h"
-#include "SQL92Scan.h"
+#include "ReferenceDialect.h"
 #include "frontend/SyntaxProvider.h"
 #include "tree/QualifiedNamesList.h"
 
@@ -28,10 +27,10 @@ class TTestSyntaxProvider : public TmvBaseSyntaxProvider {
   bool schemas = true;
   WideString objectNameSeparator = u".";
 
-  // The SQL-92 grammar reads names; the fields below decide the rest.
-  const TmvScannerClass& GetScannerClass() const override { return SQL92Scanner::ScannerClass(); }
-  const TmvParserClass& GetParserClass() const override { return SQL92Parser::ParserClass(); }
-  std::vector<int32_t> GetStringTokenIds() const override { return {SQL92Scanner::tkStringToken}; }
+  // The reference dialect's grammar reads names; the fields below decide the rest.
+  const TmvScannerClass& GetScannerClass() const override { return reference_->GetScannerClass(); }
+  const TmvParserClass& GetParserClass() const override { return reference_->GetParserClass(); }
+  std::vector<int32_t> GetStringTokenIds() const override { return reference_->GetStringTokenIds(); }
 
   WideString GetQuoteBegin() const override { return quoteBegin; }
   WideString GetQuoteEnd() const override { return quoteEnd; }
@@ -61,6 +60,9 @@ class TTestSyntaxProvider : public TmvBaseSyntaxProvider {
   bool IsSupportDatabases() const override { return databases; }
   bool IsSupportSchemas() const override { return schemas; }
   WideString GetObjectNameSeparator() const override { return objectNameSeparator; }
+
+ private:
+  TmvOwned<TmvBaseSyntaxProvider> reference_ = mvtest::NewReferenceProvider();
 };
 
 }  // namespace mv

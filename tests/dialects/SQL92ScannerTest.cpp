@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "ParseHelpers.h"
 #include "SQL92Scan.h"
+#include "ScanTokens.h"
 
 namespace {
 
