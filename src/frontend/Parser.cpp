@@ -252,6 +252,20 @@ bool TmvBaseParser::CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& s
   return !list.IsEmpty();
 }
 
+bool TmvBaseParser::CheckLATokenAfter(TmvWayPointsList& list, TmvKindBits skip, TmvKindBits kinds) {
+  if (list.IsEmpty()) return false;
+  if (limitExceeded_) return Abort(list);
+  const TmvBaseScanner& scanner = *Scanner;
+  list.Filter([&](TmvWayPoint* p) {
+    for (int32_t i = p->TokenIndex + 1;; ++i) {
+      const TmvTokenLook& t = scanner.GetLook(i);
+      if (t.Hidden || skip.Contains(t.Kind)) continue;
+      return kinds.Contains(t.Kind);
+    }
+  });
+  return !list.IsEmpty();
+}
+
 void TmvBaseParser::AddWayNode(TmvWayPointsList& list, int32_t choice) {
   if (list.Count() > MaxLiveWays) {
     Abort(list);

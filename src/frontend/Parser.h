@@ -202,6 +202,10 @@ class TmvBaseParser : public TmvObject {
   bool CheckLA2NotToken(TmvWayPointsList& list, TmvKindBits kinds);
   // Deletes each way whose next token's text is one of `strings`.
   bool CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& strings);
+  // Deletes each way whose next token, after any number of tokens of a `skip`
+  // kind, is not of a `kinds` kind (the guard @starts: brackets, then what
+  // starts a rule).
+  bool CheckLATokenAfter(TmvWayPointsList& list, TmvKindBits skip, TmvKindBits kinds);
   // Replaces each tip by a new point with `choice`.
   void AddWayNode(TmvWayPointsList& list, int32_t choice);
   // Appends to `dest`, for each way of `src` in order, a new point with `choice`.

@@ -94,6 +94,13 @@ TEST_F(Generator, RefusesOtherMistakes) {
   EXPECT_NE(Refusal("a ::= name ;\ndelete b;\n").find("no rule 'b' to delete"), std::string::npos);
   EXPECT_NE(Refusal("a ::= name %{ x = 1;\n").find("G.grammar:3: error: code block is not closed"),
             std::string::npos);
+  EXPECT_NE(Refusal("a ::= ( @starts(b) name | number ) ;\n").find("G.grammar:3: error: @starts names no rule 'b'"),
+            std::string::npos);
+  EXPECT_NE(Refusal("a ::= ( @starts(b) name | number ) ;\nb ::= [ name ] ;\n")
+                .find("@starts needs a rule that cannot match nothing: 'b' can"),
+            std::string::npos);
+  EXPECT_NE(Refusal("a ::= ( @starts(a before \",\") name | number ) ;\n").find("@starts takes a rule and"),
+            std::string::npos);
 }
 
 TEST_F(Generator, RefusesBadTokenDescriptions) {

@@ -333,4 +333,31 @@ TEST(DerivedGrammar, OverridesAddsAndDeletesRules) {
   EXPECT_FALSE(checked.Find(&mv::DerivedToyParser::checkedWayCalc));
 }
 
+// @starts takes its tokens from the first set of the rule as the grammar
+// that includes it defines that rule: a query that may start with WITH keeps
+// its brackets in the derived grammar only.
+TEST(Guards, StartsFollowsTheRuleOfTheIncludingGrammar) {
+  const struct {
+    const char16_t* text;
+    bool base, derived;
+    const char* way;  // of the derived grammar: the root, then term's and query's choices
+  } cases[] = {
+      {u"((select a))", true, true, "0010"},
+      {u"((with a select b))", false, true, "0011"},
+      {u"(with a select b)", false, true, "011"},
+      {u"((a))", true, true, "0002"},
+      {u"((with a))", false, false, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(mv::UTF8Encode(c.text));
+    ToyParse<WayToyParser> base(c.text);
+    EXPECT_EQ(base.Find(&WayToyParser::termWayCalc), c.base);
+    ToyParse<mv::DerivedToyParser> derived(c.text);
+    ASSERT_EQ(derived.Find(&mv::DerivedToyParser::termWayCalc), c.derived);
+    if (c.derived) {
+      EXPECT_EQ(derived.Way(), c.way);
+    }
+  }
+}
+
 }  // namespace

@@ -345,6 +345,21 @@ class Reader {
       Cursor list(g.where.file, args);
       g.code = list.ReadWord();
       if (!list.AtEnd()) Fail(g.where, "@" + name + " takes the name of one member");
+    } else if (name == "starts") {
+      // @starts(rule) or @starts(rule after tokens).
+      needArgs(true);
+      g.type = Guard::Type::Starts;
+      Cursor list(g.where.file, args);
+      g.code = list.ReadWord();
+      if (!list.AtEnd()) {
+        if (list.ReadWord() != "after" || list.AtEnd()) Fail(g.where, "@starts takes a rule and, after 'after', tokens: @starts(query after \"(\")");
+        while (!list.AtEnd()) {
+          TokenRef ref = ReadTokenRef(list);
+          ref.where = g.where;
+          g.tokens.push_back(ref);
+          list.TryChar(',');
+        }
+      }
     } else if (name == "version") {
       needArgs(true);
       std::string op, number;
@@ -387,6 +402,7 @@ class Analyzer {
     for (Rule& r : g_.rules) ResolveGuards(*r.body);
     CheckEntries();
     ComputeNullableAndFirst();
+    for (Rule& r : g_.rules) ResolveStartGuards(*r.body);
     CheckProductive();
     CheckRepetitions();
     CheckLeftRecursion();
@@ -457,6 +473,22 @@ class Analyzer {
     for (Guard& g : n.guards) g.kinds = Kinds(g.tokens, &g);
     for (Guard& g : n.skipGuards) g.kinds = Kinds(g.tokens, &g);
     for (auto& item : n.items) ResolveGuards(*item);
+  }
+
+  // @starts takes the first set of its rule, which is known only now.
+  void ResolveStartGuards(Node& n) {
+    auto resolve = [&](Guard& g) {
+      if (g.type != Guard::Type::Starts) return;
+      const Rule* rule = g_.FindRule(g.code);
+      if (!rule) Fail(g.where, "@starts names no rule '" + g.code + "'");
+      if (rule->nullable) Fail(g.where, "@starts needs a rule that cannot match nothing: '" + g.code + "' can");
+      g.startKinds.clear();
+      for (int kind : rule->first)
+        if (std::find(g.kinds.begin(), g.kinds.end(), kind) == g.kinds.end()) g.startKinds.push_back(kind);
+    };
+    for (Guard& g : n.guards) resolve(g);
+    for (Guard& g : n.skipGuards) resolve(g);
+    for (auto& item : n.items) ResolveStartGuards(*item);
   }
 
   void CheckEntries() {

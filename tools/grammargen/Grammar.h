@@ -30,12 +30,14 @@ struct Guard {
     Next,         // an extra CheckLAToken
     NotNextText,  // CheckLANotIn with a list member of the parser
     Check,        // a dialect's own test: a member function (list) -> bool
+    Starts,       // CheckLATokenAfter: the next token, after any of `tokens`, starts the rule `code`
     State,        // a test of the parser's fields; no token is looked at
   };
   Type type = Type::State;
   std::vector<TokenRef> tokens;  // the token tests, as written
   std::vector<int> kinds;        // ... resolved
-  std::string code;              // NotNextText, Check: the member; State: the condition
+  std::vector<int> startKinds;   // Starts: the first set of the rule, less `kinds`
+  std::string code;              // NotNextText, Check: the member; Starts: the rule; State: the condition
   std::string written;           // as written, for comments in the output
   SourceLocation where;
 };

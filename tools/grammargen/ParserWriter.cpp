@@ -322,6 +322,10 @@ class Writer {
           break;
         case Guard::Type::NotNextText: calls.push_back("CheckLANotIn(" + list + ", " + g.code + ")"); break;
         case Guard::Type::Check: calls.push_back(g.code + "(" + list + ")"); break;
+        case Guard::Type::Starts:
+          calls.push_back("CheckLATokenAfter(" + list + ", " + KindsConstant(name + "Skip", {g.kinds.begin(), g.kinds.end()}) +
+                          ", " + KindsConstant(name, {g.startKinds.begin(), g.startKinds.end()}) + ")");
+          break;
         case Guard::Type::State: break;
       }
     }
