@@ -94,6 +94,8 @@ void TSQLExpressionFunctionSubString::BuildSQLDirect(TSQLBuilder& builder, const
   if (TastNode* third = param(2)) {
     SpacedWords(builder, {u"For"});
     third->BuildSQL(builder, format);
+    // The print order of SubString keeps a break point after the length.
+    builder.Space(3);
   }
   Sym(builder, u")");
 }
