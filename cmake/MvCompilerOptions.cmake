@@ -2,6 +2,12 @@
 # SYSTEM includes, so their warnings do not count against us.
 add_library(mv_compiler_options INTERFACE)
 target_compile_options(mv_compiler_options INTERFACE -Wall -Wextra)
+# Our scripts (and so CI) build with warnings as errors; a host that builds
+# the library with another compiler may leave it off.
+option(MV_WERROR "Treat warnings in our own code as errors" OFF)
+if(MV_WERROR)
+  target_compile_options(mv_compiler_options INTERFACE -Werror)
+endif()
 
 if(MV_SANITIZE AND MV_TSAN)
   message(FATAL_ERROR "MV_SANITIZE and MV_TSAN cannot be combined")

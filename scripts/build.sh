@@ -8,7 +8,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 build_dir=build
-cmake_args=(-G Ninja)
+# Warnings in our code are errors in every build these scripts make, CI's too.
+cmake_args=(-G Ninja -DMV_WERROR=ON)
 while (($#)); do
   case "$1" in
     --sanitize) build_dir=build-asan; cmake_args+=(-DMV_SANITIZE=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo) ;;

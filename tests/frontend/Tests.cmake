@@ -21,7 +21,7 @@ add_test(NAME frontend.GrammarRegeneration
           -DFIXTURE_DIR=${CMAKE_CURRENT_LIST_DIR}/regeneration
           -DWORK_DIR=${CMAKE_CURRENT_BINARY_DIR}/frontend/regeneration
           -P ${CMAKE_CURRENT_LIST_DIR}/regeneration/CheckRegeneration.cmake)
-set_tests_properties(frontend.GrammarRegeneration PROPERTIES LABELS frontend)
+set_tests_properties(frontend.GrammarRegeneration PROPERTIES LABELS "frontend;slow")
 
 # Token descriptions of the tests' own scanners.
 file(GLOB _toy_descriptions CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/grammars/*.tokens)

@@ -72,7 +72,10 @@ class FormatIdempotency : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(FormatIdempotency, CorpusUnderTheDefaults) {
+// Suites whose names end in Slow carry the CTest label slow.
+using FormatIdempotencySlow = FormatIdempotency;
+
+TEST_F(FormatIdempotencySlow, CorpusUnderTheDefaults) {
   MV_REQUIRE_CORPUS();
   TSQLBuilderPiped builder;
   const Counts counts = Check(builder);
@@ -81,7 +84,7 @@ TEST_F(FormatIdempotency, CorpusUnderTheDefaults) {
   EXPECT_GT(counts.parsed, counts.statements / 2);
 }
 
-TEST_F(FormatIdempotency, CorpusUnderBreaksEverywhere) {
+TEST_F(FormatIdempotencySlow, CorpusUnderBreaksEverywhere) {
   MV_REQUIRE_CORPUS();
   TSQLBuilderPiped builder;
   for (const char16_t* setting :

@@ -208,6 +208,9 @@ class DeepTree : public ::testing::Test {
 
 // --- Operator sequences ---
 
+// Suites whose names end in Slow carry the CTest label slow.
+using DeepTreeSlow = DeepTree;
+
 TEST_F(DeepTree, ShortSequencesPrintAsTheLongOnesAreExpectedTo) {
   EXPECT_EQ(Fast(LeftSequence(3, u"+")), u"1 + 2 + 3");
   EXPECT_EQ(Fast(RightSequence(3, u"||")), u"1 || 2 || 3");
@@ -217,22 +220,22 @@ TEST_F(DeepTree, ShortSequencesPrintAsTheLongOnesAreExpectedTo) {
   EXPECT_EQ(Fast(Brackets(3, Num(c(), u"1"))), u"(((1)))");
 }
 
-TEST_F(DeepTree, AHundredThousandTermsOfEachOperator) {
+TEST_F(DeepTreeSlow, AHundredThousandTermsOfEachOperator) {
   for (const char16_t* op : {u"+", u"||", u"*", u"-", u"/"}) {
     SCOPED_TRACE(UTF8Encode(op));
     EveryOperation(LeftSequence(100'000, op), Sequence(100'000, op));
   }
 }
 
-TEST_F(DeepTree, AHundredThousandTermsNestedToTheRight) {
+TEST_F(DeepTreeSlow, AHundredThousandTermsNestedToTheRight) {
   EveryOperation(RightSequence(100'000, u"+"), Sequence(100'000, u"+"));
 }
 
-TEST_F(DeepTree, AMillionTerms) {
+TEST_F(DeepTreeSlow, AMillionTerms) {
   EveryOperation(LeftSequence(1'000'000, u"+"), Sequence(1'000'000, u"+"));
 }
 
-TEST_F(DeepTree, MixedOperatorsAndMixedNesting) {
+TEST_F(DeepTreeSlow, MixedOperatorsAndMixedNesting) {
   // 1 + 2 * 3 - 4 * 5 ...: products to the right of a sum to the left.
   const int n = 50'000;
   Expr e = Num(c(), u"1");
@@ -263,7 +266,7 @@ TEST_F(DeepTree, MixedOperatorsAndMixedNesting) {
 
 // --- Unary chains ---
 
-TEST_F(DeepTree, LongRunsOfNotMinusAndBrackets) {
+TEST_F(DeepTreeSlow, LongRunsOfNotMinusAndBrackets) {
   const int n = 100'000;
   EveryOperation(Nots(n, Num(c(), u"1")), Repeated(n, u"Not ", u"1"));
   EveryOperation(Prefixed<TSQLExpressionOperatorPrefix>(n, u"-", Num(c(), u"1")), Repeated(n - 1, u"- ", u"-1"));
@@ -275,7 +278,7 @@ TEST_F(DeepTree, LongRunsOfNotMinusAndBrackets) {
 
 // --- Conditions ---
 
-TEST_F(DeepTree, AndOrOfAHundredThousandConditions) {
+TEST_F(DeepTreeSlow, AndOrOfAHundredThousandConditions) {
   const int n = 100'000;
   // Flat: a = 1 And b = 2 Or ..., as the parser collects them.
   auto disjunction = TastCreate<TSQLExpressionOr>(c());
@@ -300,7 +303,7 @@ TEST_F(DeepTree, AndOrOfAHundredThousandConditions) {
   EveryOperation(std::move(nested), text);
 }
 
-TEST_F(DeepTree, RewritingConditionsRunsInLoops) {
+TEST_F(DeepTreeSlow, RewritingConditionsRunsInLoops) {
   OnSmallStack([&] {
     const int n = 100'000;
     // An even number of Not cancels out, an odd one leaves one.
@@ -347,7 +350,7 @@ TEST_F(DeepTree, RewritingConditionsRunsInLoops) {
   });
 }
 
-TEST_F(DeepTree, FindingAndStrippingTheLeftSideGoesDownInALoop) {
+TEST_F(DeepTreeSlow, FindingAndStrippingTheLeftSideGoesDownInALoop) {
   OnSmallStack([&] {
     const int n = 100'000;
     // Not ... Not (((a Is Null))): the left side is a, at the bottom.
@@ -425,14 +428,16 @@ class DeepParsedTree : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(DeepParsedTree, AHundredThousandTermsOfEachOperator) {
+using DeepParsedTreeSlow = DeepParsedTree;
+
+TEST_F(DeepParsedTreeSlow, AHundredThousandTermsOfEachOperator) {
   for (const char16_t* op : {u"+", u"||", u"*"}) {
     SCOPED_TRACE(UTF8Encode(op));
     ParseAndOperate(100'000, op);
   }
 }
 
-TEST_F(DeepParsedTree, ConditionsOfAHundredThousandTerms) {
+TEST_F(DeepParsedTreeSlow, ConditionsOfAHundredThousandTerms) {
   const int n = 100'000;
   WideString text = u"SELECT a FROM t WHERE NOT a = 0";
   // The printer puts each And of more than one term inside an Or in brackets.
@@ -507,7 +512,7 @@ TEST_F(DeepTree, CosmeticPrintingOfNestedConditionsEndsWithAnErrorPastTheLimit) 
   });
 }
 
-TEST_F(DeepTree, FreeingALongChainOnASmallStack) {
+TEST_F(DeepTreeSlow, FreeingALongChainOnASmallStack) {
   OnSmallStack([&] {
     // Straight from the fields' destructors, from a list, and through Reset.
     Expr chain = LeftSequence(300'000, u"+");
