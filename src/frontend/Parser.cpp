@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "support/Exceptions.h"
+#include "support/WideFormat.h"
 
 namespace mv {
 
@@ -305,6 +306,19 @@ bool TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPoint
 }
 
 // --- Second pass. -------------------------------------------------------------
+
+void TmvBaseParser::UnexpectedChoice(int32_t choice, int32_t count) {
+  throw EmvQueryBuilderError(WideFormat(u"The parser read the decision %d where the grammar has %d choices",
+                                        {choice, count}));
+}
+
+bool TmvBaseParser::CheckedGuard(TmvWayPointsList& list, bool answer, const char* check) const {
+  if (answer != !list.IsEmpty()) {
+    throw EmvQueryBuilderError(WideFormat(u"The grammar check %s answered %s with %d ways left",
+                                          {UTF8Decode(check), answer ? u"true" : u"false", list.Count()}));
+  }
+  return answer;
+}
 
 TmvWayPoint* TmvBaseParser::GetWayNode() {
   ++WayIndex;

@@ -202,6 +202,10 @@ class TmvBaseParser : public TmvObject {
   bool CheckLA2NotToken(TmvWayPointsList& list, TmvKindBits kinds);
   // Deletes each way whose next token's text is one of `strings`.
   bool CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& strings);
+  // A dialect's own guard (@check) answers as the tests above do: true if and
+  // only if a way is left. The generated code passes the answer through this,
+  // which raises EmvQueryBuilderError naming `check` when the two disagree.
+  bool CheckedGuard(TmvWayPointsList& list, bool answer, const char* check) const;
   // Deletes each way whose next token, after any number of tokens of a `skip`
   // kind, is not of a `kinds` kind (the guard @starts: brackets, then what
   // starts a rule).
@@ -228,6 +232,14 @@ class TmvBaseParser : public TmvObject {
 
   // The next decision of the picked way.
   TmvWayPoint* GetWayNode();
+  // The next decision's choice, which must be below `count` (the number of
+  // alternatives; 2 for an option or a repetition round). Anything else means
+  // the two passes disagree: EmvQueryBuilderError, never a silent fall-through.
+  int32_t ReadChoice(int32_t count) {
+    const int32_t choice = GetWayNode()->Choice;
+    if (static_cast<uint32_t>(choice) >= static_cast<uint32_t>(count)) UnexpectedChoice(choice, count);
+    return choice;
+  }
   // Moves to the next visible token and returns it (also in Token).
   const TmvToken& Get();
   // Prepares the second pass from a tip.
@@ -280,6 +292,7 @@ class TmvBaseParser : public TmvObject {
   };
 
  private:
+  [[noreturn]] static void UnexpectedChoice(int32_t choice, int32_t count);
   // Ends the running first pass: every way dies from here on. Returns false.
   bool Abort(TmvWayPointsList& list);
   // The lookahead tests for both forms of kind sets (TmvTokenKinds, TmvKindBits).

@@ -7,6 +7,7 @@
 
 #include "DerivedToyPars.h"
 #include "ParseHelpers.h"
+#include "Thrown.h"
 #include "WayToyPars.h"
 
 namespace {
@@ -331,6 +332,22 @@ TEST(DerivedGrammar, OverridesAddsAndDeletesRules) {
   // Members and the guards' own checks come along with the included rules.
   ToyParse<mv::DerivedToyParser> checked(u"abcd");
   EXPECT_FALSE(checked.Find(&mv::DerivedToyParser::checkedWayCalc));
+}
+
+// The generated code holds the grammar to its contracts: a check answers
+// as the engine's tests do, and the second pass reads only choices that its
+// rule has. Either fault is an error, not a wrong tree.
+TEST(Guards, BrokenContractsRaiseInsteadOfFallingThrough) {
+  ToyParse<WayToyParser> lying(u"a b");
+  EXPECT_EQ(mvtest::ThrownMessage<mv::EmvQueryBuilderError>([&] { lying.Find(&WayToyParser::lyingWayCalc); }),
+            u"The grammar check CheckThatLies answered false with 1 ways left");
+
+  ToyParse<WayToyParser> term(u"((a))");
+  ASSERT_TRUE(term.Find(&WayToyParser::termWayCalc));
+  mv::TmvWayPointsList& way = *term.parser().Way;
+  way[way.Count() - 1]->Choice = 3;  // the innermost term has three alternatives: 0 to 2
+  EXPECT_EQ(mvtest::ThrownMessage<mv::EmvQueryBuilderError>([&] { term.parser().term(); }),
+            u"The parser read the decision 3 where the grammar has 3 choices");
 }
 
 // @starts takes its tokens from the first set of the rule as the grammar

@@ -321,7 +321,9 @@ class Writer {
           calls.push_back("CheckLAToken(" + list + ", " + KindsConstant(name, {g.kinds.begin(), g.kinds.end()}) + ")");
           break;
         case Guard::Type::NotNextText: calls.push_back("CheckLANotIn(" + list + ", " + g.code + ")"); break;
-        case Guard::Type::Check: calls.push_back(g.code + "(" + list + ")"); break;
+        case Guard::Type::Check:
+          calls.push_back("CheckedGuard(" + list + ", " + g.code + "(" + list + "), \"" + g.code + "\")");
+          break;
         case Guard::Type::Starts:
           calls.push_back("CheckLATokenAfter(" + list + ", " + KindsConstant(name + "Skip", {g.kinds.begin(), g.kinds.end()}) +
                           ", " + KindsConstant(name, {g.startKinds.begin(), g.startKinds.end()}) + ")");
@@ -500,14 +502,14 @@ class Writer {
         for (auto& item : n.items) SecondPass(*item);
         break;
       case Node::Type::Opt:
-        s_.Line("if (GetWayNode()->Choice == 1) {");
+        s_.Line("if (ReadChoice(2) == 1) {");
         s_.Indent();
         SecondPass(*n.items[0]);
         s_.Dedent();
         s_.Line("}");
         break;
       case Node::Type::Iter:
-        s_.Line("while (GetWayNode()->Choice == 1) {");
+        s_.Line("while (ReadChoice(2) == 1) {");
         s_.Indent();
         SecondPass(*n.items[0]);
         s_.Dedent();
@@ -515,7 +517,7 @@ class Writer {
         break;
       case Node::Type::Alt:
         if (n.items.size() == 1) {
-          s_.Line("GetWayNode();");
+          s_.Line("ReadChoice(1);");
           s_.Line("{");
           s_.Indent();
           SecondPass(*n.items[0]);
@@ -523,7 +525,7 @@ class Writer {
           s_.Line("}");
           break;
         }
-        s_.Line("switch (GetWayNode()->Choice) {");
+        s_.Line("switch (ReadChoice(" + std::to_string(n.items.size()) + ")) {");
         s_.Indent();
         for (size_t k = 0; k < n.items.size(); ++k) {
           s_.Line("case " + std::to_string(k) + ": {");
