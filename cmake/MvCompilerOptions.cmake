@@ -25,6 +25,9 @@ endif()
 if(MV_TSAN)
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
   add_link_options(-fsanitize=thread)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(mv_compiler_options INTERFACE -Wno-maybe-uninitialized)  # as for ASan above
+  endif()
 endif()
 # Fuzzing (clang only): everything gets libFuzzer's coverage instrumentation;
 # the fuzz programs link libFuzzer's main (tests/fuzz).
