@@ -1,6 +1,7 @@
 #include "ReferenceDialect.h"
 
-#include <gtest/gtest.h>
+#include <stdexcept>
+#include <string>
 
 #include "dialects/EngineInit.h"
 #include "frontend/SyntaxProvidersList.h"
