@@ -57,7 +57,9 @@ ResourceTable& Resources() {
 void RegisterKeywordResource(std::string_view name, std::string_view words) {
   ResourceTable& table = Resources();
   std::lock_guard<std::mutex> guard(table.lock);
-  table.lists.insert_or_assign(std::string(name), SplitSorted(words));
+  // The first registration stands: InitializeEngine may run again while other
+  // threads read a list, and map entries never move, so a list found stays valid.
+  if (table.lists.find(name) == table.lists.end()) table.lists.emplace(std::string(name), SplitSorted(words));
 }
 
 const std::vector<std::string>* FindKeywordResource(std::string_view name) {

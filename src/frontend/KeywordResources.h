@@ -15,12 +15,13 @@ namespace mv {
 // The base provider's reserved words (the SQL-92 ones), separated by blanks.
 extern const char* const kBaseSyntaxProviderKeywords;
 
-// Adds (or replaces) the resource `name`: `words` separated by blanks, in any
-// order. Meant for the start-up registration of the dialects.
+// Adds the resource `name`: `words` separated by blanks, in any order. A name
+// registered before keeps its first list. Meant for the start-up registration
+// of the dialects.
 void RegisterKeywordResource(std::string_view name, std::string_view words);
 
 // The words of a resource, sorted; null when there is no resource of that name.
-// The list stays valid as long as its resource is not registered again.
+// The list stays valid for the life of the program.
 const std::vector<std::string>* FindKeywordResource(std::string_view name);
 
 // The resource name of a provider class name: TmvSQL92SyntaxProvider gives
