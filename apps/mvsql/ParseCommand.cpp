@@ -76,7 +76,7 @@ std::string FindWayString(mv::TmvBaseSQLContext& context, mv::TmvParserEntry ent
   scanner->Init(text);
   mv::TmvOwned<mv::TmvBaseParser> parser = context.SyntaxProvider()->CreateParser(scanner.get(), &context);
   if (!parser->FindWay(entry)) throw FragmentError{mv::UnexpectedTokenMessage(scanner->GetToken(parser->GetBadToken()))};
-  return mv::TmvBaseParser::UnrollWayStr(parser->Way->Items(parser->Way->Count() - 1));
+  return parser->WayStr();
 }
 
 // Parses through the context's entry; statements raise EmvSQLError,

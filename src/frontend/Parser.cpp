@@ -88,18 +88,33 @@ bool TmvBaseParser::RunFirstPass(const std::function<void(TmvWayPointsList&)>& f
   // The helpers' lists and the way points come from the thread that runs the pass.
   listStack_ = &TmvWayListStack::OfThisThread();
   stock_ = &TmvWayPointStock::OfThisThread();
-  RootPoint root;
-  TmvPooledWayList list;
-  list->Add(root.get());
-  firstPass(*list);
-  Expect(*list, tkEndOfText);
-  ruleCallBudget_ = std::numeric_limits<int64_t>::max();
-  const bool found = !list->IsEmpty() && !limitExceeded_;
-  if (found && unroll) {
-    UnrollWay((*list)[0]);
-    GetWayNode();  // the root
+  sharing_ = !ReferenceMode;
+  pendingBranches_ = 0;
+  bool found = false;
+  try {
+    RootPoint root;
+    TmvPooledWayList list;
+    list->Add(root.get());
+    firstPass(*list);
+    Expect(*list, tkEndOfText);
+    found = !list->IsEmpty() && !limitExceeded_;
+    // The picked way is unrolled while the shared results it may join are kept.
+    if (found && unroll) {
+      UnrollWay((*list)[0]);
+      GetWayNode();  // the root
+    }
+  } catch (...) {
+    EndFirstPass();
+    throw;
   }
+  EndFirstPass();
   return found;
+}
+
+void TmvBaseParser::EndFirstPass() {
+  ruleCallBudget_ = std::numeric_limits<int64_t>::max();
+  sharing_ = false;
+  memo_.Clear();
 }
 
 bool TmvBaseParser::FindWay(const std::function<void(TmvWayPointsList&)>& firstPass) {
@@ -305,6 +320,114 @@ bool TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPoint
   return AddNextIn(dest, src, choice, follow);
 }
 
+// --- Shared work. ---------------------------------------------------------------
+
+bool TmvBaseParser::AnyNextIn(const TmvWayPointsList& list, TmvKindBits kinds) const {
+  for (const TmvWayPoint* p : list.Raw()) {
+    if (NextIsIn(*Scanner, p->TokenIndex, kinds)) return true;
+  }
+  return false;
+}
+
+void TmvBaseParser::DropRepeatedPositions(TmvWayPointsList& list) {
+  if (list.Count() <= 8) {
+    // Short lists, the usual ones, compare pairwise.
+    std::vector<TmvWayPoint*>& items = list.Raw();
+    size_t out = 0;
+    for (size_t i = 0; i < items.size(); ++i) {
+      TmvWayPoint* p = items[i];
+      bool repeated = false;
+      for (size_t j = 0; j < out && !repeated; ++j) repeated = items[j]->TokenIndex == p->TokenIndex;
+      if (repeated) {
+        ReleaseWayPoint(p);
+      } else {
+        items[out++] = p;
+      }
+    }
+    items.resize(out);
+    return;
+  }
+  const size_t size = Scanner->GetTokens().size() + 2;
+  if (seen_.size() < size) seen_.resize(size, 0);
+  if (++seenStamp_ == 0) {
+    std::fill(seen_.begin(), seen_.end(), 0);
+    seenStamp_ = 1;
+  }
+  list.Filter([&](TmvWayPoint* p) {
+    uint32_t& mark = seen_[static_cast<size_t>(p->TokenIndex + 1)];
+    if (mark == seenStamp_) return false;
+    mark = seenStamp_;
+    return true;
+  });
+}
+
+int32_t TmvBaseParser::BeginSharedRule(int32_t rule, TmvWayPointsList& list) {
+  DropRepeats(list);
+  const int32_t entry = memo_.IsEmpty() ? -1 : memo_.Find(rule, list);
+  if (entry < 0) {
+    // Only a choice with alternatives still to try can bring the rule back here.
+    if (pendingBranches_ > 0) memo_.Add(rule, list);
+    return kRunPlainly;
+  }
+  switch (memo_.StateOf(entry)) {
+    case TmvRuleMemo::State::Done:
+      Replay(entry, list);
+      return kReplayed;
+    case TmvRuleMemo::State::Computing:
+      return kRunPlainly;
+    case TmvRuleMemo::State::Entered:
+      break;
+  }
+  return entry;
+}
+
+int32_t TmvBaseParser::OpenSharedRule(int32_t entry, const TmvWayPointsList& list, TmvWayPointsList& roots) {
+  memo_.SetState(entry, TmvRuleMemo::State::Computing);
+  TmvWayPointStock& stock = *stock_;
+  for (int32_t i = 0; i < list.Count(); ++i) {
+    TmvWayPoint* root = stock.New(nullptr, kLocalRootChoice);
+    root->TokenIndex = list[i]->TokenIndex;
+    root->Origin = i;
+    roots.Add(root);
+  }
+  // The tokens the rule reads from here are counted apart, for the replays.
+  const int32_t saved = MaxTokenIndex;
+  MaxTokenIndex = -1;
+  return saved;
+}
+
+void TmvBaseParser::CloseSharedRule(int32_t entry, int32_t savedMaxTokenIndex, TmvWayPointsList& list,
+                                    const TmvWayPointsList& roots) {
+  const int32_t reached = MaxTokenIndex;
+  MaxTokenIndex = std::max(savedMaxTokenIndex, reached);
+  if (limitExceeded_) {
+    list.Clear();
+    return;
+  }
+  memo_.Store(entry, roots, reached);
+  Replay(entry, list);
+}
+
+void TmvBaseParser::Replay(int32_t entry, TmvWayPointsList& list) {
+  MaxTokenIndex = std::max(MaxTokenIndex, memo_.MaxTokenIndexOf(entry));
+  const int32_t first = memo_.FirstResultOf(entry);
+  const int32_t count = memo_.ResultCountOf(entry);
+  if (count > MaxLiveWays) {
+    Abort(list);
+    return;
+  }
+  TmvWayPointStock& stock = *stock_;
+  TmvScopedWayList out(*this);
+  out->Reserve(static_cast<size_t>(count));
+  for (int32_t i = first; i < first + count; ++i) {
+    const TmvRuleMemo::Result& result = memo_.ResultAt(i);
+    TmvWayPoint* join = stock.New(list[result.Origin], TmvRuleMemo::JoinChoice(i));
+    join->TokenIndex = result.Tip->TokenIndex;
+    out->Add(join);
+  }
+  list.MoveFrom(*out);
+}
+
 // --- Second pass. -------------------------------------------------------------
 
 void TmvBaseParser::UnexpectedChoice(int32_t choice, int32_t count) {
@@ -340,8 +463,26 @@ const TmvToken& TmvBaseParser::Get() {
 
 void TmvBaseParser::UnrollWay(TmvWayPoint* tip) {
   Way->Clear();
+  // Walking back from the tip, a join point stands for the chain of the result
+  // it joins, read back to its local root; then the walk goes on before the join.
   std::vector<TmvWayPoint*> chain;
-  for (TmvWayPoint* p = tip; p; p = p->Prev) chain.push_back(p);
+  std::vector<TmvWayPoint*> resume;
+  TmvWayPoint* p = tip;
+  for (;;) {
+    if (!p || p->Choice == kLocalRootChoice) {
+      if (resume.empty()) break;
+      p = resume.back();
+      resume.pop_back();
+      continue;
+    }
+    if (IsJoinPoint(p)) {
+      resume.push_back(p->Prev);
+      p = memo_.JoinedResult(p).Tip;
+      continue;
+    }
+    chain.push_back(p);
+    p = p->Prev;
+  }
   Way->Raw().reserve(chain.size());
   for (size_t i = chain.size(); i-- > 0;) Way->Add(chain[i]);
   TokenIndex = -1;
@@ -354,6 +495,12 @@ int32_t TmvBaseParser::GetBadToken() const {
   int32_t i = MaxTokenIndex + 1;
   while (Scanner->GetToken(i).IsHidden()) ++i;
   return i;
+}
+
+std::string TmvBaseParser::WayStr() const {
+  std::string out;
+  for (const TmvWayPoint* p : Way->Raw()) out += std::to_string(p->Choice);
+  return out;
 }
 
 std::string TmvBaseParser::UnrollWayStr(const TmvWayPoint* point) {

@@ -18,6 +18,18 @@
 // - each combinator regroups the whole list stably, so a later decision
 //   outranks every earlier one, as in a radix sort ending at the last one.
 //
+// Shared work. Every way of one list goes on through the same grammar, so
+// what happens to a way depends only on its token position: of two ways of a
+// list at the same position the later one can never be picked, and the
+// driver's first pass drops it (the grammar's equivalent readings, such as
+// doubled brackets read as a bracketed sub-query or as a bracketed
+// expression holding one, are thus settled once). A rule entered again at the
+// same positions while a choice still had alternatives to try reuses its
+// first result (frontend/RuleMemo.h), so that readings inside each other
+// never redo each other's work. The picked way, the blamed token and the
+// tree are those of the plain exploration, which ReferenceMode keeps for
+// tests: there every way is explored on its own.
+//
 // Limits. The design itself sets none; this implementation ends a first pass
 // with the ordinary syntax failure (no way found, `LimitExceeded()` true) when
 // - rule calls nest deeper than MaxRuleDepth: a bracket level costs four
@@ -52,6 +64,7 @@
 #include <string>
 #include <vector>
 
+#include "frontend/RuleMemo.h"
 #include "frontend/Scanner.h"
 #include "frontend/Token.h"
 #include "frontend/WayPoint.h"
@@ -149,6 +162,9 @@ class TmvBaseParser : public TmvObject {
   int32_t ServerVersion = 0;        // dialect level set by the syntax provider
   // Set by the syntax provider: grammars refuse a select INTO clause.
   bool DenyIntoClause = false;
+  // Explore every way on its own, without dropping repeated ways or sharing
+  // rule results: slower, with the same outcome; tests compare the two.
+  bool ReferenceMode = false;
 
   // --- The entries. Second-pass results belong to the caller. ---
   virtual void ParseSelectWayCalc(TmvWayPointsList& list) = 0;
@@ -247,8 +263,12 @@ class TmvBaseParser : public TmvObject {
   // After a failed first pass: the index of the first visible token that no
   // way could consume. Never -1; GetToken of it always exists.
   int32_t GetBadToken() const;
-  // The decimal Choice values of a way, root first, without separators.
+  // The decimal Choice values of a way, root first, without separators. The
+  // tip of a way that went through a shared rule result leads back through a
+  // join point; WayStr spells the unrolled way instead.
   static std::string UnrollWayStr(const TmvWayPoint* point);
+  // The decimal Choice values of the picked way (Way), root first.
+  std::string WayStr() const;
 
  protected:
   // A scratch way list of a first-pass helper for the lifetime of a scope.
@@ -268,6 +288,53 @@ class TmvBaseParser : public TmvObject {
    private:
     TmvWayListStack& stack_;
     TmvWayPointsList& list_;
+  };
+
+  // Runs `body`, the first pass of rule number `rule` of the grammar, on
+  // `list`, sharing its work with earlier entries at the same positions.
+  template <class P>
+  void ShareRule(P& self, void (P::*body)(TmvWayPointsList&), int32_t rule, TmvWayPointsList& list) {
+    if (!sharing_) {
+      (self.*body)(list);
+      return;
+    }
+    const int32_t entry = BeginSharedRule(rule, list);
+    if (entry == kRunPlainly) {
+      (self.*body)(list);
+    } else if (entry != kReplayed) {
+      TmvScopedWayList roots(*this);
+      const int32_t saved = OpenSharedRule(entry, list, *roots);
+      (self.*body)(*roots);
+      CloseSharedRule(entry, saved, list, *roots);
+    }
+  }
+
+  // Drops the later of two ways at the same position (see above); generated
+  // options, repetitions and choices end with it.
+  void DropRepeats(TmvWayPointsList& list) {
+    if (sharing_ && list.Count() > 1) DropRepeatedPositions(list);
+  }
+
+  // Held while a choice tries one of its alternatives and a later one may
+  // still read some of its input: the rules entered meanwhile are recorded,
+  // since the later alternatives may enter them again.
+  class TmvBranchScope {
+   public:
+    TmvBranchScope(TmvBaseParser& parser, const TmvWayPointsList& input, TmvKindBits laterFirst)
+        : parser_(parser), open_(parser.sharing_ && parser.AnyNextIn(input, laterFirst)) {
+      parser_.pendingBranches_ += open_;
+    }
+    // A later alternative may read anything.
+    explicit TmvBranchScope(TmvBaseParser& parser) : parser_(parser), open_(parser.sharing_) {
+      parser_.pendingBranches_ += open_;
+    }
+    ~TmvBranchScope() { parser_.pendingBranches_ -= open_; }
+    TmvBranchScope(const TmvBranchScope&) = delete;
+    TmvBranchScope& operator=(const TmvBranchScope&) = delete;
+
+   private:
+    TmvBaseParser& parser_;
+    int32_t open_;
   };
 
   // Opens a rule of the first pass; generated rules hold one for their whole
@@ -305,6 +372,22 @@ class TmvBaseParser : public TmvObject {
   template <class Kinds>
   bool AddNextIn(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice, const Kinds& follow);
   bool RunFirstPass(const std::function<void(TmvWayPointsList&)>& firstPass, bool unroll);
+  void EndFirstPass();
+
+  // The steps of ShareRule. BeginSharedRule answers kRunPlainly (run the
+  // body on the list), kReplayed (the list holds the kept result), or the
+  // entry to run from local roots: OpenSharedRule fills `roots` and returns
+  // the MaxTokenIndex to restore, CloseSharedRule keeps the result and
+  // replays it on the list.
+  static constexpr int32_t kRunPlainly = -1;
+  static constexpr int32_t kReplayed = -2;
+  int32_t BeginSharedRule(int32_t rule, TmvWayPointsList& list);
+  int32_t OpenSharedRule(int32_t entry, const TmvWayPointsList& list, TmvWayPointsList& roots);
+  void CloseSharedRule(int32_t entry, int32_t savedMaxTokenIndex, TmvWayPointsList& list,
+                       const TmvWayPointsList& roots);
+  void Replay(int32_t entry, TmvWayPointsList& list);
+  void DropRepeatedPositions(TmvWayPointsList& list);
+  bool AnyNextIn(const TmvWayPointsList& list, TmvKindBits kinds) const;
 
   int32_t ruleDepth_ = 0;
   int64_t ruleCalls_ = 0;
@@ -312,6 +395,13 @@ class TmvBaseParser : public TmvObject {
   // a grammar's pieces) have none.
   int64_t ruleCallBudget_ = std::numeric_limits<int64_t>::max();
   bool limitExceeded_ = false;
+  // Shared work is on for the first pass the driver runs, unless ReferenceMode.
+  bool sharing_ = false;
+  int32_t pendingBranches_ = 0;  // open TmvBranchScopes
+  TmvRuleMemo memo_;
+  // DropRepeatedPositions marks positions here with a stamp of its call.
+  std::vector<uint32_t> seen_;
+  uint32_t seenStamp_ = 0;
   TmvWayListStack* listStack_;
   TmvWayPointStock* stock_;
 };

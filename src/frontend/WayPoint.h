@@ -20,6 +20,7 @@
 #pragma once
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -32,7 +33,17 @@ struct TmvWayPoint {
   int32_t RefCount;    // references from successors and from way lists
   int32_t TokenIndex;  // index of the last token this way has read; -1 when none
   int32_t Choice;      // the decision's value; 0 at the root
+  // Which way of the list a shared rule result started from (see
+  // TmvRuleMemo); copied from Prev, 0 without one.
+  int32_t Origin;
 };
+
+// Choices that are no decision of the grammar. A shared rule result starts at
+// a local root of its own, and the ways that reuse it hold a join point in
+// its place: its Choice, below zero, names the result (TmvRuleMemo). Unrolled
+// ways hold neither.
+constexpr int32_t kLocalRootChoice = INT32_MIN;
+inline bool IsJoinPoint(const TmvWayPoint* p) { return p->Choice < 0 && p->Choice != kLocalRootChoice; }
 
 // Frees `point`, whose last reference goes, and releases its Prev chain.
 void FreeWayPointChain(TmvWayPoint* point);
@@ -76,8 +87,10 @@ class TmvWayPointStock {
     if (prev) {
       ++prev->RefCount;
       p->TokenIndex = prev->TokenIndex;
+      p->Origin = prev->Origin;
     } else {
       p->TokenIndex = -1;
+      p->Origin = 0;
     }
     return p;
   }

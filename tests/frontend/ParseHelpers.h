@@ -33,10 +33,7 @@ class ToyParse {
   }
 
   // The decisions of the picked way (after a successful Find).
-  std::string Way() const {
-    const mv::TmvWayPointsList& way = *parser_->Way;
-    return mv::TmvBaseParser::UnrollWayStr(way.Items(way.Count() - 1));
-  }
+  std::string Way() const { return parser_->WayStr(); }
 
   // The decisions of every way that reads the whole text, in order of preference.
   std::vector<std::string> Survivors(Rule rule) {

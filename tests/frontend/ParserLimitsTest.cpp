@@ -102,20 +102,30 @@ TEST(ParserLimits, DeeperNestingEndsInTheOrdinarySyntaxFailure) {
   EXPECT_TRUE(limit);
 }
 
-TEST(ParserLimits, WaysThatMultiplyEndInTheOrdinarySyntaxFailure) {
-  // Each name doubles the ways; 15 names stay under the limit, 40 do not.
-  std::u16string few, many;
+TEST(ParserLimits, WaysThatMultiplyAreSettledOnceAndExploredOnlyByTheReference) {
+  // Each name doubles the ways of the plain exploration: 15 names stay under
+  // its limit, 40 do not. Settled once, 40 names or 100,000 parse, and pick
+  // the way the plain exploration picks where it finishes.
+  std::u16string few, many, lots;
   for (int i = 0; i < 15; ++i) few += u"a ";
   for (int i = 0; i < 40; ++i) many += u"a ";
-  ToyParse<WayToyParser> small(few);
-  EXPECT_TRUE(small.Find(&WayToyParser::explodeWayCalc));
-  EXPECT_FALSE(small.parser().LimitExceeded());
+  for (int i = 0; i < 100'000; ++i) lots += u"a ";
+  ToyParse<WayToyParser> reference(few);
+  reference.parser().ReferenceMode = true;
+  ASSERT_TRUE(reference.Find(&WayToyParser::explodeWayCalc));
+  ToyParse<WayToyParser> settled(few);
+  ASSERT_TRUE(settled.Find(&WayToyParser::explodeWayCalc));
+  EXPECT_EQ(settled.Way(), reference.Way());
+
   ToyParse<WayToyParser> large(many);
+  large.parser().ReferenceMode = true;
   EXPECT_FALSE(large.Find(&WayToyParser::explodeWayCalc));
   EXPECT_TRUE(large.parser().LimitExceeded());
-  // The parser is fit for another pass afterwards.
-  ToyParse<WayToyParser> again(u"a b");
-  EXPECT_TRUE(again.Find(&WayToyParser::explodeWayCalc));
+  // The parser is fit for another pass afterwards, also without the reference mode.
+  large.parser().ReferenceMode = false;
+  EXPECT_TRUE(large.Find(&WayToyParser::explodeWayCalc));
+  ToyParse<WayToyParser> huge(lots);
+  EXPECT_TRUE(huge.Find(&WayToyParser::explodeWayCalc));
 }
 
 TEST(ParserLimits, EightThreadsParseAtOnce) {

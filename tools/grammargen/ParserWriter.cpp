@@ -159,6 +159,7 @@ class Writer {
     h_.Line("// Rules: the first pass over a way list, and the second pass.");
     for (const Rule& r : g_.rules) {
       h_.Line("void " + r.name + "WayCalc(TmvWayPointsList& list);");
+      h_.Line("void " + r.name + "WayBody(TmvWayPointsList& list);");
       h_.Line("void " + r.name + "(" + OneLine(r.params) + ");");
     }
     h_.Line();
@@ -216,7 +217,7 @@ class Writer {
     s_.Line(Cls() + "::" + Cls() + "(TmvBaseScanner* scanner, TmvBaseSQLContext* context)");
     s_.Line("    : TmvBaseParser(scanner, context) {}");
     WriteEntries();
-    for (const Rule& r : g_.rules) WriteRule(r);
+    for (size_t i = 0; i < g_.rules.size(); ++i) WriteRule(g_.rules[i], i);
     s_.Line();
     s_.Line("}  // namespace mv");
   }
@@ -246,13 +247,19 @@ class Writer {
     }
   }
 
-  void WriteRule(const Rule& r) {
+  void WriteRule(const Rule& r, size_t number) {
     s_.Line();
     s_.Line("// " + r.name + " ::= " + Summary(*r.body, g_.tokens));
     s_.Line("void " + Cls() + "::" + r.name + "WayCalc(TmvWayPointsList& list) {");
     s_.Indent();
     s_.Line("TmvRuleScope scope(*this, list);");
     s_.Line("if (!scope) return;");
+    s_.Line("ShareRule(*this, &" + Cls() + "::" + r.name + "WayBody, " + std::to_string(number) + ", list);");
+    s_.Dedent();
+    s_.Line("}");
+    s_.Line();
+    s_.Line("void " + Cls() + "::" + r.name + "WayBody(TmvWayPointsList& list) {");
+    s_.Indent();
     FirstPass(*r.body);
     s_.Dedent();
     s_.Line("}");
@@ -410,6 +417,7 @@ class Writer {
       s_.Line("}");
     }
     s_.Line("list.AppendFrom(*skip);");
+    s_.Line("DropRepeats(list);");
   }
 
   void WriteIter(const Node& n) {
@@ -436,6 +444,7 @@ class Writer {
     s_.Dedent();
     s_.Line("}");
     s_.Line("list.MoveFrom(*done);");
+    s_.Line("DropRepeats(list);");
   }
 
   // Each alternative starts from an empty `list` and leaves it empty: the
@@ -456,6 +465,7 @@ class Writer {
         s_.Line("{");
         s_.Indent();
       }
+      WriteBranchScope(n, k, prefix);
       if (!alt.nullable && !HasTokenGuards(GuardsOf(alt))) {
         // Only the ways whose next token can start the alternative are
         // copied, each with the decision already taken.
@@ -488,6 +498,24 @@ class Writer {
       s_.Line("}");
     }
     s_.Line("list.MoveFrom(*result);");
+    s_.Line("DropRepeats(list);");
+  }
+
+  // While alternative k runs, the rules it enters are recorded if a later
+  // alternative may still read some of the input: by the union of their
+  // first tokens, or always when one of them has guards or may read nothing.
+  void WriteBranchScope(const Node& n, size_t k, const std::string& prefix) {
+    if (k + 1 >= n.items.size()) return;
+    std::set<int> later;
+    for (size_t j = k + 1; j < n.items.size(); ++j) {
+      const Node& alt = *n.items[j];
+      if (alt.nullable || HasTokenGuards(GuardsOf(alt)) || !StateCondition(GuardsOf(alt)).empty()) {
+        s_.Line("TmvBranchScope branch(*this);");
+        return;
+      }
+      later.insert(alt.first.begin(), alt.first.end());
+    }
+    s_.Line("TmvBranchScope branch(*this, *input, " + KindsConstant(prefix + "Later", later) + ");");
   }
 
   // The second pass reads one decision wherever the first recorded one.
