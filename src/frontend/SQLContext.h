@@ -76,6 +76,11 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   // Fired (from DoUpdated) after the dialect changed, with the context as sender.
   TmvNotificationEvent& GetOnSyntaxProviderChanged() { return onSyntaxProviderChanged_; }
 
+  // Parsers made for this context explore every way on their own
+  // (TmvBaseParser::ReferenceMode): slower, with the same results; for tests
+  // that compare the two.
+  bool ReferenceParsing = false;
+
   // --- Parsing whole statements; each result belongs to the caller. ---
   // Raises EmvSQLError: "Not a SELECT SQL statement." (ekNotSelectStatement)
   // when the text does not begin with SELECT or WITH ... SELECT, "Invalid

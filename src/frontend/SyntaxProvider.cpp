@@ -1,6 +1,7 @@
 #include "frontend/SyntaxProvider.h"
 
 #include "frontend/KeywordResources.h"
+#include "frontend/SQLContext.h"
 #include "support/Exceptions.h"
 #include "support/FormatSettings.h"
 #include "support/TextHelpers.h"
@@ -55,6 +56,7 @@ TmvOwned<TmvBaseScanner> TmvBaseSyntaxProvider::CreateScanner() const {
 TmvOwned<TmvBaseParser> TmvBaseSyntaxProvider::CreateParser(TmvBaseScanner* scanner, TmvBaseSQLContext* context) const {
   TmvOwned<TmvBaseParser> parser(GetParserClass().CreateRaw(scanner, context));
   parser->DenyIntoClause = denyIntoClause_;
+  parser->ReferenceMode = context && context->ReferenceParsing;
   SetParserParams(*parser);
   return parser;
 }

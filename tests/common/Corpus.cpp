@@ -1,6 +1,7 @@
 #include "Corpus.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 
@@ -35,6 +36,38 @@ std::vector<std::string> CorpusFiles(const std::string& relative, const std::vec
   }
   std::sort(files.begin(), files.end());
   return files;
+}
+
+const std::vector<const char*> kCorpusSelectFolders = {
+    "db2-samples",
+    "firebird-employee",
+    "grammars-v4-examples/db2",
+    "grammars-v4-examples/mysql",
+    "grammars-v4-examples/plsql",
+    "grammars-v4-examples/sqlite",
+    "grammars-v4-examples/teradata",
+    "grammars-v4-examples/tsql",
+    "jsqlparser-tests",
+    "mysql-5.1-tests",
+    "oracle-sample-schemas",
+    "postgres-regress",
+    "sakila",
+    "spider-dev",
+    "sqlglot-fixtures",
+    "sqllogictest",
+    "sqlserver-samples",
+    "tpcds-duckdb",
+    "tpcds-spark-sql-perf",
+    "tpch-duckdb",
+    "tpch-sqlparser-rs",
+};
+
+std::string CorpusTestName(const char* folder) {
+  std::string name = folder;
+  for (char& c : name) {
+    if (!isalnum(static_cast<unsigned char>(c))) c = '_';
+  }
+  return name;
 }
 
 }  // namespace mvtest

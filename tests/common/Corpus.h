@@ -18,6 +18,12 @@ std::string CorpusDir();
 // `extensions`, sorted, searched recursively.
 std::vector<std::string> CorpusFiles(const std::string& relative, const std::vector<std::string>& extensions);
 
+// The folders of the corpus that hold a selects.sql, relative to CorpusDir().
+extern const std::vector<const char*> kCorpusSelectFolders;
+
+// A test name made of a folder name.
+std::string CorpusTestName(const char* folder);
+
 }  // namespace mvtest
 
 #define MV_REQUIRE_CORPUS()                                                        \

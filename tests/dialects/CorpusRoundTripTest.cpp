@@ -17,31 +17,6 @@ using namespace mv;
 
 namespace {
 
-// The folders of the corpus that hold a selects.sql.
-const char* const kFolders[] = {
-    "db2-samples",
-    "firebird-employee",
-    "grammars-v4-examples/db2",
-    "grammars-v4-examples/mysql",
-    "grammars-v4-examples/plsql",
-    "grammars-v4-examples/sqlite",
-    "grammars-v4-examples/teradata",
-    "grammars-v4-examples/tsql",
-    "jsqlparser-tests",
-    "mysql-5.1-tests",
-    "oracle-sample-schemas",
-    "postgres-regress",
-    "sakila",
-    "spider-dev",
-    "sqlglot-fixtures",
-    "sqllogictest",
-    "sqlserver-samples",
-    "tpcds-duckdb",
-    "tpcds-spark-sql-perf",
-    "tpch-duckdb",
-    "tpch-sqlparser-rs",
-};
-
 class CorpusRoundTrip : public ::testing::TestWithParam<const char*> {
  protected:
   static void SetUpTestSuite() { InitializeEngine(); }
@@ -95,10 +70,5 @@ TEST_P(CorpusRoundTrip, PrintParsesToTheSamePrint) {
   std::cout << "  " << GetParam() << ": " << summary.str() << "\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(Folders, CorpusRoundTrip, ::testing::ValuesIn(kFolders),
-                         [](const ::testing::TestParamInfo<const char*>& info) {
-                           std::string name = info.param;
-                           for (char& c : name)
-                             if (!isalnum(static_cast<unsigned char>(c))) c = '_';
-                           return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Folders, CorpusRoundTrip, ::testing::ValuesIn(mvtest::kCorpusSelectFolders),
+                         [](const ::testing::TestParamInfo<const char*>& info) { return mvtest::CorpusTestName(info.param); });
