@@ -75,7 +75,10 @@ std::string FindWayString(mv::TmvBaseSQLContext& context, mv::TmvParserEntry ent
   }
   scanner->Init(text);
   mv::TmvOwned<mv::TmvBaseParser> parser = context.SyntaxProvider()->CreateParser(scanner.get(), &context);
-  if (!parser->FindWay(entry)) throw FragmentError{mv::UnexpectedTokenMessage(scanner->GetToken(parser->GetBadToken()))};
+  if (!parser->FindWay(entry)) {
+    const mv::TmvToken& bad = scanner->GetToken(parser->GetBadToken());
+    throw FragmentError{parser->TooComplex() ? mv::TooComplexMessage(bad) : mv::UnexpectedTokenMessage(bad)};
+  }
   return parser->WayStr();
 }
 

@@ -82,6 +82,7 @@ void TmvBaseParser::EntryWayCalc(TmvParserEntry entry, TmvWayPointsList& list) {
 bool TmvBaseParser::RunFirstPass(const std::function<void(TmvWayPointsList&)>& firstPass,
                                  bool unroll) {
   limitExceeded_ = false;
+  tooComplex_ = false;
   ruleDepth_ = 0;
   ruleCalls_ = 0;
   ruleCallBudget_ = MinRuleCallBudget + MaxRuleCallsPerToken * static_cast<int64_t>(Scanner->GetTokens().size());
@@ -129,8 +130,9 @@ bool TmvBaseParser::TestWay(const std::function<void(TmvWayPointsList&)>& firstP
   return RunFirstPass(firstPass, false);
 }
 
-bool TmvBaseParser::Abort(TmvWayPointsList& list) {
+bool TmvBaseParser::Abort(TmvWayPointsList& list, bool tooComplex) {
   limitExceeded_ = true;
+  tooComplex_ = tooComplex_ || tooComplex;
   list.Clear();
   return false;
 }
@@ -174,7 +176,7 @@ bool TmvBaseParser::CheckLAToken(TmvWayPointsList& list, int32_t kind) {
 template <class Kinds>
 bool TmvBaseParser::KeepNextIn(TmvWayPointsList& list, const Kinds& kinds) {
   if (list.IsEmpty()) return false;
-  if (limitExceeded_) return Abort(list);
+  if (limitExceeded_) return Abort(list, false);
   const TmvBaseScanner& scanner = *Scanner;
   list.Filter([&](TmvWayPoint* p) { return NextIsIn(scanner, p->TokenIndex, kinds); });
   return !list.IsEmpty();
@@ -183,7 +185,7 @@ bool TmvBaseParser::KeepNextIn(TmvWayPointsList& list, const Kinds& kinds) {
 template <class Kinds>
 bool TmvBaseParser::KeepNextNotIn(TmvWayPointsList& list, const Kinds& kinds) {
   if (list.IsEmpty()) return false;
-  if (limitExceeded_) return Abort(list);
+  if (limitExceeded_) return Abort(list, false);
   const TmvBaseScanner& scanner = *Scanner;
   list.Filter([&](TmvWayPoint* p) { return !NextIsIn(scanner, p->TokenIndex, kinds); });
   return !list.IsEmpty();
@@ -192,7 +194,7 @@ bool TmvBaseParser::KeepNextNotIn(TmvWayPointsList& list, const Kinds& kinds) {
 template <class Kinds>
 bool TmvBaseParser::KeepSecondNotIn(TmvWayPointsList& list, const Kinds& kinds) {
   if (list.IsEmpty()) return false;
-  if (limitExceeded_) return Abort(list);
+  if (limitExceeded_) return Abort(list, false);
   const TmvBaseScanner& scanner = *Scanner;
   // The next visible token is found without testing; the tests start after it.
   for (TmvWayPoint* p : list.Raw()) {
@@ -219,7 +221,7 @@ bool TmvBaseParser::AddNextIn(TmvWayPointsList& dest, const TmvWayPointsList& sr
     // The same test as CheckLAToken, on a way that stays in `src`.
     if (!NextIsIn(scanner, tip->TokenIndex, follow)) continue;
     if (dest.Count() >= MaxLiveWays) {
-      Abort(dest);
+      Abort(dest, true);
       return false;
     }
     dest.Add(stock.New(tip, choice));
@@ -256,7 +258,7 @@ bool TmvBaseParser::CheckLA2NotToken(TmvWayPointsList& list, TmvKindBits kinds) 
 
 bool TmvBaseParser::CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& strings) {
   if (list.IsEmpty()) return false;
-  if (limitExceeded_) return Abort(list);
+  if (limitExceeded_) return Abort(list, false);
   const TmvBaseScanner& scanner = *Scanner;
   list.Filter([&](TmvWayPoint* p) {
     for (int32_t i = p->TokenIndex + 1;; ++i) {
@@ -270,7 +272,7 @@ bool TmvBaseParser::CheckLANotIn(TmvWayPointsList& list, const TmvAnsiStrings& s
 
 bool TmvBaseParser::CheckLATokenAfter(TmvWayPointsList& list, TmvKindBits skip, TmvKindBits kinds) {
   if (list.IsEmpty()) return false;
-  if (limitExceeded_) return Abort(list);
+  if (limitExceeded_) return Abort(list, false);
   const TmvBaseScanner& scanner = *Scanner;
   list.Filter([&](TmvWayPoint* p) {
     for (int32_t i = p->TokenIndex + 1;; ++i) {
@@ -284,7 +286,7 @@ bool TmvBaseParser::CheckLATokenAfter(TmvWayPointsList& list, TmvKindBits skip, 
 
 void TmvBaseParser::AddWayNode(TmvWayPointsList& list, int32_t choice) {
   if (list.Count() > MaxLiveWays) {
-    Abort(list);
+    Abort(list, true);
     return;
   }
   TmvWayPointStock& stock = *stock_;
@@ -302,7 +304,7 @@ void TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPoint
                                        int32_t choice) {
   if (src.IsEmpty()) return;
   if (dest.Count() + src.Count() > MaxLiveWays) {
-    Abort(dest);
+    Abort(dest, true);
     return;
   }
   TmvWayPointStock& stock = *stock_;
@@ -413,7 +415,7 @@ void TmvBaseParser::Replay(int32_t entry, TmvWayPointsList& list) {
   const int32_t first = memo_.FirstResultOf(entry);
   const int32_t count = memo_.ResultCountOf(entry);
   if (count > MaxLiveWays) {
-    Abort(list);
+    Abort(list, true);
     return;
   }
   TmvWayPointStock& stock = *stock_;

@@ -198,6 +198,9 @@ class TmvBaseParser : public TmvObject {
   bool TestWay(const std::function<void(TmvWayPointsList&)>& firstPass);
   // The last first pass ran into one of the limits above.
   bool LimitExceeded() const { return limitExceeded_; }
+  // ... into the rule-call budget or the way limit, which only statements
+  // too complex to parse meet; the nesting limit is an ordinary failure.
+  bool TooComplex() const { return tooComplex_; }
 
   // --- First-pass primitives. Each works on every way of the list and only
   // deletes ways; survivors keep their order. The CheckLA... tests answer
@@ -345,8 +348,8 @@ class TmvBaseParser : public TmvObject {
     TmvRuleScope(TmvBaseParser& parser, TmvWayPointsList& list) : parser_(parser) {
       ++parser.ruleDepth_;
       ++parser.ruleCalls_;
-      ok_ = !list.IsEmpty() &&
-            ((parser.ruleDepth_ <= MaxRuleDepth && parser.ruleCalls_ <= parser.ruleCallBudget_) || parser.Abort(list));
+      ok_ = !list.IsEmpty() && ((parser.ruleDepth_ <= MaxRuleDepth && parser.ruleCalls_ <= parser.ruleCallBudget_) ||
+                                parser.Abort(list, parser.ruleCalls_ > parser.ruleCallBudget_));
     }
     ~TmvRuleScope() { --parser_.ruleDepth_; }
     TmvRuleScope(const TmvRuleScope&) = delete;
@@ -361,7 +364,8 @@ class TmvBaseParser : public TmvObject {
  private:
   [[noreturn]] static void UnexpectedChoice(int32_t choice, int32_t count);
   // Ends the running first pass: every way dies from here on. Returns false.
-  bool Abort(TmvWayPointsList& list);
+  // `tooComplex` tells a budget of work from the nesting limit.
+  bool Abort(TmvWayPointsList& list, bool tooComplex);
   // The lookahead tests for both forms of kind sets (TmvTokenKinds, TmvKindBits).
   template <class Kinds>
   bool KeepNextIn(TmvWayPointsList& list, const Kinds& kinds);
@@ -395,6 +399,7 @@ class TmvBaseParser : public TmvObject {
   // a grammar's pieces) have none.
   int64_t ruleCallBudget_ = std::numeric_limits<int64_t>::max();
   bool limitExceeded_ = false;
+  bool tooComplex_ = false;
   // Shared work is on for the first pass the driver runs, unless ReferenceMode.
   bool sharing_ = false;
   int32_t pendingBranches_ = 0;  // open TmvBranchScopes

@@ -37,6 +37,14 @@ class ParseRun {
   bool Find(TmvParserEntry entry) { return parser_->FindWay(entry); }
   // After a failed first pass: the first token no way could read.
   const TmvToken& BadToken() const { return scanner_->GetToken(parser_->GetBadToken()); }
+  // ... and the key of the line that names it: a budget of the parser, or
+  // the ordinary syntax error.
+  const char16_t* FailureKey() const {
+    return parser_->TooComplex() ? mvQBStatementTooComplex : mvQBUnexpectedTokenAt;
+  }
+  WideString FailureLine() const {
+    return parser_->TooComplex() ? TooComplexMessage(BadToken()) : UnexpectedTokenMessage(BadToken());
+  }
 
  private:
   TmvOwned<TmvBaseScanner> scanner_;
@@ -56,7 +64,7 @@ void RequireSelectStatement(ParseRun& run) {
 }
 
 [[noreturn]] void RaiseInvalidSelect(const ParseRun& run) {
-  throw EmvSQLError(MessageText(mvQBBadSelectStatement), ekInvalidSelectStatement, &run.BadToken());
+  throw EmvSQLError(MessageText(mvQBBadSelectStatement), ekInvalidSelectStatement, &run.BadToken(), run.FailureKey());
 }
 
 }  // namespace
@@ -133,7 +141,8 @@ TmvOwned<TSQLFromSource> TmvBaseSQLContext::ParseDatasource(const WideString& te
   RequireSyntaxProvider();
   ParseRun run(this, text);
   if (!run.Find(TmvParserEntry::peFromSource))
-    throw EmvSQLError(MessageText(mvQBBadFromObjectExpression), &run.BadToken());
+    throw EmvSQLError(MessageText(mvQBBadFromObjectExpression), ekInvalidSelectStatement, &run.BadToken(),
+                      run.FailureKey());
   return Adopt(run.Parser().ParseFromSource());
 }
 
@@ -143,7 +152,7 @@ TmvOwned<TSQLExpressionItem> TmvBaseSQLContext::ParseExpression(const WideString
   RequireSyntaxProvider();
   ParseRun run(this, text);
   if (!run.Find(TmvParserEntry::peExpression)) {
-    if (errors) errors->push_back(UnexpectedTokenMessage(run.BadToken()));
+    if (errors) errors->push_back(run.FailureLine());
     return nullptr;
   }
   return Adopt(run.Parser().ParseExpression());
@@ -156,7 +165,7 @@ TmvOwned<TSQLExpressionItem> TmvBaseSQLContext::ParseLogicalExpression(const Wid
   run.Parser().RequireLeftOperand = requireLeftOperand;
   run.Parser().LeftIsLogical = leftIsLogical;
   if (!run.Find(TmvParserEntry::peLogicalExpression)) {
-    if (errors) errors->push_back(UnexpectedTokenMessage(run.BadToken()));
+    if (errors) errors->push_back(run.FailureLine());
     return nullptr;
   }
   return Adopt(run.Parser().ParseLogicalExpression());

@@ -27,6 +27,9 @@ class EmvSQLError : public Exception {
   // ekInvalidSelectStatement.
   EmvSQLError(WideStringView message, const TmvToken* token);
   EmvSQLError(WideStringView message, TmvParseErrorKind kind, const TmvToken* token);
+  // The same with the second line from message key `tokenLineKey`, formatted
+  // with the token's text, line and column.
+  EmvSQLError(WideStringView message, TmvParseErrorKind kind, const TmvToken* token, const char16_t* tokenLineKey);
   // The message, a line break and " Unexpected token "text"".
   EmvSQLError(WideStringView message, WideStringView tokenText);
   const char* ClassName() const override { return "EmvSQLError"; }
@@ -40,6 +43,9 @@ class EmvSQLError : public Exception {
 
 // The line that names a token: " Unexpected token "%0:s" at line %1:d, pos %2:d".
 WideString UnexpectedTokenMessage(const TmvToken& token);
+// The line of a parse that met a budget of the parser before `token`:
+// " The statement is too complex to parse: a limit was met before "%0:s" at line %1:d, pos %2:d".
+WideString TooComplexMessage(const TmvToken& token);
 
 // Registers the front end's message keys with their English defaults
 // (done once; later calls change nothing).
@@ -52,6 +58,7 @@ inline constexpr const char16_t* mvQBBadSelectStatement = u"mvQBBadSelectStateme
 inline constexpr const char16_t* mvQBBadFromObjectExpression = u"mvQBBadFromObjectExpression";
 inline constexpr const char16_t* mvQBUnexpectedToken = u"mvQBUnexpectedToken";
 inline constexpr const char16_t* mvQBUnexpectedTokenAt = u"mvQBUnexpectedTokenAt";
+inline constexpr const char16_t* mvQBStatementTooComplex = u"mvQBStatementTooComplex";
 inline constexpr const char16_t* mvQBSqlMustBeSimpleSelect = u"mvQBSqlMustBeSimpleSelect";
 inline constexpr const char16_t* mvQBBadObjectName = u"mvQBBadObjectName";
 

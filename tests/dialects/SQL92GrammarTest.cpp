@@ -3,6 +3,8 @@
 // escapes, names), what it refuses, and the limits of nesting.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "OnStackOf.h"
 #include "SQL92Context.h"
 #include "SQL92Pars.h"
@@ -279,19 +281,54 @@ TEST_F(SQL92GrammarTest, DeeperNestingIsAnOrdinarySyntaxError) {
 
 TEST_F(SQL92GrammarTest, BracketsLeftOpenInsideEachOthersSelectListsEndQuickly) {
   // Every "(" may open a sub-query or an expression, and each unclosed one
-  // makes the alternatives try the rest again: without the parser's budget
-  // of rule calls, four of these levels took minutes and eight would take
-  // longer than anyone waits. The budget ends them with the ordinary error.
+  // makes the alternatives try the rest again. The parser shares that work
+  // and ends with the ordinary error; exploring every way on its own, it
+  // meets its budget of rule calls and says that the statement is too complex.
   const WideString level = u"(((((((((SELECT e5, c8, b5 + 919 + c2, a7 + a((((((((((\n";
   WideString text = u"SELECT a FROM t WHERE ";
   for (int i = 0; i < 8; ++i) text += level;
   const auto e = mvtest::Thrown<EmvSQLError>([&] { context.ParseSelect(text); });
   ASSERT_TRUE(e);
   EXPECT_EQ(e->Message().rfind(u"Invalid SELECT statement.\r\n Unexpected token ", 0), 0u);
+  context.ReferenceParsing = true;
+  const auto budget = mvtest::Thrown<EmvSQLError>([&] { context.ParseSelect(text); });
+  context.ReferenceParsing = false;
+  ASSERT_TRUE(budget);
+  EXPECT_EQ(budget->Message().rfind(u"Invalid SELECT statement.\r\n The statement is too complex to parse: ", 0), 0u);
+  EXPECT_EQ(budget->Kind, ekInvalidSelectStatement);
+  EXPECT_GT(budget->Pos, 0);
   // Closed properly, the same nesting parses.
   WideString closed = u"SELECT a FROM t WHERE x IN ";
   for (int i = 0; i < 8; ++i) closed += u"((SELECT e5, a7 + a(b) FROM t WHERE x IN ";
   closed += u"(1)";
   for (int i = 0; i < 8; ++i) closed += u"))";
   EXPECT_TRUE(Parses(closed));
+}
+
+TEST_F(SQL92GrammarTest, DoubledBracketsAroundSubQueriesFiftyDeep) {
+  // Each level reads two ways (a bracketed sub-query, or a bracketed
+  // expression holding one); the readings are settled once, not multiplied.
+  struct Shape {
+    const char* where;
+    WideString (*level)(const WideString& inner, int i);
+    const char16_t* innermost;
+  };
+  const Shape shapes[] = {
+      {"select list", [](const WideString& inner, int) { return u"SELECT ((" + inner + u")) FROM t"; }, u"SELECT 1 FROM t"},
+      {"IN", [](const WideString& inner, int) { return u"SELECT e FROM t WHERE x IN ((" + inner + u"))"; },
+       u"SELECT e FROM t"},
+      {"FROM", [](const WideString& inner, int) { return u"SELECT a FROM ((" + inner + u")) q"; }, u"SELECT a FROM t"},
+  };
+  for (const Shape& shape : shapes) {
+    WideString text = shape.innermost;
+    for (int i = 0; i < 50; ++i) text = shape.level(text, i);
+    WideString print;
+    ASSERT_NO_THROW(print = Print(text)) << shape.where;
+    // Every level keeps its sub-query and both of its brackets.
+    size_t selects = 0;
+    for (size_t at = 0; (at = print.find(u"Select", at)) != WideString::npos; ++at) ++selects;
+    EXPECT_EQ(selects, 51u) << shape.where;
+    EXPECT_EQ(std::count(print.begin(), print.end(), u'('), 100) << shape.where;
+    EXPECT_EQ(Print(print), print) << shape.where;
+  }
 }
