@@ -40,15 +40,15 @@
 //   take about 0.07 KB of stack per rule call in an optimised build and
 //   0.5 KB with the address sanitizer (measured), so a parse at the limit
 //   stays inside a 1 MB thread stack;
-// - a way list holds more than MaxLiveWays ways: text that really is written
-//   keeps at most some hundreds alive, and a grammar that lets the count run
-//   away would otherwise take time and memory without bound;
+// - a way list holds more than MaxLiveWays ways, or
 // - a first pass makes more rule calls than MinRuleCallBudget plus
-//   MaxRuleCallsPerToken for each token: real statements make about ten a
-//   token (200 nested brackets some 250), but brackets that may open either
-//   a sub-query or an expression, left open inside each other's select
-//   lists, make every alternative try the rest again, and the calls grow
-//   exponentially with the nesting (a few hundred bytes would take hours).
+//   MaxRuleCallsPerToken for each token. Real statements make about ten
+//   calls a token and keep a few ways alive; with the shared work above no
+//   text makes the counts run away, so these two only guard against a
+//   grammar that would, and bound the plain exploration (ReferenceMode),
+//   where brackets left open inside each other's select lists make the calls
+//   grow exponentially with the nesting. A pass ended by either reports
+//   TooComplex(); the nesting limit is the ordinary syntax failure.
 // Long flat text (a list of 100,000 items) is no concern: repetitions loop
 // instead of recursing, a way leaves a repetition only where a token that may
 // follow it stands (so a list keeps no leaving way per item), and ways are
