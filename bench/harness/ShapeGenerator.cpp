@@ -17,6 +17,12 @@ const std::vector<TmvBenchShape>& BenchShapes() {
       {"in", 20000, "IN list of 20,000 numbers"},
       {"subquery", 10, "IN sub-queries nested 10 deep"},
       {"subquery", 50, "IN sub-queries nested 50 deep"},
+      {"select-brackets", 10, "sub-queries in doubled brackets in the select list, 10 deep"},
+      {"select-brackets", 50, "sub-queries in doubled brackets in the select list, 50 deep"},
+      {"in-brackets", 10, "IN sub-queries in doubled brackets, 10 deep"},
+      {"in-brackets", 50, "IN sub-queries in doubled brackets, 50 deep"},
+      {"from-brackets", 10, "FROM sub-queries in doubled brackets, 10 deep"},
+      {"from-brackets", 50, "FROM sub-queries in doubled brackets, 50 deep"},
   };
   return shapes;
 }
@@ -48,6 +54,14 @@ std::string MakeShapeSql(const std::string& kind, int size) {
       sql.append("SELECT a FROM t").append(std::to_string(level)).append(" WHERE a IN (");
     sql.append("SELECT a FROM t").append(std::to_string(size));
     sql.append(static_cast<size_t>(size), ')');
+  } else if (kind == "select-brackets" || kind == "in-brackets" || kind == "from-brackets") {
+    // Each level's brackets may be read as those of a sub-query or as those
+    // of an expression (a source) holding one.
+    const std::string open = kind == "select-brackets" ? "SELECT ((" : kind == "in-brackets" ? "SELECT a FROM t WHERE a IN ((" : "SELECT a FROM ((";
+    const std::string close = kind == "select-brackets" ? ")) FROM t" : kind == "in-brackets" ? "))" : ")) q";
+    for (int level = 0; level < size; ++level) sql += open;
+    sql += "SELECT a FROM t";
+    for (int level = 0; level < size; ++level) sql += close;
   } else {
     throw std::invalid_argument("unknown shape kind '" + kind + "'");
   }

@@ -11,7 +11,7 @@
 namespace mv {
 
 struct TmvBenchShape {
-  std::string Kind;          // "brackets", "and", "in" or "subquery"
+  std::string Kind;          // "brackets", "and", "in", "subquery" or "<where>-brackets"
   int Size = 0;              // depth, terms or items
   std::string Description;   // one line for tables and listings
 
@@ -27,6 +27,9 @@ const std::vector<TmvBenchShape>& BenchShapes();
 //   and N:       SELECT a FROM t WHERE c1 = 1 AND ... AND cN = N
 //   in N:        SELECT a FROM t WHERE a IN (1, 2, ..., N)
 //   subquery N:  SELECT a FROM t0 WHERE a IN (SELECT a FROM t1 WHERE a IN (... SELECT a FROM tN))
+//   select-brackets N:  SELECT ((SELECT ((... SELECT a FROM t ...)) FROM t)) FROM t
+//   in-brackets N:      SELECT a FROM t WHERE a IN ((SELECT a FROM t WHERE a IN ((... SELECT a FROM t))))
+//   from-brackets N:    SELECT a FROM ((SELECT a FROM ((... SELECT a FROM t)) q)) q
 std::string MakeShapeSql(const std::string& kind, int size);
 
 }  // namespace mv

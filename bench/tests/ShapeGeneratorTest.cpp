@@ -81,10 +81,20 @@ TEST(ShapeGenerator, SubqueriesNestToTheGivenDepth) {
   EXPECT_EQ(mv::MakeShapeSql("subquery", 1), "SELECT a FROM t0 WHERE a IN (SELECT a FROM t1)");
 }
 
+TEST(ShapeGenerator, DoubledBracketsHoldOneSubQueryPerLevel) {
+  for (const std::string kind : {"select-brackets", "in-brackets", "from-brackets"}) {
+    const std::string sql = mv::MakeShapeSql(kind, 50);
+    EXPECT_EQ(Count(sql, "SELECT "), 51) << kind;
+    EXPECT_EQ(Count(sql, "(("), 50) << kind;
+    EXPECT_EQ(MaxDepth(sql), 100) << kind;
+  }
+  EXPECT_EQ(mv::MakeShapeSql("from-brackets", 1), "SELECT a FROM ((SELECT a FROM t)) q");
+}
+
 TEST(ShapeGenerator, SizeGrowsLinearlyWithinAKind) {
   // Byte counts drive the time-per-byte figures: doubling the terms must
   // roughly double the text, or the growth they show would be the generator's.
-  for (const std::string kind : {"brackets", "and", "in", "subquery"}) {
+  for (const std::string kind : {"brackets", "and", "in", "subquery", "select-brackets", "in-brackets", "from-brackets"}) {
     const double small = static_cast<double>(mv::MakeShapeSql(kind, 1000).size());
     const double large = static_cast<double>(mv::MakeShapeSql(kind, 2000).size());
     EXPECT_GT(large / small, 1.8) << kind;
