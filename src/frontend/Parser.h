@@ -26,9 +26,14 @@
 // expression holding one, are thus settled once). A rule entered again at the
 // same positions while a choice still had alternatives to try reuses its
 // first result (frontend/RuleMemo.h), so that readings inside each other
-// never redo each other's work. The picked way, the blamed token and the
-// tree are those of the plain exploration, which ReferenceMode keeps for
-// tests: there every way is explored on its own.
+// never redo each other's work. Most choices need no exploring at all: the
+// generator tabulates for every choice and option which of its branches each
+// token kind may start (its first kinds, and what may follow it where it may
+// read nothing), and a list of one way whose next token starts only one
+// branch takes that branch alone, recording the same decision without
+// copying the list. The picked way, the blamed token and the tree are those
+// of the plain exploration, which ReferenceMode keeps for tests: there every
+// way is explored on its own.
 //
 // Limits. The design itself sets none; this implementation ends a first pass
 // with the ordinary syntax failure (no way found, `LimitExceeded()` true) when
@@ -309,6 +314,25 @@ class TmvBaseParser : public TmvObject {
       const int32_t saved = OpenSharedRule(entry, list, *roots);
       (self.*body)(*roots);
       CloseSharedRule(entry, saved, list, *roots);
+    }
+  }
+
+  // The first pass the driver runs, unless ReferenceMode: repeated ways are
+  // dropped, rule results shared, and a single way that can take only one
+  // branch of a choice or option takes it without copying.
+  bool SharedWork() const { return sharing_; }
+
+  // For a list of one way: the bits `table` gives the kind of its next token
+  // (and of each hidden token before it), or-ed. Generated choices and
+  // options find with it the branches the way can start.
+  template <class Mask, size_t N>
+  Mask NextPick(const TmvWayPointsList& list, const std::array<Mask, N>& table) const {
+    Mask mask = 0;
+    const TmvBaseScanner& scanner = *Scanner;
+    for (int32_t i = list[0]->TokenIndex + 1;; ++i) {
+      const TmvTokenLook& t = scanner.GetLook(i);
+      if (static_cast<uint32_t>(t.Kind) < N) mask |= table[static_cast<uint32_t>(t.Kind)];
+      if (!t.Hidden) return mask;
     }
   }
 

@@ -674,6 +674,7 @@ class Analyzer {
         break;
       }
       case Node::Type::Alt:
+        n.follow = after;
         for (auto& item : n.items) Follow(*item, after, changed);
         break;
       case Node::Type::Opt:

@@ -67,7 +67,7 @@ struct Node {
 
   bool nullable = false;
   std::set<int> first;
-  std::set<int> follow;  // Opt and Iter: what may stand after them
+  std::set<int> follow;  // Opt, Iter and Alt: what may stand after them
 };
 
 struct Rule {

@@ -395,10 +395,79 @@ class Writer {
     }
   }
 
+  // A table of the token kinds (0 to noSym) with, for each, the bits of the
+  // branches that kind may start; the narrowest unsigned type that holds
+  // `branches` bits (at most 64).
+  void PickTable(const std::string& name, const std::vector<std::set<int>>& starts) {
+    const size_t branches = starts.size();
+    const char* type = branches <= 8 ? "uint8_t" : branches <= 16 ? "uint16_t" : branches <= 32 ? "uint32_t" : "uint64_t";
+    std::vector<uint64_t> bits(static_cast<size_t>(g_.tokens.noSym) + 1, 0);
+    for (size_t b = 0; b < branches; ++b) {
+      for (int kind : starts[b]) {
+        if (kind >= 0 && kind <= g_.tokens.noSym) bits[static_cast<size_t>(kind)] |= uint64_t(1) << b;
+      }
+    }
+    std::string values;
+    for (size_t k = 0; k < bits.size(); ++k) values += (k ? (k % 16 ? ", " : ",\n    ") : "") + std::to_string(bits[k]);
+    s_.Line("static constexpr std::array<" + std::string(type) + ", " + std::to_string(bits.size()) + "> " + name + " = {");
+    s_.Line("    " + values + "};");
+  }
+
+  // The kinds that may start a branch that reads `body` and then what
+  // follows `n`: the body's first kinds, and the follow when it may read nothing.
+  static std::set<int> Starts(const Node& body, const Node& n) {
+    std::set<int> out = body.first;
+    if (body.nullable) out.insert(n.follow.begin(), n.follow.end());
+    return out;
+  }
+
+  // Every kind: a body with a guard that tests parser fields only may start anywhere.
+  std::set<int> AllKinds() const {
+    std::set<int> out;
+    for (int k = 0; k <= g_.tokens.noSym; ++k) out.insert(k);
+    return out;
+  }
+
   void WriteOpt(const Node& n) {
     const Node& body = *n.items[0];
+    // One way whose next token allows only one of taking and skipping takes
+    // it alone; the way goes on in `list` and nothing is copied.
+    s_.Line("if (SharedWork() && list.Count() == 1) {");
+    s_.Indent();
+    PickTable("kPick", {n.follow, Starts(body, n)});
+    s_.Line("switch (NextPick(list, kPick)) {");
+    s_.Indent();
+    s_.Line("case 0:");
+    s_.Line("  list.Clear();");
+    s_.Line("  return;");
+    s_.Line("case 1: {");
+    s_.Indent();
+    WriteSkipAlone(n);
+    s_.Line("return;");
+    s_.Dedent();
+    s_.Line("}");
+    s_.Line("case 2: {");
+    s_.Indent();
+    WriteTake(body);
+    s_.Line("DropRepeats(list);");
+    s_.Line("return;");
+    s_.Dedent();
+    s_.Line("}");
+    s_.Line("default:");
+    s_.Line("  break;");
+    s_.Dedent();
+    s_.Line("}");
+    s_.Dedent();
+    s_.Line("}");
     s_.Line("TmvScopedWayList skip(*this);");
     WriteLeave(n, "skip", n.skipGuards);
+    WriteTake(body);
+    s_.Line("list.AppendFrom(*skip);");
+    s_.Line("DropRepeats(list);");
+  }
+
+  // The ways of `list` take the option's body, where its guards allow.
+  void WriteTake(const Node& body) {
     std::string state = StateCondition(GuardsOf(body));
     std::string tests = TokenTests("list", body.nullable ? std::set<int>{} : body.first, GuardsOf(body), "k");
     std::string cond = state;
@@ -416,8 +485,23 @@ class Writer {
       s_.Line("  list.Clear();");
       s_.Line("}");
     }
-    s_.Line("list.AppendFrom(*skip);");
-    s_.Line("DropRepeats(list);");
+  }
+
+  // The one way of `list` skips the option, where its guards allow.
+  void WriteSkipAlone(const Node& n) {
+    std::string state = StateCondition(n.skipGuards);
+    std::string tests = HasTokenGuards(n.skipGuards) ? TokenTests("list", n.follow, n.skipGuards, "kLeave", "Follow") : "";
+    std::string cond = state;
+    if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
+    if (cond.empty()) {
+      s_.Line("AddWayNode(list, 0);");
+    } else {
+      s_.Line("if (" + cond + ") {");
+      s_.Line("  AddWayNode(list, 0);");
+      s_.Line("} else {");
+      s_.Line("  list.Clear();");
+      s_.Line("}");
+    }
   }
 
   void WriteIter(const Node& n) {
@@ -450,6 +534,50 @@ class Writer {
   // Each alternative starts from an empty `list` and leaves it empty: the
   // ways it completes move on to `result`.
   void WriteAlt(const Node& n) {
+    // One way whose next token can start only one alternative takes it
+    // alone: the way goes on in `list` and nothing is copied. A guard that
+    // tests the parser's fields lets its alternative start anywhere.
+    std::vector<std::set<int>> starts;
+    for (const auto& alt : n.items)
+      starts.push_back(StateCondition(GuardsOf(*alt)).empty() ? Starts(*alt, n) : AllKinds());
+    if (starts.size() <= 64) {
+      s_.Line("if (SharedWork() && list.Count() == 1) {");
+      s_.Indent();
+      PickTable("kPick", starts);
+      s_.Line("switch (NextPick(list, kPick)) {");
+      s_.Indent();
+      s_.Line("case 0:");
+      s_.Line("  list.Clear();");
+      s_.Line("  return;");
+      for (size_t k = 0; k < n.items.size(); ++k) {
+        const Node& alt = *n.items[k];
+        s_.Line("case " + std::to_string(uint64_t(1) << k) + "u: {");
+        s_.Indent();
+        std::string state = StateCondition(GuardsOf(alt));
+        std::string tests =
+            TokenTests("list", alt.nullable ? std::set<int>{} : alt.first, GuardsOf(alt), "k" + std::to_string(k));
+        std::string cond = state;
+        if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
+        if (!cond.empty()) {
+          s_.Line("if (!(" + cond + ")) {");
+          s_.Line("  list.Clear();");
+          s_.Line("  return;");
+          s_.Line("}");
+        }
+        s_.Line("AddWayNode(list, " + std::to_string(k) + ");");
+        FirstPass(alt);
+        s_.Line("DropRepeats(list);");
+        s_.Line("return;");
+        s_.Dedent();
+        s_.Line("}");
+      }
+      s_.Line("default:");
+      s_.Line("  break;");
+      s_.Dedent();
+      s_.Line("}");
+      s_.Dedent();
+      s_.Line("}");
+    }
     s_.Line("TmvScopedWayList input(*this);");
     s_.Line("TmvScopedWayList result(*this);");
     s_.Line("input->MoveFrom(list);");
