@@ -54,6 +54,8 @@ std::string FirstPassTrace(mv::TmvBaseSQLContext& context, const mv::WideString&
   mv::TmvOwned<mv::TmvBaseScanner> scanner = context.SyntaxProvider()->CreateScanner();
   scanner->Init(text);
   mv::TmvOwned<mv::TmvBaseParser> parser = context.SyntaxProvider()->CreateParser(scanner.get(), &context);
+  // Every complete way is kept only when every way is explored on its own.
+  parser->ReferenceMode = true;
   int32_t ways = 0;
   Hash decisions;
   const bool found = parser->TestWay([&](mv::TmvWayPointsList& list) {

@@ -90,7 +90,9 @@ bool TmvBaseParser::RunFirstPass(const std::function<void(TmvWayPointsList&)>& f
   listStack_ = &TmvWayListStack::OfThisThread();
   stock_ = &TmvWayPointStock::OfThisThread();
   sharing_ = !ReferenceMode;
+  skipRun_.clear();
   pendingBranches_ = 0;
+  laterBranches_ = 0;
   bool found = false;
   try {
     RootPoint root;
@@ -116,6 +118,7 @@ void TmvBaseParser::EndFirstPass() {
   ruleCallBudget_ = std::numeric_limits<int64_t>::max();
   sharing_ = false;
   memo_.Clear();
+  skipRun_.clear();
 }
 
 bool TmvBaseParser::FindWay(const std::function<void(TmvWayPointsList&)>& firstPass) {
@@ -274,14 +277,29 @@ bool TmvBaseParser::CheckLATokenAfter(TmvWayPointsList& list, TmvKindBits skip, 
   if (list.IsEmpty()) return false;
   if (limitExceeded_) return Abort(list, false);
   const TmvBaseScanner& scanner = *Scanner;
-  list.Filter([&](TmvWayPoint* p) {
-    for (int32_t i = p->TokenIndex + 1;; ++i) {
-      const TmvTokenLook& t = scanner.GetLook(i);
-      if (t.Hidden || skip.Contains(t.Kind)) continue;
-      return kinds.Contains(t.Kind);
-    }
-  });
+  list.Filter([&](TmvWayPoint* p) { return kinds.Contains(scanner.GetLook(SkipRun(p->TokenIndex, skip)).Kind); });
   return !list.IsEmpty();
+}
+
+int32_t TmvBaseParser::SkipRun(int32_t last, TmvKindBits skip) {
+  const TmvBaseScanner& scanner = *Scanner;
+  const size_t count = scanner.GetTokens().size() + 1;
+  if (skipRun_.size() != count || !(skipRunKinds_ == skip)) {
+    skipRun_.assign(count, -1);
+    skipRunKinds_ = skip;
+  }
+  const auto known = [&](int32_t i) { return static_cast<size_t>(i) < count ? skipRun_[static_cast<size_t>(i)] : -1; };
+  // Walk to the end of the run, or to a token whose answer is known ...
+  int32_t i = last + 1;
+  while (known(i) < 0) {
+    const TmvTokenLook& t = scanner.GetLook(i);
+    if (!t.Hidden && !skip.Contains(t.Kind)) break;
+    ++i;
+  }
+  const int32_t answer = known(i) >= 0 ? known(i) : i;
+  // ... and give every token of the walk the answer.
+  for (int32_t j = last + 1; j <= i && static_cast<size_t>(j) < count; ++j) skipRun_[static_cast<size_t>(j)] = answer;
+  return answer;
 }
 
 void TmvBaseParser::AddWayNode(TmvWayPointsList& list, int32_t choice) {
@@ -324,13 +342,6 @@ bool TmvBaseParser::ListAddWithWayNode(TmvWayPointsList& dest, const TmvWayPoint
 
 // --- Shared work. ---------------------------------------------------------------
 
-bool TmvBaseParser::AnyNextIn(const TmvWayPointsList& list, TmvKindBits kinds) const {
-  for (const TmvWayPoint* p : list.Raw()) {
-    if (NextIsIn(*Scanner, p->TokenIndex, kinds)) return true;
-  }
-  return false;
-}
-
 void TmvBaseParser::DropRepeatedPositions(TmvWayPointsList& list) {
   if (list.Count() <= 8) {
     // Short lists, the usual ones, compare pairwise.
@@ -365,6 +376,10 @@ void TmvBaseParser::DropRepeatedPositions(TmvWayPointsList& list) {
 
 int32_t TmvBaseParser::BeginSharedRule(int32_t rule, TmvWayPointsList& list) {
   DropRepeats(list);
+  // Only a later alternative of a choice can meet a rule again where an
+  // earlier one entered it; where the rule may be recorded, it is looked up
+  // first, so that it is recorded once.
+  if (pendingBranches_ == 0 && laterBranches_ == 0) return kRunPlainly;
   const int32_t entry = memo_.IsEmpty() ? -1 : memo_.Find(rule, list);
   if (entry < 0) {
     // Only a choice with alternatives still to try can bring the rule back here.

@@ -117,6 +117,15 @@ class TmvKindBits {
   template <size_t Words>
   constexpr TmvKindBits(const std::array<uint64_t, Words>& words) : words_(words.data()), count_(Words) {}
 
+  // Two sets with the same kinds are equal, wherever their words are.
+  bool operator==(const TmvKindBits& other) const {
+    if (words_ == other.words_ && count_ == other.count_) return true;
+    for (size_t i = 0; i < std::max(count_, other.count_); ++i) {
+      if ((i < count_ ? words_[i] : 0) != (i < other.count_ ? other.words_[i] : 0)) return false;
+    }
+    return true;
+  }
+
   // Kinds outside the set's words (tkNone among them) are not in it.
   bool Contains(int32_t kind) const {
     const uint32_t k = static_cast<uint32_t>(kind);
@@ -336,32 +345,49 @@ class TmvBaseParser : public TmvObject {
     }
   }
 
+  // The same for a list of any length: the bits of all its ways, or-ed.
+  template <class Mask, size_t N>
+  uint64_t NextPickAll(const TmvWayPointsList& list, const std::array<Mask, N>& table) const {
+    uint64_t mask = 0;
+    const TmvBaseScanner& scanner = *Scanner;
+    for (const TmvWayPoint* p : list.Raw()) {
+      for (int32_t i = p->TokenIndex + 1;; ++i) {
+        const TmvTokenLook& t = scanner.GetLook(i);
+        if (static_cast<uint32_t>(t.Kind) < N) mask |= table[static_cast<uint32_t>(t.Kind)];
+        if (!t.Hidden) break;
+      }
+    }
+    return mask;
+  }
+
   // Drops the later of two ways at the same position (see above); generated
   // options, repetitions and choices end with it.
   void DropRepeats(TmvWayPointsList& list) {
     if (sharing_ && list.Count() > 1) DropRepeatedPositions(list);
   }
 
-  // Held while a choice tries one of its alternatives and a later one may
-  // still read some of its input: the rules entered meanwhile are recorded,
-  // since the later alternatives may enter them again.
+  // Held while a choice tries one of its alternatives. With `later` (an
+  // alternative after it will still run) the rules entered meanwhile are
+  // recorded, since that one may enter them again; with `earlier` (one before
+  // it ran) they are looked up among those recorded.
   class TmvBranchScope {
    public:
-    TmvBranchScope(TmvBaseParser& parser, const TmvWayPointsList& input, TmvKindBits laterFirst)
-        : parser_(parser), open_(parser.sharing_ && parser.AnyNextIn(input, laterFirst)) {
-      parser_.pendingBranches_ += open_;
+    TmvBranchScope(TmvBaseParser& parser, bool later, bool earlier)
+        : parser_(parser), later_(parser.sharing_ && later), earlier_(parser.sharing_ && earlier) {
+      parser_.pendingBranches_ += later_;
+      parser_.laterBranches_ += earlier_;
     }
-    // A later alternative may read anything.
-    explicit TmvBranchScope(TmvBaseParser& parser) : parser_(parser), open_(parser.sharing_) {
-      parser_.pendingBranches_ += open_;
+    ~TmvBranchScope() {
+      parser_.pendingBranches_ -= later_;
+      parser_.laterBranches_ -= earlier_;
     }
-    ~TmvBranchScope() { parser_.pendingBranches_ -= open_; }
     TmvBranchScope(const TmvBranchScope&) = delete;
     TmvBranchScope& operator=(const TmvBranchScope&) = delete;
 
    private:
     TmvBaseParser& parser_;
-    int32_t open_;
+    int32_t later_;
+    int32_t earlier_;
   };
 
   // Opens a rule of the first pass; generated rules hold one for their whole
@@ -401,6 +427,10 @@ class TmvBaseParser : public TmvObject {
   bool AddNextIn(TmvWayPointsList& dest, const TmvWayPointsList& src, int32_t choice, const Kinds& follow);
   bool RunFirstPass(const std::function<void(TmvWayPointsList&)>& firstPass, bool unroll);
   void EndFirstPass();
+  // The first token after `last` that is neither hidden nor of a `skip`
+  // kind. A run of such tokens (brackets inside brackets) is walked once a
+  // pass, however many guards look past it.
+  int32_t SkipRun(int32_t last, TmvKindBits skip);
 
   // The steps of ShareRule. BeginSharedRule answers kRunPlainly (run the
   // body on the list), kReplayed (the list holds the kept result), or the
@@ -415,7 +445,6 @@ class TmvBaseParser : public TmvObject {
                        const TmvWayPointsList& roots);
   void Replay(int32_t entry, TmvWayPointsList& list);
   void DropRepeatedPositions(TmvWayPointsList& list);
-  bool AnyNextIn(const TmvWayPointsList& list, TmvKindBits kinds) const;
 
   int32_t ruleDepth_ = 0;
   int64_t ruleCalls_ = 0;
@@ -426,8 +455,14 @@ class TmvBaseParser : public TmvObject {
   bool tooComplex_ = false;
   // Shared work is on for the first pass the driver runs, unless ReferenceMode.
   bool sharing_ = false;
-  int32_t pendingBranches_ = 0;  // open TmvBranchScopes
+  int32_t pendingBranches_ = 0;  // open TmvBranchScopes with `later`
+  int32_t laterBranches_ = 0;    // ... with `earlier`
   TmvRuleMemo memo_;
+  // SkipRun's answers for the kinds `skipRunKinds_`, by token index; -1 where
+  // not known yet. Empty until a pass needs them.
+  static constexpr std::array<uint64_t, 1> kNoKindWords{};
+  std::vector<int32_t> skipRun_;
+  TmvKindBits skipRunKinds_{kNoKindWords};
   // DropRepeatedPositions marks positions here with a stamp of its call.
   std::vector<uint32_t> seen_;
   uint32_t seenStamp_ = 0;

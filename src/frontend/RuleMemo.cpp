@@ -31,26 +31,29 @@ bool TmvRuleMemo::Matches(const Entry& e, int32_t rule, const TmvWayPointsList& 
 int32_t TmvRuleMemo::Find(int32_t rule, const TmvWayPointsList& list) const {
   if (slots_.empty()) return -1;
   const size_t mask = slots_.size() - 1;
-  for (size_t i = Hash(rule, list) & mask;; i = (i + 1) & mask) {
-    const int32_t index = slots_[i];
-    if (index < 0) return -1;
-    if (Matches(entries_[index], rule, list)) return index;
+  const uint64_t hash = Hash(rule, list);
+  for (size_t i = hash & mask;; i = (i + 1) & mask) {
+    const Slot& slot = slots_[i];
+    if (slot.entry < 0) return -1;
+    if (slot.hash == hash && Matches(entries_[slot.entry], rule, list)) return slot.entry;
   }
 }
 
 void TmvRuleMemo::Grow() {
   // Half full at most, so that a probe ends soon at a free slot.
   const size_t size = slots_.empty() ? 256 : slots_.size() * 2;
-  slots_.assign(size, -1);
-  const size_t mask = size - 1;
-  for (size_t e = 0; e < entries_.size(); ++e) {
-    const Entry& entry = entries_[e];
-    uint64_t h = HashStart(entry.rule);
-    for (int32_t k = 0; k < entry.positionCount; ++k) h = HashMix(h, positions_[entry.firstPosition + k]);
-    size_t i = h & mask;
-    while (slots_[i] >= 0) i = (i + 1) & mask;
-    slots_[i] = static_cast<int32_t>(e);
+  std::vector<Slot> old = std::move(slots_);
+  slots_.assign(size, Slot{0, -1});
+  for (const Slot& slot : old) {
+    if (slot.entry >= 0) Place(slot);
   }
+}
+
+void TmvRuleMemo::Place(const Slot& slot) {
+  const size_t mask = slots_.size() - 1;
+  size_t i = slot.hash & mask;
+  while (slots_[i].entry >= 0) i = (i + 1) & mask;
+  slots_[i] = slot;
 }
 
 int32_t TmvRuleMemo::Add(int32_t rule, const TmvWayPointsList& list) {
@@ -58,10 +61,7 @@ int32_t TmvRuleMemo::Add(int32_t rule, const TmvWayPointsList& list) {
   const int32_t index = static_cast<int32_t>(entries_.size());
   entries_.push_back(Entry{rule, State::Entered, static_cast<int32_t>(positions_.size()), list.Count(), 0, 0, -1});
   for (const TmvWayPoint* p : list.Raw()) positions_.push_back(p->TokenIndex);
-  const size_t mask = slots_.size() - 1;
-  size_t i = Hash(rule, list) & mask;
-  while (slots_[i] >= 0) i = (i + 1) & mask;
-  slots_[i] = index;
+  Place(Slot{Hash(rule, list), index});
   return index;
 }
 

@@ -70,6 +70,12 @@ class TmvRuleMemo {
   void Clear();
 
  private:
+  // Open addressing; a slot keeps the hash of its key, so that a probe
+  // compares entries only when the hashes agree.
+  struct Slot {
+    uint64_t hash;
+    int32_t entry;  // -1 when free
+  };
   struct Entry {
     int32_t rule;
     State state;
@@ -81,11 +87,12 @@ class TmvRuleMemo {
   static uint64_t Hash(int32_t rule, const TmvWayPointsList& list);
   bool Matches(const Entry& e, int32_t rule, const TmvWayPointsList& list) const;
   void Grow();
+  void Place(const Slot& slot);
 
   std::vector<Entry> entries_;
   std::vector<int32_t> positions_;
   std::vector<Result> results_;
-  std::vector<int32_t> slots_;  // open addressing: entry index, -1 when free
+  std::vector<Slot> slots_;
 };
 
 }  // namespace mv

@@ -534,16 +534,18 @@ class Writer {
   // Each alternative starts from an empty `list` and leaves it empty: the
   // ways it completes move on to `result`.
   void WriteAlt(const Node& n) {
-    // One way whose next token can start only one alternative takes it
-    // alone: the way goes on in `list` and nothing is copied. A guard that
-    // tests the parser's fields lets its alternative start anywhere.
+    // The alternatives each token kind may start: a guard that tests the
+    // parser's fields lets its alternative start anywhere.
     std::vector<std::set<int>> starts;
     for (const auto& alt : n.items)
       starts.push_back(StateCondition(GuardsOf(*alt)).empty() ? Starts(*alt, n) : AllKinds());
-    if (starts.size() <= 64) {
+    const bool picks = starts.size() <= 64;
+    if (picks) {
+      PickTable("kPick", starts);
+      // One way whose next token can start only one alternative takes it
+      // alone: the way goes on in `list` and nothing is copied.
       s_.Line("if (SharedWork() && list.Count() == 1) {");
       s_.Indent();
-      PickTable("kPick", starts);
       s_.Line("switch (NextPick(list, kPick)) {");
       s_.Indent();
       s_.Line("case 0:");
@@ -581,19 +583,19 @@ class Writer {
     s_.Line("TmvScopedWayList input(*this);");
     s_.Line("TmvScopedWayList result(*this);");
     s_.Line("input->MoveFrom(list);");
+    // Otherwise every alternative some way can start runs on a copy of the
+    // input (every alternative, in the reference mode).
+    s_.Line(std::string("const uint64_t pick = ") + (picks ? "SharedWork() ? NextPickAll(*input, kPick) : " : "") +
+            "~uint64_t(0);");
     for (size_t k = 0; k < n.items.size(); ++k) {
       const Node& alt = *n.items[k];
       std::string prefix = "k" + std::to_string(k);
       s_.Line("// " + std::to_string(k) + ": " + Summary(alt, g_.tokens));
       std::string state = StateCondition(GuardsOf(alt));
-      if (!state.empty()) {
-        s_.Line("if (" + state + ") {");
-        s_.Indent();
-      } else {
-        s_.Line("{");
-        s_.Indent();
-      }
-      WriteBranchScope(n, k, prefix);
+      const std::string bit = k < 64 ? "(pick >> " + std::to_string(k) + ") & 1" : "true";
+      s_.Line("if ((" + bit + ")" + (state.empty() ? "" : " && " + state) + ") {");
+      s_.Indent();
+      WriteBranchScope(n, k);
       if (!alt.nullable && !HasTokenGuards(GuardsOf(alt))) {
         // Only the ways whose next token can start the alternative are
         // copied, each with the decision already taken.
@@ -630,20 +632,15 @@ class Writer {
   }
 
   // While alternative k runs, the rules it enters are recorded if a later
-  // alternative may still read some of the input: by the union of their
-  // first tokens, or always when one of them has guards or may read nothing.
-  void WriteBranchScope(const Node& n, size_t k, const std::string& prefix) {
-    if (k + 1 >= n.items.size()) return;
-    std::set<int> later;
-    for (size_t j = k + 1; j < n.items.size(); ++j) {
-      const Node& alt = *n.items[j];
-      if (alt.nullable || HasTokenGuards(GuardsOf(alt)) || !StateCondition(GuardsOf(alt)).empty()) {
-        s_.Line("TmvBranchScope branch(*this);");
-        return;
-      }
-      later.insert(alt.first.begin(), alt.first.end());
-    }
-    s_.Line("TmvBranchScope branch(*this, *input, " + KindsConstant(prefix + "Later", later) + ");");
+  // alternative will still run, and looked up if an earlier one ran: the
+  // later alternatives may enter them again.
+  void WriteBranchScope(const Node& n, size_t k) {
+    if (n.items.size() < 2) return;
+    const std::string later =
+        k + 1 >= n.items.size() ? "false" : k + 1 >= 64 ? "true" : "(pick >> " + std::to_string(k + 1) + ") != 0";
+    const std::string earlier =
+        k == 0 ? "false" : k >= 64 ? "true" : "(pick & ((uint64_t(1) << " + std::to_string(k) + ") - 1)) != 0";
+    s_.Line("TmvBranchScope branch(*this, " + later + ", " + earlier + ");");
   }
 
   // The second pass reads one decision wherever the first recorded one.
