@@ -1,6 +1,8 @@
 #include "ParserWriter.h"
 
 #include <functional>
+#include <map>
+#include <set>
 #include <sstream>
 
 #include "Output.h"
@@ -105,6 +107,7 @@ class Writer {
 
   GeneratedFiles Run() {
     for (const Rule& r : g_.rules) CollectHelpers(*r.body);
+    FindRecursiveRules();
     WriteSource();
     WriteHeader();
     return {h_.Text(), s_.Text()};
@@ -114,6 +117,30 @@ class Writer {
   void CollectHelpers(const Node& n) {
     if (n.type == Node::Type::Opt || n.type == Node::Type::Iter || n.type == Node::Type::Alt) helpers_.push_back(&n);
     for (auto& item : n.items) CollectHelpers(*item);
+  }
+
+  // The rules that may call themselves, through others or directly.
+  void FindRecursiveRules() {
+    std::map<std::string, std::set<std::string>> calls;
+    std::function<void(const std::string&, const Node&)> collect = [&](const std::string& rule, const Node& n) {
+      if (n.type == Node::Type::Call) calls[rule].insert(n.rule);
+      for (auto& item : n.items) collect(rule, *item);
+    };
+    for (const Rule& r : g_.rules) collect(r.name, *r.body);
+    for (const Rule& r : g_.rules) {
+      std::set<std::string> seen;
+      std::vector<std::string> todo(calls[r.name].begin(), calls[r.name].end());
+      while (!todo.empty()) {
+        const std::string next = todo.back();
+        todo.pop_back();
+        if (next == r.name) {
+          recursive_.insert(r.name);
+          break;
+        }
+        if (!seen.insert(next).second) continue;
+        todo.insert(todo.end(), calls[next].begin(), calls[next].end());
+      }
+    }
   }
 
   const std::string& Cls() const { return g_.parserClass; }
@@ -254,7 +281,13 @@ class Writer {
     s_.Indent();
     s_.Line("TmvRuleScope scope(*this, list);");
     s_.Line("if (!scope) return;");
-    s_.Line("ShareRule(*this, &" + Cls() + "::" + r.name + "WayBody, " + std::to_string(number) + ", list);");
+    // Only a rule that may call itself can make the work of a reading grow
+    // with the text; the others read a bounded piece and are not shared.
+    if (recursive_.count(r.name)) {
+      s_.Line("ShareRule(*this, &" + Cls() + "::" + r.name + "WayBody, " + std::to_string(number) + ", list);");
+    } else {
+      s_.Line(r.name + "WayBody(list);");
+    }
     s_.Dedent();
     s_.Line("}");
     s_.Line();
@@ -700,6 +733,7 @@ class Writer {
   std::string sourceName_;
   std::string headerName_;
   std::vector<const Node*> helpers_;
+  std::set<std::string> recursive_;
   CodeWriter h_;
   CodeWriter s_;
 };
