@@ -539,6 +539,40 @@ class Writer {
 
   void WriteIter(const Node& n) {
     const Node& body = *n.items[0];
+    // Rounds in which one way can only go on, or only leave, need no copy:
+    // the way goes on in `list`. A way that may do both is explored below.
+    s_.Line("if (SharedWork()) {");
+    s_.Indent();
+    PickTable("kPick", {n.follow, StateCondition(GuardsOf(body)).empty() ? body.first : AllKinds()});
+    s_.Line("while (list.Count() == 1) {");
+    s_.Indent();
+    s_.Line("const auto pick = NextPick(list, kPick);");
+    s_.Line("if (pick == 1) {");
+    s_.Line("  AddWayNode(list, 0);");
+    s_.Line("  return;");
+    s_.Line("}");
+    s_.Line("if (pick == 0) {");
+    s_.Line("  list.Clear();");
+    s_.Line("  return;");
+    s_.Line("}");
+    s_.Line("if (pick != 2) break;");
+    {
+      std::string state = StateCondition(GuardsOf(body));
+      std::string tests = TokenTests("list", body.first, GuardsOf(body), "k");
+      std::string cond = state;
+      if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
+      s_.Line("if (!(" + cond + ")) {");
+      s_.Line("  list.Clear();");
+      s_.Line("  return;");
+      s_.Line("}");
+    }
+    s_.Line("AddWayNode(list, 1);");
+    FirstPass(body);
+    s_.Dedent();
+    s_.Line("}");
+    s_.Line("if (list.IsEmpty()) return;");
+    s_.Dedent();
+    s_.Line("}");
     // What may follow the repetition; ways leave it only where that stands.
     s_.Line("static constexpr auto kFollow = KindBits<KindWords>({" + KindList(n.follow) + "});");
     s_.Line("TmvScopedWayList done(*this);");
