@@ -481,7 +481,7 @@ class Writer {
     s_.Line("}");
     s_.Line("case 2: {");
     s_.Indent();
-    WriteTake(body);
+    WriteTake(body, true);
     s_.Line("DropRepeats(list);");
     s_.Line("return;");
     s_.Dedent();
@@ -499,10 +499,12 @@ class Writer {
     s_.Line("DropRepeats(list);");
   }
 
-  // The ways of `list` take the option's body, where its guards allow.
-  void WriteTake(const Node& body) {
+  // The ways of `list` take the option's body, where its guards allow
+  // (and its first kinds, unless a pick has tested them).
+  void WriteTake(const Node& body, bool firstTested = false) {
     std::string state = StateCondition(GuardsOf(body));
-    std::string tests = TokenTests("list", body.nullable ? std::set<int>{} : body.first, GuardsOf(body), "k");
+    std::string tests =
+        TokenTests("list", body.nullable || firstTested ? std::set<int>{} : body.first, GuardsOf(body), "k");
     std::string cond = state;
     if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
     if (cond.empty()) {
@@ -558,13 +560,16 @@ class Writer {
     s_.Line("if (pick != 2) break;");
     {
       std::string state = StateCondition(GuardsOf(body));
-      std::string tests = TokenTests("list", body.first, GuardsOf(body), "k");
+      // The pick has tested the first kinds already.
+      std::string tests = TokenTests("list", {}, GuardsOf(body), "k");
       std::string cond = state;
       if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
-      s_.Line("if (!(" + cond + ")) {");
-      s_.Line("  list.Clear();");
-      s_.Line("  return;");
-      s_.Line("}");
+      if (!cond.empty()) {
+        s_.Line("if (!(" + cond + ")) {");
+        s_.Line("  list.Clear();");
+        s_.Line("  return;");
+        s_.Line("}");
+      }
     }
     s_.Line("AddWayNode(list, 1);");
     FirstPass(body);
@@ -623,8 +628,8 @@ class Writer {
         s_.Line("case " + std::to_string(uint64_t(1) << k) + "u: {");
         s_.Indent();
         std::string state = StateCondition(GuardsOf(alt));
-        std::string tests =
-            TokenTests("list", alt.nullable ? std::set<int>{} : alt.first, GuardsOf(alt), "k" + std::to_string(k));
+        // The pick has tested the first kinds already.
+        std::string tests = TokenTests("list", {}, GuardsOf(alt), "k" + std::to_string(k));
         std::string cond = state;
         if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
         if (!cond.empty()) {
