@@ -2,6 +2,8 @@
 // numbering of kinds and the token forms, partial tokens and comments.
 #include <gtest/gtest.h>
 
+#include <cctype>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,6 +43,31 @@ TEST(SQL92Kinds, KeywordsRunFrom11To237InOrderWithEndExecBetween) {
   EXPECT_STREQ(SQL92Scanner::KindName(189), "select");
   EXPECT_STREQ(SQL92Scanner::KindName(88), "endExec");
   EXPECT_STREQ(SQL92Scanner::KindName(271), "noSym");
+}
+
+TEST(SQL92Kinds, EveryKeywordIsFoundInAnyCaseAndNoNameNearOne) {
+  std::set<std::string> words;
+  for (const mv::TmvKeywordEntry& entry : SQL92Scanner::Keywords()) words.insert(entry.Text);
+  for (const mv::TmvKeywordEntry& entry : SQL92Scanner::Keywords()) {
+    const std::string word = entry.Text;
+    if (!std::isalpha(static_cast<unsigned char>(word[0]))) continue;
+    std::string upper = word, mixed = word;
+    for (size_t i = 0; i < word.size(); ++i) {
+      upper[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(word[i])));
+      if (i % 2) mixed[i] = upper[i];
+    }
+    for (const std::string& spelling : {word, upper, mixed}) {
+      const WideString text = mv::UTF8Decode(spelling);
+      EXPECT_EQ(Visible(text), (std::vector<Tok>{{entry.Kind, text}})) << spelling;
+    }
+    // One letter more or less makes a name, unless that is a keyword too.
+    for (const std::string& near : {word + "x", word.substr(0, word.size() - 1)}) {
+      if (near.empty() || words.count(near)) continue;
+      const std::vector<Tok> tokens = Visible(mv::UTF8Decode(near));
+      ASSERT_EQ(tokens.size(), 1u) << near;
+      EXPECT_EQ(tokens[0].kind, 5) << near;  // identifierToken
+    }
+  }
 }
 
 TEST(SQL92Kinds, EverySymbolHasItsKind) {

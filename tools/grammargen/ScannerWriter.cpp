@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "KeywordHash.h"
 #include "Output.h"
 
 namespace grammargen {
@@ -140,6 +141,7 @@ GeneratedFiles WriteScanner(const TokenDescription& d, const std::string& source
   s.Line("#include \"" + headerName + "\"");
   s.Line();
   s.Line("#include <algorithm>");
+  s.Line("#include <cstring>");
   s.Line("#include <iterator>");
   s.Line("#include <string_view>");
   s.Line();
@@ -182,24 +184,40 @@ GeneratedFiles WriteScanner(const TokenDescription& d, const std::string& source
   }
   if (keywords.empty()) s.Line("    {\"\", -1},");
   s.Line("};");
-  std::vector<size_t> order(keywords.size());
-  for (size_t i = 0; i < order.size(); ++i) order[i] = i;
-  std::sort(order.begin(), order.end(),
-            [&](size_t a, size_t b) { return ToUtf8(keywords[a]->text) < ToUtf8(keywords[b]->text); });
   size_t longest = 1;
   for (const TokenEntry* e : keywords) longest = std::max(longest, e->text.size());
-  s.Line("// kKeywords in the order of their texts, for a binary search.");
-  s.Line("constexpr uint16_t kKeywordOrder[] = {");
-  std::string row = "   ";
-  for (size_t i = 0; i < order.size(); ++i) {
-    row += " " + std::to_string(order[i]) + ",";
-    if (row.size() > 90 || i + 1 == order.size()) {
-      s.Line(row);
-      row = "   ";
-    }
+  std::vector<std::string> words;
+  for (const TokenEntry* e : keywords) words.push_back(ToUtf8(e->text));
+  if (longest > 255) Fail({d.file, 1}, "a keyword is longer than 255 letters");
+  KeywordHash hash;
+  try {
+    hash = FindKeywordHash(words);
+  } catch (const std::exception& e) {
+    Fail({d.file, 1}, e.what());
   }
-  if (order.empty()) s.Line("    0,");
-  s.Line("};");
+  s.Line("// The perfect hash of the keywords: a word's hash picks a bucket, the");
+  s.Line("// bucket's displacement turns the hash into the slot of its keyword.");
+  s.Line("constexpr uint32_t kKeywordBuckets = " + std::to_string(hash.buckets) + ";");
+  s.Line("constexpr uint32_t kKeywordSlotShift = " + std::to_string(32 - hash.slotBits) + ";");
+  const auto numbers = [&](const char* declaration, const auto& values) {
+    s.Line(declaration);
+    std::string row = "   ";
+    for (size_t i = 0; i < values.size(); ++i) {
+      row += " " + std::to_string(values[i]) + ",";
+      if (row.size() > 90 || i + 1 == values.size()) {
+        s.Line(row);
+        row = "   ";
+      }
+    }
+    s.Line("};");
+  };
+  numbers("constexpr uint16_t kKeywordDisplacements[] = {", hash.displacements);
+  std::vector<size_t> lengths;
+  for (const std::string& w : words) lengths.push_back(w.size());
+  if (lengths.empty()) lengths.push_back(0);
+  numbers("// The length of each keyword of kKeywords.\nconstexpr uint8_t kKeywordLengths[] = {", lengths);
+  numbers("// The keyword of each slot (an index into kKeywords), -1 where none.\nconstexpr int16_t kKeywordSlots[] = {",
+          hash.slots);
   s.Line("constexpr size_t kLongestKeyword = " + std::to_string(longest) + ";");
   s.Line();
   s.Line("constexpr const char* kKindNames[] = {");
@@ -306,21 +324,32 @@ GeneratedFiles WriteScanner(const TokenDescription& d, const std::string& source
   if (keywords.empty()) {
     s.Line("  (void)token;");
   } else {
-    s.Line("  // The text in small letters, narrowed to 8 bits; a unit that does not fit");
-    s.Line("  // belongs to no keyword.");
+    s.Line("  // The text in small letters and its hash; a unit outside ASCII after");
+    s.Line("  // lowering belongs to no keyword (they are plain ASCII).");
     s.Line("  const size_t n = token.Text.size();");
     s.Line("  if (n == 0 || n > kLongestKeyword) return;");
     s.Line("  char word[kLongestKeyword];");
+    s.Line("  uint32_t hash = 2166136261u;");
     s.Line("  for (size_t i = 0; i < n; ++i) {");
-    s.Line("    const char16_t c = WideLoCase(token.Text[i]);");
-    s.Line("    if (c > 0xFF) return;");
+    s.Line("    char16_t c = token.Text[i];");
+    s.Line("    if (c >= u'A' && c <= u'Z') {");
+    s.Line("      c = static_cast<char16_t>(c + (u'a' - u'A'));");
+    s.Line("    } else if (c > 0x7F) {");
+    s.Line("      c = WideLoCase(c);");
+    s.Line("      if (c > 0x7F) return;");
+    s.Line("    }");
     s.Line("    word[i] = static_cast<char>(c);");
+    s.Line("    hash = (hash ^ static_cast<uint8_t>(c)) * 16777619u;");
     s.Line("  }");
-    s.Line("  const std::string_view text(word, n);");
-    s.Line("  const uint16_t* end = std::end(kKeywordOrder);");
-    s.Line("  const uint16_t* it = std::lower_bound(std::begin(kKeywordOrder), end, text,");
-    s.Line("      [](uint16_t i, std::string_view t) { return std::string_view(kKeywords[i].Text) < t; });");
-    s.Line("  if (it != end && text == kKeywords[*it].Text) token.Kind = kKeywords[*it].Kind;");
+    s.Line("  const uint32_t d = kKeywordDisplacements[hash % kKeywordBuckets];");
+    if (hash.slotBits == 0) {
+      s.Line("  (void)d;");
+      s.Line("  const int16_t k = kKeywordSlots[0];");
+    } else {
+      s.Line("  const int16_t k = kKeywordSlots[((hash ^ (d * 0x9E3779B1u)) * 0x85EBCA6Bu) >> kKeywordSlotShift];");
+    }
+    s.Line("  if (k < 0 || kKeywordLengths[k] != n) return;");
+    s.Line("  if (std::memcmp(kKeywords[k].Text, word, n) == 0) token.Kind = kKeywords[k].Kind;");
   }
   s.Line("}");
   s.Line();
