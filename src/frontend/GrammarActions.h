@@ -27,6 +27,12 @@ TmvOwned<T> Own(T* node) {
   return TmvOwned<T>(node);
 }
 
+// Takes over the node a holder kept, as `U` when given; the holder ends empty.
+template <class U = void, class T>
+TmvOwned<std::conditional_t<std::is_void_v<U>, T, U>> Own(TmvHeld<T>& held) {
+  return TmvOwned<std::conditional_t<std::is_void_v<U>, T, U>>(held.Release());
+}
+
 // The out-parameter of a rule whose node goes to a child field.
 template <class N, class F>
 class TastIntoField {

@@ -94,6 +94,38 @@ struct TmvDeleter {
 template <class T>
 using TmvOwned = std::unique_ptr<T, TmvDeleter>;
 
+// An owner that a function fills through a `T*&` out-parameter: the
+// generated parsers' rules hand back what they make that way, and whatever
+// they made is freed if the parse fails before it is passed on.
+template <class T>
+class TmvHeld {
+ public:
+  TmvHeld() = default;
+  ~TmvHeld() { TmvOwned<T> drop(pointer_); }
+  TmvHeld(const TmvHeld&) = delete;
+  TmvHeld& operator=(const TmvHeld&) = delete;
+  // Takes `object`, freeing what was held before.
+  TmvHeld& operator=(T* object) {
+    if (object != pointer_) TmvOwned<T> drop(pointer_);
+    pointer_ = object;
+    return *this;
+  }
+  // The out-parameter of a rule: what it writes is held.
+  operator T*&() { return pointer_; }
+  T* operator->() const { return pointer_; }
+  T* get() const { return pointer_; }
+  // Passes the object on; the holder ends empty.
+  T* Release() {
+    T* object = pointer_;
+    pointer_ = nullptr;
+    return object;
+  }
+  TmvOwned<T> Take() { return TmvOwned<T>(Release()); }
+
+ private:
+  T* pointer_ = nullptr;
+};
+
 // Creates an object in both construction phases.
 template <class T, class... Args>
 TmvOwned<T> TmvCreate(Args&&... args) {

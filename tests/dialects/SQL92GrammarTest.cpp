@@ -332,3 +332,35 @@ TEST_F(SQL92GrammarTest, DoubledBracketsAroundSubQueriesFiftyDeep) {
     EXPECT_EQ(Print(print), print) << shape.where;
   }
 }
+
+TEST_F(SQL92GrammarTest, ASecondPassThatFailsAnywhereLeavesNoNodeBehind) {
+  // The second pass is made to fail at each decision of the way in turn (a
+  // decision no grammar has); whatever the actions had made by then is freed.
+  const WideString statements[] = {
+      u"SELECT DISTINCT a.b AS x, COUNT(*), SUM(c + 1) * 2, CASE WHEN d IS NULL THEN 'n' ELSE e END "
+      u"FROM t1 a LEFT OUTER JOIN t2 b ON a.k = b.k JOIN (SELECT k FROM t3) c ON c.k = a.k "
+      u"WHERE a.x BETWEEN 1 AND 2 AND NOT b.y LIKE 'z%' OR a.z IN (SELECT k FROM t4 UNION ALL SELECT 5) "
+      u"GROUP BY a.b HAVING COUNT(*) > 1 ORDER BY 1 DESC",
+      u"SELECT EXTRACT(YEAR FROM d), CAST(x AS DECIMAL(10, 2)), SUBSTRING(s FROM 1 FOR 2), {fn NOW()}, "
+      u"{d '2001-01-01'}, :p, ? FROM t WHERE EXISTS (SELECT 1 FROM u) AND x = ANY (SELECT y FROM v)",
+  };
+  for (const WideString& text : statements) {
+    // A whole parse first, so that the names the context keeps for its
+    // look-ups (aggregates) are made before the counting starts.
+    ASSERT_TRUE(Parses(text));
+    int32_t decisions = 0;
+    for (int32_t at = 1; at == 1 || at < decisions; ++at) {
+      const int before = context.AstNodeCount();
+      {
+        TmvOwned<TmvBaseScanner> scanner = context.SyntaxProvider()->CreateScanner();
+        scanner->Init(text);
+        TmvOwned<TmvBaseParser> parser = context.SyntaxProvider()->CreateParser(scanner.get(), &context);
+        ASSERT_TRUE(parser->FindWay(TmvParserEntry::peSelect)) << UTF8Encode(text);
+        decisions = parser->Way->Count();
+        parser->Way->Items(at)->Choice = 1000;
+        EXPECT_THROW(parser->ParseSelect(), EmvQueryBuilderError) << "decision " << at;
+      }
+      ASSERT_EQ(context.AstNodeCount(), before) << "decision " << at << " of " << UTF8Encode(text);
+    }
+  }
+}

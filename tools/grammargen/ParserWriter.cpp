@@ -223,6 +223,8 @@ class Writer {
     s_.Line("#include \"" + headerName_ + "\"");
     s_.Line();
     s_.Line("#include \"" + ScannerHeaderName(g_.tokens) + "\"");
+    // The node classes of the entries' results, which free what a failed parse made.
+    s_.Line("#include \"frontend/GrammarActions.h\"");
     for (const std::string& code : g_.sourceCode) {
       s_.Line();
       s_.Verbatim(code);
@@ -267,9 +269,10 @@ class Writer {
       s_.Line("void " + Cls() + "::" + name + "WayCalc(TmvWayPointsList& list) { " + entry->rule + "WayCalc(list); }");
       s_.Line();
       s_.Line(std::string(k.resultType) + "* " + Cls() + "::" + name + "() {");
-      s_.Line("  " + entry->resultType + "* result = nullptr;");
+      s_.Line("  // Held until the rule is done, so that a failure frees what it made.");
+      s_.Line("  TmvHeld<" + entry->resultType + "> result;");
       s_.Line("  " + entry->rule + "(result);");
-      s_.Line("  return result;");
+      s_.Line("  return result.Release();");
       s_.Line("}");
     }
   }
