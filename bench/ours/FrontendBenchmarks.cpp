@@ -6,6 +6,8 @@
 //   parse/<folder>  ParseSelect of each statement that parses
 //   print/<folder>  the one-line print of trees parsed before the loop
 //   shape/<kind>/N  parse and print of one shape; the fit names its growth
+//   short/parse, short/parse+print  one short statement (SELECT a, b FROM t
+//                   WHERE c = 1), the fixed cost of a call
 //
 // The corpus comes from $MV_CORPUS_DIR (else ../shared/corpus next to the
 // sources); without it only the shapes run.
@@ -112,8 +114,21 @@ void Shape(benchmark::State& state, const std::string& kind) {
   state.SetComplexityN(int64_t(sql.size()));
 }
 
+const mv::WideString kShortStatement = u"SELECT a, b FROM t WHERE c = 1";
+
+void ShortParse(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(TheEngine().context.ParseSelect(kShortStatement));
+}
+
+void ShortParsePrint(benchmark::State& state) {
+  mv::TSQLBuilderFast builder;
+  for (auto _ : state) benchmark::DoNotOptimize(TheEngine().context.ParseSelect(kShortStatement)->SimpleSQL(builder));
+}
+
 // Registers everything before Google Benchmark's main runs.
 const bool kRegistered = [] {
+  benchmark::RegisterBenchmark("short/parse", ShortParse)->Unit(benchmark::kMicrosecond);
+  benchmark::RegisterBenchmark("short/parse+print", ShortParsePrint)->Unit(benchmark::kMicrosecond);
   static const std::vector<FolderSet> folders = LoadFolders();
   for (const FolderSet& set : folders) {
     benchmark::RegisterBenchmark(("scan/" + set.folder).c_str(), Scan, std::cref(set));
