@@ -62,6 +62,15 @@ const std::vector<const char*> kCorpusSelectFolders = {
     "tpch-sqlparser-rs",
 };
 
+std::vector<mv::TmvStatementEntry> CorpusSelects(const char* folder, std::string& why) {
+  try {
+    return mv::ReadStatementList(CorpusDir() + "/" + folder + "/selects.sql");
+  } catch (const std::exception& e) {
+    why = e.what();
+    return {};
+  }
+}
+
 std::string CorpusTestName(const char* folder) {
   std::string name = folder;
   for (char& c : name) {

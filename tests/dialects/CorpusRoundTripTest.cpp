@@ -42,14 +42,7 @@ class CorpusRoundTrip : public ::testing::TestWithParam<const char*> {
 }  // namespace
 
 TEST_P(CorpusRoundTrip, PrintParsesToTheSamePrint) {
-  MV_REQUIRE_CORPUS();
-  const std::string path = mvtest::CorpusDir() + "/" + GetParam() + "/selects.sql";
-  std::vector<TmvStatementEntry> entries;
-  try {
-    entries = ReadStatementList(path);
-  } catch (const std::exception& e) {
-    GTEST_SKIP() << "corpus folder without its statements: " << e.what();
-  }
+  MV_CORPUS_SELECTS(entries, GetParam());
   int parsed = 0;
   int differ = 0;
   for (const TmvStatementEntry& entry : entries) {

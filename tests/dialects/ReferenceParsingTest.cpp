@@ -72,14 +72,7 @@ class ReferenceParsingSlow : public ::testing::TestWithParam<const char*> {
 }  // namespace
 
 TEST_P(ReferenceParsingSlow, SharedWorkGivesWhatThePlainExplorationGives) {
-  MV_REQUIRE_CORPUS();
-  const std::string path = mvtest::CorpusDir() + "/" + GetParam() + "/selects.sql";
-  std::vector<TmvStatementEntry> entries;
-  try {
-    entries = ReadStatementList(path);
-  } catch (const std::exception& e) {
-    GTEST_SKIP() << "corpus folder without its statements: " << e.what();
-  }
+  MV_CORPUS_SELECTS(entries, GetParam());
   const std::vector<const TmvSyntaxProviderClass*> dialects = SyntaxProvidersList().Classes();
   ASSERT_FALSE(dialects.empty());
   for (const TmvSyntaxProviderClass* dialect : dialects) {

@@ -449,6 +449,52 @@ class Writer {
     s_.Line("    " + values + "};");
   }
 
+  // Two conditions joined with &&, either of which may be empty.
+  static std::string Conjoin(const std::string& a, const std::string& b) {
+    return a.empty() ? b : b.empty() ? a : a + " && " + b;
+  }
+
+  // Ends the helper with no way left unless `cond` holds (nothing when empty).
+  void WriteRequire(const std::string& cond) {
+    if (cond.empty()) return;
+    s_.Line("if (!(" + cond + ")) {");
+    s_.Line("  list.Clear();");
+    s_.Line("  return;");
+    s_.Line("}");
+  }
+
+  // switch (on) { case label: { body; leave } ... default: break; }
+  void WriteSwitch(const std::string& on, const std::vector<std::pair<std::string, std::function<void()>>>& cases,
+                   const std::string& leave) {
+    s_.Line("switch (" + on + ") {");
+    s_.Indent();
+    for (const auto& [label, write] : cases) {
+      s_.Line("case " + label + ": {");
+      s_.Indent();
+      write();
+      s_.Line(leave);
+      s_.Dedent();
+      s_.Line("}");
+    }
+    s_.Line("default:");
+    s_.Line("  break;");
+    s_.Dedent();
+    s_.Line("}");
+  }
+
+  // The path of a list of one way: the pick of its next token selects a
+  // case; no branch ends the way, several fall through to the exploring code
+  // after this. Each case writes its branch and returns.
+  void WritePickSwitch(const std::vector<std::pair<uint64_t, std::function<void()>>>& branches) {
+    std::vector<std::pair<std::string, std::function<void()>>> cases = {{"0", [&] { s_.Line("list.Clear();"); }}};
+    for (const auto& [bits, write] : branches) cases.push_back({std::to_string(bits) + "u", write});
+    s_.Line("if (SharedWork() && list.Count() == 1) {");
+    s_.Indent();
+    WriteSwitch("NextPick(list, kPick)", cases, "return;");
+    s_.Dedent();
+    s_.Line("}");
+  }
+
   // The kinds that may start a branch that reads `body` and then what
   // follows `n`: the body's first kinds, and the follow when it may read nothing.
   static std::set<int> Starts(const Node& body, const Node& n) {
@@ -468,33 +514,13 @@ class Writer {
     const Node& body = *n.items[0];
     // One way whose next token allows only one of taking and skipping takes
     // it alone; the way goes on in `list` and nothing is copied.
-    s_.Line("if (SharedWork() && list.Count() == 1) {");
-    s_.Indent();
     PickTable("kPick", {n.follow, Starts(body, n)});
-    s_.Line("switch (NextPick(list, kPick)) {");
-    s_.Indent();
-    s_.Line("case 0:");
-    s_.Line("  list.Clear();");
-    s_.Line("  return;");
-    s_.Line("case 1: {");
-    s_.Indent();
-    WriteSkipAlone(n);
-    s_.Line("return;");
-    s_.Dedent();
-    s_.Line("}");
-    s_.Line("case 2: {");
-    s_.Indent();
-    WriteTake(body, true);
-    s_.Line("DropRepeats(list);");
-    s_.Line("return;");
-    s_.Dedent();
-    s_.Line("}");
-    s_.Line("default:");
-    s_.Line("  break;");
-    s_.Dedent();
-    s_.Line("}");
-    s_.Dedent();
-    s_.Line("}");
+    WritePickSwitch({{1, [&] { WriteSkipAlone(n); }},
+                     {2,
+                      [&] {
+                        WriteTake(body, true);
+                        s_.Line("DropRepeats(list);");
+                      }}});
     s_.Line("TmvScopedWayList skip(*this);");
     WriteLeave(n, "skip", n.skipGuards);
     WriteTake(body);
@@ -508,8 +534,7 @@ class Writer {
     std::string state = StateCondition(GuardsOf(body));
     std::string tests =
         TokenTests("list", body.nullable || firstTested ? std::set<int>{} : body.first, GuardsOf(body), "k");
-    std::string cond = state;
-    if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
+    const std::string cond = Conjoin(state, tests);
     if (cond.empty()) {
       s_.Line("AddWayNode(list, 1);");
       FirstPass(body);
@@ -529,8 +554,7 @@ class Writer {
   void WriteSkipAlone(const Node& n) {
     std::string state = StateCondition(n.skipGuards);
     std::string tests = HasTokenGuards(n.skipGuards) ? TokenTests("list", n.follow, n.skipGuards, "kLeave", "Follow") : "";
-    std::string cond = state;
-    if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
+    const std::string cond = Conjoin(state, tests);
     if (cond.empty()) {
       s_.Line("AddWayNode(list, 0);");
     } else {
@@ -561,19 +585,8 @@ class Writer {
     s_.Line("  return;");
     s_.Line("}");
     s_.Line("if (pick != 2) break;");
-    {
-      std::string state = StateCondition(GuardsOf(body));
-      // The pick has tested the first kinds already.
-      std::string tests = TokenTests("list", {}, GuardsOf(body), "k");
-      std::string cond = state;
-      if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
-      if (!cond.empty()) {
-        s_.Line("if (!(" + cond + ")) {");
-        s_.Line("  list.Clear();");
-        s_.Line("  return;");
-        s_.Line("}");
-      }
-    }
+    // The pick has tested the first kinds already.
+    WriteRequire(Conjoin(StateCondition(GuardsOf(body)), TokenTests("list", {}, GuardsOf(body), "k")));
     s_.Line("AddWayNode(list, 1);");
     FirstPass(body);
     s_.Dedent();
@@ -589,8 +602,7 @@ class Writer {
     // The body can not match nothing (the generator refuses that), so each
     // round reads a token and the loop ends.
     std::string tests = TokenTests("list", body.first, GuardsOf(body), "k");
-    std::string cond = state;
-    if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
+    const std::string cond = Conjoin(state, tests);
     s_.Line("while (!list.IsEmpty()) {");
     s_.Indent();
     s_.Line("if (!(" + cond + ")) {");
@@ -619,41 +631,19 @@ class Writer {
       PickTable("kPick", starts);
       // One way whose next token can start only one alternative takes it
       // alone: the way goes on in `list` and nothing is copied.
-      s_.Line("if (SharedWork() && list.Count() == 1) {");
-      s_.Indent();
-      s_.Line("switch (NextPick(list, kPick)) {");
-      s_.Indent();
-      s_.Line("case 0:");
-      s_.Line("  list.Clear();");
-      s_.Line("  return;");
+      std::vector<std::pair<uint64_t, std::function<void()>>> cases;
       for (size_t k = 0; k < n.items.size(); ++k) {
-        const Node& alt = *n.items[k];
-        s_.Line("case " + std::to_string(uint64_t(1) << k) + "u: {");
-        s_.Indent();
-        std::string state = StateCondition(GuardsOf(alt));
-        // The pick has tested the first kinds already.
-        std::string tests = TokenTests("list", {}, GuardsOf(alt), "k" + std::to_string(k));
-        std::string cond = state;
-        if (!tests.empty()) cond += (cond.empty() ? "" : " && ") + tests;
-        if (!cond.empty()) {
-          s_.Line("if (!(" + cond + ")) {");
-          s_.Line("  list.Clear();");
-          s_.Line("  return;");
-          s_.Line("}");
-        }
-        s_.Line("AddWayNode(list, " + std::to_string(k) + ");");
-        FirstPass(alt);
-        s_.Line("DropRepeats(list);");
-        s_.Line("return;");
-        s_.Dedent();
-        s_.Line("}");
+        cases.push_back({uint64_t(1) << k, [&, k] {
+                           const Node& alt = *n.items[k];
+                           // The pick has tested the first kinds already.
+                           WriteRequire(Conjoin(StateCondition(GuardsOf(alt)),
+                                                TokenTests("list", {}, GuardsOf(alt), "k" + std::to_string(k))));
+                           s_.Line("AddWayNode(list, " + std::to_string(k) + ");");
+                           FirstPass(alt);
+                           s_.Line("DropRepeats(list);");
+                         }});
       }
-      s_.Line("default:");
-      s_.Line("  break;");
-      s_.Dedent();
-      s_.Line("}");
-      s_.Dedent();
-      s_.Line("}");
+      WritePickSwitch(cases);
     }
     s_.Line("TmvScopedWayList input(*this);");
     s_.Line("TmvScopedWayList result(*this);");
@@ -753,20 +743,10 @@ class Writer {
           s_.Line("}");
           break;
         }
-        s_.Line("switch (ReadChoice(" + std::to_string(n.items.size()) + ")) {");
-        s_.Indent();
-        for (size_t k = 0; k < n.items.size(); ++k) {
-          s_.Line("case " + std::to_string(k) + ": {");
-          s_.Indent();
-          SecondPass(*n.items[k]);
-          s_.Line("break;");
-          s_.Dedent();
-          s_.Line("}");
-        }
-        s_.Line("default:");
-        s_.Line("  break;");
-        s_.Dedent();
-        s_.Line("}");
+        std::vector<std::pair<std::string, std::function<void()>>> cases;
+        for (size_t k = 0; k < n.items.size(); ++k)
+          cases.push_back({std::to_string(k), [this, &n, k] { SecondPass(*n.items[k]); }});
+        WriteSwitch("ReadChoice(" + std::to_string(n.items.size()) + ")", cases, "break;");
         break;
     }
   }
