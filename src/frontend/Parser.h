@@ -380,6 +380,7 @@ class TmvBaseParser : public TmvObject {
     ~TmvBranchScope() {
       parser_.pendingBranches_ -= later_;
       parser_.laterBranches_ -= earlier_;
+      if ((later_ | earlier_) && parser_.pendingBranches_ == 0 && parser_.laterBranches_ == 0) parser_.Settled();
     }
     TmvBranchScope(const TmvBranchScope&) = delete;
     TmvBranchScope& operator=(const TmvBranchScope&) = delete;
@@ -445,6 +446,15 @@ class TmvBaseParser : public TmvObject {
                        const TmvWayPointsList& roots);
   void Replay(int32_t entry, TmvWayPointsList& list);
   void DropRepeatedPositions(TmvWayPointsList& list);
+  // No open choice has an alternative left to try or one that ran before:
+  // the entries were made for choices that are all closed, and a later one
+  // meets few of them again. A long memo forgets them (a rule met again is
+  // only run again), so that a long statement keeps the entries of the piece
+  // it is in, not of all it has read.
+  void Settled() {
+    if (memo_.EntryCount() >= kForgetEntries) memo_.ForgetEntries();
+  }
+  static constexpr size_t kForgetEntries = 4096;
 
   int32_t ruleDepth_ = 0;
   int64_t ruleCalls_ = 0;

@@ -77,6 +77,12 @@ void TmvRuleMemo::Store(int32_t entry, const TmvWayPointsList& ways, int32_t max
   }
 }
 
+void TmvRuleMemo::ForgetEntries() {
+  entries_.clear();
+  positions_.clear();
+  slots_.clear();
+}
+
 void TmvRuleMemo::Clear() {
   for (const Result& r : results_) ReleaseWayPoint(r.Tip);
   results_.clear();

@@ -68,6 +68,10 @@ class TmvRuleMemo {
 
   // Forgets every entry and releases the kept ways.
   void Clear();
+  // Forgets the entries, which no rule can be looked up in any more, but
+  // keeps the results that join points name.
+  void ForgetEntries();
+  size_t EntryCount() const { return entries_.size(); }
 
  private:
   // Open addressing; a slot keeps the hash of its key, so that a probe
