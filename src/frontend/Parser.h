@@ -319,11 +319,19 @@ class TmvBaseParser : public TmvObject {
     if (entry == kRunPlainly) {
       (self.*body)(list);
     } else if (entry != kReplayed) {
-      TmvScopedWayList roots(*this);
-      const int32_t saved = OpenSharedRule(entry, list, *roots);
-      (self.*body)(*roots);
-      CloseSharedRule(entry, saved, list, *roots);
+      RunFromLocalRoots(self, body, entry, list);
     }
+  }
+
+  // The rare step of ShareRule apart, so that the frames of the common one,
+  // which every rule call of a deep nesting stacks, stay small.
+  template <class P>
+  [[gnu::noinline]] void RunFromLocalRoots(P& self, void (P::*body)(TmvWayPointsList&), int32_t entry,
+                                           TmvWayPointsList& list) {
+    TmvScopedWayList roots(*this);
+    const int32_t saved = OpenSharedRule(entry, list, *roots);
+    (self.*body)(*roots);
+    CloseSharedRule(entry, saved, list, *roots);
   }
 
   // The first pass the driver runs, unless ReferenceMode: repeated ways are

@@ -191,7 +191,10 @@ class Writer {
     }
     h_.Line();
     h_.Line("// Options, repetitions and choices of the first pass.");
-    for (const Node* n : helpers_) h_.Line("void " + HelperName(*n) + "(TmvWayPointsList& list);");
+    for (const Node* n : helpers_) {
+      h_.Line("void " + HelperName(*n) + "(TmvWayPointsList& list);");
+      h_.Line("void " + HelperName(*n) + "Explore(TmvWayPointsList& list);");
+    }
     h_.Dedent();
     for (const std::string& code : g_.memberCode) {
       h_.Line();
@@ -390,12 +393,24 @@ class Writer {
     return false;
   }
 
+  // Each helper is two functions: the path of a single way that one token
+  // settles, and `...Explore` for the rest, whose lists and locals would
+  // otherwise enlarge every frame of a deep nesting.
   void WriteHelper(const Node& n) {
     s_.Line();
     s_.Line("// " + Summary(n, g_.tokens));
     s_.Line("void " + Cls() + "::" + HelperName(n) + "(TmvWayPointsList& list) {");
     s_.Indent();
     s_.Line("if (list.IsEmpty()) return;");
+    if (n.type == Node::Type::Opt) WriteOptPick(n);
+    if (n.type == Node::Type::Iter) WriteIterPick(n);
+    if (n.type == Node::Type::Alt) WriteAltPick(n);
+    s_.Line(HelperName(n) + "Explore(list);");
+    s_.Dedent();
+    s_.Line("}");
+    s_.Line();
+    s_.Line("void " + Cls() + "::" + HelperName(n) + "Explore(TmvWayPointsList& list) {");
+    s_.Indent();
     if (n.type == Node::Type::Opt) WriteOpt(n);
     if (n.type == Node::Type::Iter) WriteIter(n);
     if (n.type == Node::Type::Alt) WriteAlt(n);
@@ -510,10 +525,10 @@ class Writer {
     return out;
   }
 
-  void WriteOpt(const Node& n) {
+  // One way whose next token allows only one of taking and skipping takes
+  // it alone; the way goes on in `list` and nothing is copied.
+  void WriteOptPick(const Node& n) {
     const Node& body = *n.items[0];
-    // One way whose next token allows only one of taking and skipping takes
-    // it alone; the way goes on in `list` and nothing is copied.
     PickTable("kPick", {n.follow, Starts(body, n)});
     WritePickSwitch({{1, [&] { WriteSkipAlone(n); }},
                      {2,
@@ -521,6 +536,10 @@ class Writer {
                         WriteTake(body, true);
                         s_.Line("DropRepeats(list);");
                       }}});
+  }
+
+  void WriteOpt(const Node& n) {
+    const Node& body = *n.items[0];
     s_.Line("TmvScopedWayList skip(*this);");
     WriteLeave(n, "skip", n.skipGuards);
     WriteTake(body);
@@ -566,10 +585,10 @@ class Writer {
     }
   }
 
-  void WriteIter(const Node& n) {
+  // Rounds in which one way can only go on, or only leave, need no copy:
+  // the way goes on in `list`. A way that may do both is explored.
+  void WriteIterPick(const Node& n) {
     const Node& body = *n.items[0];
-    // Rounds in which one way can only go on, or only leave, need no copy:
-    // the way goes on in `list`. A way that may do both is explored below.
     s_.Line("if (SharedWork()) {");
     s_.Indent();
     PickTable("kPick", {n.follow, StateCondition(GuardsOf(body)).empty() ? body.first : AllKinds()});
@@ -594,6 +613,10 @@ class Writer {
     s_.Line("if (list.IsEmpty()) return;");
     s_.Dedent();
     s_.Line("}");
+  }
+
+  void WriteIter(const Node& n) {
+    const Node& body = *n.items[0];
     // What may follow the repetition; ways leave it only where that stands.
     s_.Line("static constexpr auto kFollow = KindBits<KindWords>({" + KindList(n.follow) + "});");
     s_.Line("TmvScopedWayList done(*this);");
@@ -620,31 +643,42 @@ class Writer {
 
   // Each alternative starts from an empty `list` and leaves it empty: the
   // ways it completes move on to `result`.
-  void WriteAlt(const Node& n) {
-    // The alternatives each token kind may start: a guard that tests the
-    // parser's fields lets its alternative start anywhere.
+  // The alternatives each token kind may start: a guard that tests the
+  // parser's fields lets its alternative start anywhere. Empty for a choice
+  // of more than 64 alternatives, which is always explored.
+  std::vector<std::set<int>> AltStarts(const Node& n) const {
     std::vector<std::set<int>> starts;
+    if (n.items.size() > 64) return starts;
     for (const auto& alt : n.items)
       starts.push_back(StateCondition(GuardsOf(*alt)).empty() ? Starts(*alt, n) : AllKinds());
-    const bool picks = starts.size() <= 64;
-    if (picks) {
-      PickTable("kPick", starts);
-      // One way whose next token can start only one alternative takes it
-      // alone: the way goes on in `list` and nothing is copied.
-      std::vector<std::pair<uint64_t, std::function<void()>>> cases;
-      for (size_t k = 0; k < n.items.size(); ++k) {
-        cases.push_back({uint64_t(1) << k, [&, k] {
-                           const Node& alt = *n.items[k];
-                           // The pick has tested the first kinds already.
-                           WriteRequire(Conjoin(StateCondition(GuardsOf(alt)),
-                                                TokenTests("list", {}, GuardsOf(alt), "k" + std::to_string(k))));
-                           s_.Line("AddWayNode(list, " + std::to_string(k) + ");");
-                           FirstPass(alt);
-                           s_.Line("DropRepeats(list);");
-                         }});
-      }
-      WritePickSwitch(cases);
+    return starts;
+  }
+
+  // One way whose next token can start only one alternative takes it alone:
+  // the way goes on in `list` and nothing is copied.
+  void WriteAltPick(const Node& n) {
+    const std::vector<std::set<int>> starts = AltStarts(n);
+    if (starts.empty()) return;
+    PickTable("kPick", starts);
+    std::vector<std::pair<uint64_t, std::function<void()>>> cases;
+    for (size_t k = 0; k < n.items.size(); ++k) {
+      cases.push_back({uint64_t(1) << k, [&, k] {
+                         const Node& alt = *n.items[k];
+                         // The pick has tested the first kinds already.
+                         WriteRequire(Conjoin(StateCondition(GuardsOf(alt)),
+                                              TokenTests("list", {}, GuardsOf(alt), "k" + std::to_string(k))));
+                         s_.Line("AddWayNode(list, " + std::to_string(k) + ");");
+                         FirstPass(alt);
+                         s_.Line("DropRepeats(list);");
+                       }});
     }
+    WritePickSwitch(cases);
+  }
+
+  void WriteAlt(const Node& n) {
+    const std::vector<std::set<int>> starts = AltStarts(n);
+    const bool picks = !starts.empty();
+    if (picks) PickTable("kPick", starts);
     s_.Line("TmvScopedWayList input(*this);");
     s_.Line("TmvScopedWayList result(*this);");
     s_.Line("input->MoveFrom(list);");
