@@ -348,27 +348,14 @@ class TmvBaseParser : public TmvObject {
   // options find with it the branches the way can start.
   template <class Mask, size_t N>
   Mask NextPick(const TmvWayPointsList& list, const std::array<Mask, N>& table) const {
-    Mask mask = 0;
-    const TmvBaseScanner& scanner = *Scanner;
-    for (int32_t i = list[0]->TokenIndex + 1;; ++i) {
-      const TmvTokenLook& t = scanner.GetLook(i);
-      if (static_cast<uint32_t>(t.Kind) < N) mask |= table[static_cast<uint32_t>(t.Kind)];
-      if (!t.Hidden) return mask;
-    }
+    return PickAfter(list[0]->TokenIndex, table);
   }
 
   // The same for a list of any length: the bits of all its ways, or-ed.
   template <class Mask, size_t N>
   uint64_t NextPickAll(const TmvWayPointsList& list, const std::array<Mask, N>& table) const {
     uint64_t mask = 0;
-    const TmvBaseScanner& scanner = *Scanner;
-    for (const TmvWayPoint* p : list.Raw()) {
-      for (int32_t i = p->TokenIndex + 1;; ++i) {
-        const TmvTokenLook& t = scanner.GetLook(i);
-        if (static_cast<uint32_t>(t.Kind) < N) mask |= table[static_cast<uint32_t>(t.Kind)];
-        if (!t.Hidden) break;
-      }
-    }
+    for (const TmvWayPoint* p : list.Raw()) mask |= PickAfter(p->TokenIndex, table);
     return mask;
   }
 
@@ -444,6 +431,19 @@ class TmvBaseParser : public TmvObject {
   // kind. A run of such tokens (brackets inside brackets) is walked once a
   // pass, however many guards look past it.
   int32_t SkipRun(int32_t last, TmvKindBits skip);
+
+  // The bits `table` gives the tokens after token `last` up to the first
+  // visible one, or-ed.
+  template <class Mask, size_t N>
+  Mask PickAfter(int32_t last, const std::array<Mask, N>& table) const {
+    Mask mask = 0;
+    const TmvBaseScanner& scanner = *Scanner;
+    for (int32_t i = last + 1;; ++i) {
+      const TmvTokenLook& t = scanner.GetLook(i);
+      if (static_cast<uint32_t>(t.Kind) < N) mask |= table[static_cast<uint32_t>(t.Kind)];
+      if (!t.Hidden) return mask;
+    }
+  }
 
   // The steps of ShareRule. BeginSharedRule answers kRunPlainly (run the
   // body on the list), kReplayed (the list holds the kept result), or the

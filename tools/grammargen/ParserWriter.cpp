@@ -399,6 +399,10 @@ class Writer {
   void WriteHelper(const Node& n) {
     s_.Line();
     s_.Line("// " + Summary(n, g_.tokens));
+    // The pick table, which both parts read.
+    const std::vector<std::set<int>> starts = HelperStarts(n);
+    pick_ = starts.empty() ? "" : "k" + HelperName(n) + "Pick";
+    if (!starts.empty()) PickTable(pick_, starts);
     s_.Line("void " + Cls() + "::" + HelperName(n) + "(TmvWayPointsList& list) {");
     s_.Indent();
     s_.Line("if (list.IsEmpty()) return;");
@@ -460,7 +464,7 @@ class Writer {
     }
     std::string values;
     for (size_t k = 0; k < bits.size(); ++k) values += (k ? (k % 16 ? ", " : ",\n    ") : "") + std::to_string(bits[k]);
-    s_.Line("static constexpr std::array<" + std::string(type) + ", " + std::to_string(bits.size()) + "> " + name + " = {");
+    s_.Line("constexpr std::array<" + std::string(type) + ", " + std::to_string(bits.size()) + "> " + name + " = {");
     s_.Line("    " + values + "};");
   }
 
@@ -505,7 +509,7 @@ class Writer {
     for (const auto& [bits, write] : branches) cases.push_back({std::to_string(bits) + "u", write});
     s_.Line("if (SharedWork() && list.Count() == 1) {");
     s_.Indent();
-    WriteSwitch("NextPick(list, kPick)", cases, "return;");
+    WriteSwitch("NextPick(list, " + pick_ + ")", cases, "return;");
     s_.Dedent();
     s_.Line("}");
   }
@@ -529,7 +533,6 @@ class Writer {
   // it alone; the way goes on in `list` and nothing is copied.
   void WriteOptPick(const Node& n) {
     const Node& body = *n.items[0];
-    PickTable("kPick", {n.follow, Starts(body, n)});
     WritePickSwitch({{1, [&] { WriteSkipAlone(n); }},
                      {2,
                       [&] {
@@ -591,10 +594,9 @@ class Writer {
     const Node& body = *n.items[0];
     s_.Line("if (SharedWork()) {");
     s_.Indent();
-    PickTable("kPick", {n.follow, StateCondition(GuardsOf(body)).empty() ? body.first : AllKinds()});
     s_.Line("while (list.Count() == 1) {");
     s_.Indent();
-    s_.Line("const auto pick = NextPick(list, kPick);");
+    s_.Line("const auto pick = NextPick(list, " + pick_ + ");");
     s_.Line("if (pick == 1) {");
     s_.Line("  AddWayNode(list, 0);");
     s_.Line("  return;");
@@ -643,6 +645,15 @@ class Writer {
 
   // Each alternative starts from an empty `list` and leaves it empty: the
   // ways it completes move on to `result`.
+  // The branches of a helper: an option's skipping and taking, a
+  // repetition's leaving and going on, a choice's alternatives.
+  std::vector<std::set<int>> HelperStarts(const Node& n) const {
+    const Node& body = *n.items[0];
+    if (n.type == Node::Type::Opt) return {n.follow, Starts(body, n)};
+    if (n.type == Node::Type::Iter) return {n.follow, StateCondition(GuardsOf(body)).empty() ? body.first : AllKinds()};
+    return AltStarts(n);
+  }
+
   // The alternatives each token kind may start: a guard that tests the
   // parser's fields lets its alternative start anywhere. Empty for a choice
   // of more than 64 alternatives, which is always explored.
@@ -657,9 +668,7 @@ class Writer {
   // One way whose next token can start only one alternative takes it alone:
   // the way goes on in `list` and nothing is copied.
   void WriteAltPick(const Node& n) {
-    const std::vector<std::set<int>> starts = AltStarts(n);
-    if (starts.empty()) return;
-    PickTable("kPick", starts);
+    if (pick_.empty()) return;
     std::vector<std::pair<uint64_t, std::function<void()>>> cases;
     for (size_t k = 0; k < n.items.size(); ++k) {
       cases.push_back({uint64_t(1) << k, [&, k] {
@@ -676,15 +685,13 @@ class Writer {
   }
 
   void WriteAlt(const Node& n) {
-    const std::vector<std::set<int>> starts = AltStarts(n);
-    const bool picks = !starts.empty();
-    if (picks) PickTable("kPick", starts);
+    const bool picks = !pick_.empty();
     s_.Line("TmvScopedWayList input(*this);");
     s_.Line("TmvScopedWayList result(*this);");
     s_.Line("input->MoveFrom(list);");
     // Otherwise every alternative some way can start runs on a copy of the
     // input (every alternative, in the reference mode).
-    s_.Line(std::string("const uint64_t pick = ") + (picks ? "SharedWork() ? NextPickAll(*input, kPick) : " : "") +
+    s_.Line(std::string("const uint64_t pick = ") + (picks ? "SharedWork() ? NextPickAll(*input, " + pick_ + ") : " : "") +
             "~uint64_t(0);");
     for (size_t k = 0; k < n.items.size(); ++k) {
       const Node& alt = *n.items[k];
@@ -790,6 +797,7 @@ class Writer {
   std::string headerName_;
   std::vector<const Node*> helpers_;
   std::set<std::string> recursive_;
+  std::string pick_;  // the pick table of the helper being written; empty without one
   CodeWriter h_;
   CodeWriter s_;
 };
