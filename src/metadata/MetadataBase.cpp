@@ -1,5 +1,7 @@
 #include "metadata/MetadataBase.h"
 
+#include <pugixml.hpp>
+
 #include <algorithm>
 
 #include "frontend/SyntaxProvider.h"
@@ -42,6 +44,10 @@ TmvOwned<TmvMetadataBase> TmvMetadataBase::Clone(TmvMetadataBase* parent, TmvBas
   return copy;
 }
 
+pugi::xml_node TmvMetadataBase::GetXMLNode(pugi::xml_node parent, const char* nodeName) {
+  return parent.append_child(nodeName);
+}
+
 void TmvMetadataBase::SetMetadataParent(TmvMetadataBase* parent) {
   parent_ = parent;
   SetParent(parent);
@@ -52,6 +58,8 @@ void TmvMetadataBase::SetMetadataParent(TmvMetadataBase* parent) {
 TmvMetadataCollectionBase* TmvMetadataCollectionItemBase::Collection() const {
   return TmvCast<TmvMetadataCollectionBase>(Parent());
 }
+
+void TmvMetadataCollectionItemBase::LoadFromXMLNode(pugi::xml_node) {}
 
 // --- TmvMetadataCollectionBase ---
 
@@ -145,6 +153,25 @@ void TmvMetadataCollectionBase::Assign(const TmvPersistent* source) {
           ItemInserted(typed);
         }
       });
+}
+
+pugi::xml_node TmvMetadataCollectionBase::GetXMLNode(pugi::xml_node parent, const char* nodeName) {
+  pugi::xml_node element = parent.append_child(nodeName);
+  const char* itemName = GetXMLItemName();
+  for (const auto& item : items_) item->GetXMLNode(element, itemName);
+  return element;
+}
+
+void TmvMetadataCollectionBase::LoadFromXMLNode(pugi::xml_node element) {
+  TmvUpdateBatch batch(*this);
+  Clear();
+  const char* itemName = GetXMLItemName();
+  if (*itemName == 0) return;
+  size_t children = 0;
+  for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) ++children;
+  items_.reserve(children);
+  for (pugi::xml_node child = element.child(itemName); child; child = child.next_sibling(itemName))
+    AddItem()->LoadFromXMLNode(child);
 }
 
 }  // namespace mv

@@ -21,6 +21,10 @@
 #include "support/Class.h"
 #include "support/UpdatablePersistent.h"
 
+namespace pugi {
+class xml_node;
+}
+
 namespace mv {
 
 class TmvBaseSQLContext;
@@ -62,6 +66,10 @@ class TmvMetadataBase : public TmvUpdatablePersistent {
     return TmvOwned<T>(static_cast<T*>(Clone(parent, context).release()));
   }
 
+  // Appends the object's XML element `nodeName` to `parent` (see
+  // MetadataXml.h); an empty element at this level.
+  virtual pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName);
+
  protected:
   // The frame of every Assign override: a source of class T other than this
   // object is copied in one update batch, first by `inherited()` (the base
@@ -100,6 +108,8 @@ class TmvMetadataCollectionItemBase : public TmvMetadataBase {
   using TmvMetadataBase::TmvMetadataBase;
   // The collection that holds the item (its parent), or null.
   TmvMetadataCollectionBase* Collection() const;
+  // Reads the item from its XML element; nothing at this level.
+  virtual void LoadFromXMLNode(pugi::xml_node element);
 };
 
 // An owning list of items of one class. Every change ends in NotifyUpdated.
@@ -136,6 +146,13 @@ class TmvMetadataCollectionBase : public TmvMetadataBase {
   // item, in one batch.
   void Assign(const TmvPersistent* source) override;
   using TmvMetadataBase::Assign;
+
+  // The element of each item in the list's XML.
+  virtual const char* GetXMLItemName() const { return "item"; }
+  // An element `nodeName` with one GetXMLItemName() element per item.
+  pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName) override;
+  // Clears, then adds and reads an item for every child element named GetXMLItemName().
+  void LoadFromXMLNode(pugi::xml_node element);
 
  protected:
   // Told of each item that Add or Insert made.

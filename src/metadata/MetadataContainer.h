@@ -18,6 +18,7 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -245,6 +246,27 @@ class TmvMetadataContainer : public TmvMetadataBase {
   // Visible plays no part.
   bool IsMetadataObjectVisible(TmvMetadataObject* object);
 
+  // --- XML (MetadataXml.cpp; the format is told in MetadataXml.h) ---
+  // The root element `nodeName`: the default names, the custom aggregates
+  // and every object, whose fields are loaded first unless they are or the
+  // container works offline.
+  pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName) override;
+  // Adds the objects of a "metadata" element; the default names and custom
+  // aggregates that it holds replace the present ones. A document that
+  // cannot be read raises EmvMetadataXMLError and changes nothing.
+  void LoadFromXMLNode(pugi::xml_node element);
+  // The document as text, without a declaration.
+  WideString GetXML();
+  // The document with a declaration, UTF-8; "Cannot write the file" when it cannot be written.
+  void SaveToXMLFile(WideStringView fileName);
+  // Clear, then the Add form, in one step: what cannot be read leaves the container as it was.
+  void LoadFromXML(WideStringView text);
+  void LoadFromXMLFile(WideStringView fileName);
+  // Adds to the objects (the same object twice in the container is allowed;
+  // twice in one document is an error).
+  void AddFromXML(WideStringView text);
+  void AddFromXMLFile(WideStringView fileName);
+
   // --- Events ---
   TmvMetadataObjectVisibleEvent GetMetadataObjectVisible;
   TmvMetadataObjectNotification OnMetadataObjectAdded;
@@ -283,6 +305,11 @@ class TmvMetadataContainer : public TmvMetadataBase {
   TmvOwned<TSQLQualifiedName> ParseDatabaseText(WideStringView database) const;
   bool SupportsDatabases() const;
   void TakeObject(TmvMetadataObject* object);
+  // Reads the element into a scratch container and takes its objects over
+  // (after a Clear if `replace`).
+  void ReadXMLNode(pugi::xml_node element, bool replace);
+  // Parses the text (of the file `fileName`, empty for none) and reads its root.
+  void ReadXMLText(std::string_view text, WideStringView fileName, bool replace);
 
   std::recursive_mutex lock_;
   std::vector<TmvOwned<TmvMetadataObject>> items_;

@@ -1,9 +1,14 @@
 #include "metadata/MetadataField.h"
 
+#include <pugixml.hpp>
+
+#include <cstring>
+
 #include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataMessages.h"
 #include "metadata/MetadataNames.h"
+#include "metadata/MetadataXml.h"
 #include "metadata/dataset/Field.h"
 #include "metadata/dataset/FieldDef.h"
 #include "support/Exceptions.h"
@@ -145,6 +150,83 @@ WideString TmvMetadataField::GetFieldTypeNameAndSize() const {
   if (size_ != 0 && !fieldTypeName_.empty() && !provider->IsFixedSizeType(fieldTypeName_))
     return fieldTypeName_ + u"(" + IntToWide(size_) + u")";
   return fieldTypeName_;
+}
+
+// --- XML ---
+
+pugi::xml_node TmvMetadataField::GetXMLNode(pugi::xml_node parent, const char* nodeName) {
+  pugi::xml_node element = parent.append_child(nodeName);
+  name_->GetXMLNode(element, "name", "item");
+  if (IsVirtualCalculatedField()) CreateNodeWithValueParent(element, "expression", expression_);
+  if (!fieldTypeName_.empty()) CreateNodeWithValueParent(element, "type_name", fieldTypeName_);
+  CreateNodeWithValueParent(element, "type", int(fieldType_)).append_attribute("platform").set_value("native");
+  if (size_ != 0) CreateNodeWithValueParent(element, "size", size_);
+  if (precision_ != 0) CreateNodeWithValueParent(element, "precision", precision_);
+  if (scale_ != 0) CreateNodeWithValueParent(element, "scale", scale_);
+  if (primaryKey_) CreateNodeWithValueParent(element, "primary_key", true);
+  if (!nullable_) CreateNodeWithValueParent(element, "nullable", false);
+  if (readOnly_) CreateNodeWithValueParent(element, "readonly", true);
+  if (!AltName().empty()) CreateNodeWithValueParent(element, "alt_name", AltName());
+  if (AltNameCaseSensitive()) CreateNodeWithValueParent(element, "alt_name_case_sens", true);
+  if (!shortDescription_.empty()) CreateNodeWithValueParent(element, "descr", shortDescription_);
+  if (!longDescription_.empty()) CreateNodeWithValueParent(element, "long_descr", longDescription_);
+  return element;
+}
+
+void TmvMetadataField::LoadFromXMLNode(pugi::xml_node element) {
+  TmvUpdateBatch batch(*this);
+  name_->Clear();
+  altNameId_->Clear();
+  expression_.clear();
+  expressionAST_.reset();
+  fieldTypeName_.clear();
+  fieldType_ = ftUnknown;
+  size_ = precision_ = scale_ = 0;
+  primaryKey_ = false;
+  nullable_ = true;
+  readOnly_ = false;
+  shortDescription_.clear();
+  longDescription_.clear();
+  for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+    if (child.type() != pugi::node_element) continue;
+    const char* name = child.name();
+    auto is = [name](const char* tag) { return std::strcmp(name, tag) == 0; };
+    try {
+      if (is("name"))
+        name_->LoadFromXMLNode(child, "item");
+      else if (is("type"))
+        fieldType_ = ReadXMLFieldType(child);
+      else if (is("type_name"))
+        fieldTypeName_ = XMLNodeText(child);
+      else if (is("size"))
+        size_ = XMLNodeInt(child, 0);
+      else if (is("precision"))
+        precision_ = XMLNodeInt(child, 0);
+      else if (is("scale"))
+        scale_ = XMLNodeInt(child, 0);
+      else if (is("primary_key"))
+        primaryKey_ = XMLNodeBool(child);
+      else if (is("nullable"))
+        nullable_ = XMLNodeBool(child);
+      else if (is("readonly"))
+        readOnly_ = XMLNodeBool(child);
+      else if (is("alt_name"))
+        altNameId_->SetToken(XMLNodeText(child));
+      else if (is("alt_name_case_sens"))
+        altNameId_->Quoted = XMLNodeBool(child);
+      else if (is("descr"))
+        shortDescription_ = XMLNodeText(child);
+      else if (is("long_descr"))
+        longDescription_ = XMLNodeText(child);
+      else if (is("expression"))
+        SetExpression(XMLNodeText(child));
+    } catch (const EmvMetadataXMLError&) {
+      throw;
+    } catch (const Exception& e) {
+      throw EmvMetadataXMLError(e.Message(), child);
+    }
+  }
+  NotifyUpdated();
 }
 
 // --- TmvMetadataFieldsList ---

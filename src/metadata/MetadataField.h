@@ -78,6 +78,12 @@ class TmvMetadataField : public TmvWithDataType<TmvWithAltName<TmvMetadataCollec
   // without one; no blanks.
   WideString GetFieldTypeNameAndSize() const;
 
+  // --- XML (see MetadataXml.h) ---
+  pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName) override;
+  // Resets the field to its defaults, then reads the children in any order;
+  // a type that names no field type raises EmvMetadataXMLError.
+  void LoadFromXMLNode(pugi::xml_node element) override;
+
  private:
   TmvOwned<TSQLQualifiedName> name_;
   WideString expression_;
@@ -92,6 +98,7 @@ class TmvMetadataFieldsList : public TmvMetadataLoadedListOf<TmvMetadataField> {
   MV_DECLARE_METADATA_CLASS()
  public:
   TmvMetadataFieldsList(TmvMetadataBase* parent, TmvBaseSQLContext* context);
+  const char* GetXMLItemName() const override { return "field"; }
 
   TmvMetadataField* AddField(const TSQLQualifiedName* name, TFieldType fieldType = ftUnknown, int32_t size = 0,
                              bool nullable = true, bool readOnly = false, WideStringView shortDescription = {},

@@ -16,6 +16,17 @@ void RegisterMetadataMessages() {
          u"Automatic loading of metadata is not supported for database %s by this metadata provider"},
         {mvQBMetadataProviderCantExecSQL, u"Executing SQL queries is not supported by this metadata provider."},
         {mvQBErrorExecQuery, u"Error executing query:\r%0:s\rMessage:\r%1:s"},
+        {mvQBErrorBadXML, u"Error parsing XML: %s"},
+        {mvQBErrorBadXMLTagNotFound, u"Bad XML file: tag \"%s\" not found."},
+        {mvQBErrorXMLUnknownFieldType, u"Unknown field type \"%s\""},
+        {mvQBErrorXMLDuplicateObject, u"Duplicate %0:s \"%1:s\""},
+        {mvQBErrorXMLInFile, u"File \"%0:s\", %1:s: %2:s"},
+        {mvQBErrorXMLInText, u"XML text, %0:s: %1:s"},
+        {mvQBErrorXMLAtLineElement, u"line %0:d, element <%1:s>"},
+        {mvQBErrorXMLAtLineNearElement, u"line %0:d, near element <%1:s>"},
+        {mvQBErrorXMLAtElement, u"element <%s>"},
+        {mvQBErrorXMLAtLine, u"line %d"},
+        {mvQBErrorXMLCannotWrite, u"Cannot write the file \"%s\""},
     });
     return true;
   }();

@@ -19,6 +19,18 @@ inline constexpr const char16_t* mvQBMetaProviderCantLoadMetadataForDatabase =
     u"mvQBMetaProviderCantLoadMetadataForDatabase";
 inline constexpr const char16_t* mvQBMetadataProviderCantExecSQL = u"mvQBMetadataProviderCantExecSQL";
 inline constexpr const char16_t* mvQBErrorExecQuery = u"mvQBErrorExecQuery";
+// Metadata XML: the document refused, and where.
+inline constexpr const char16_t* mvQBErrorBadXML = u"mvQBErrorBadXML";
+inline constexpr const char16_t* mvQBErrorBadXMLTagNotFound = u"mvQBErrorBadXMLTagNotFound";
+inline constexpr const char16_t* mvQBErrorXMLUnknownFieldType = u"mvQBErrorXMLUnknownFieldType";
+inline constexpr const char16_t* mvQBErrorXMLDuplicateObject = u"mvQBErrorXMLDuplicateObject";
+inline constexpr const char16_t* mvQBErrorXMLInFile = u"mvQBErrorXMLInFile";
+inline constexpr const char16_t* mvQBErrorXMLInText = u"mvQBErrorXMLInText";
+inline constexpr const char16_t* mvQBErrorXMLAtLineElement = u"mvQBErrorXMLAtLineElement";
+inline constexpr const char16_t* mvQBErrorXMLAtLineNearElement = u"mvQBErrorXMLAtLineNearElement";
+inline constexpr const char16_t* mvQBErrorXMLAtElement = u"mvQBErrorXMLAtElement";
+inline constexpr const char16_t* mvQBErrorXMLAtLine = u"mvQBErrorXMLAtLine";
+inline constexpr const char16_t* mvQBErrorXMLCannotWrite = u"mvQBErrorXMLCannotWrite";
 
 // Texts without a key.
 inline constexpr const char16_t* kInvalidMaskText = u"Invalid Mask";

@@ -1,11 +1,16 @@
 #include "metadata/MetadataObject.h"
 
+#include <pugixml.hpp>
+
+#include <cstring>
+
 #include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataMessages.h"
 #include "metadata/MetadataNames.h"
 #include "metadata/MetadataProvider.h"
+#include "metadata/MetadataXml.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/Exceptions.h"
 #include "tree/FromClause.h"
@@ -337,6 +342,91 @@ WideString TmvMetadataObject::GetQueryToLoadFields(WideStringView filter) const 
   return provider ? provider->GetQueryToLoadFieldsForObject(filter, FullNameForServer()) : WideString();
 }
 
+// --- XML ---
+
+pugi::xml_node TmvMetadataObject::GetXMLNode(pugi::xml_node parent, const char* nodeName) {
+  // A saved file carries the fields of every object that can be fetched.
+  if (!GetFields()->Loaded() && !(container_ && container_->WorkOffline())) LoadFields();
+  pugi::xml_node element = parent.append_child(nodeName);
+  if (dbLink_->GetCount() > 0) dbLink_->GetXMLNode(element, "dblink", "item");
+  if (database_->GetCount() > 0) database_->GetXMLNode(element, "database", "item");
+  if (!schema_->IsEmpty()) schema_->GetXMLNode(element, "schema");
+  name_->GetXMLNode(element, "name");
+  if (!AltName().empty()) CreateNodeWithValueParent(element, "alt_name", AltName());
+  if (AltNameCaseSensitive()) CreateNodeWithValueParent(element, "alt_name_case_sens", true);
+  if (IsVirtualCalculatedObject()) CreateNodeWithValueParent(element, "expression", expression_);
+  if (system_) CreateNodeWithValueParent(element, "system", true);
+  if (!visible_) CreateNodeWithValueParent(element, "visible", false);
+  if (!shortDescription_.empty()) CreateNodeWithValueParent(element, "descr", shortDescription_);
+  if (!longDescription_.empty()) CreateNodeWithValueParent(element, "long_descr", longDescription_);
+  // Through the virtual getters: a synonym writes its target's lists.
+  if (TmvMetadataFieldsList* fields = GetFields(); fields->Loaded()) fields->GetXMLNode(element, "fields");
+  if (TmvMetadataRelationsList* relations = GetRelations(); relations->Count() > 0)
+    relations->GetXMLNode(element, "relations");
+  return element;
+}
+
+void TmvMetadataObject::LoadFromXMLNode(pugi::xml_node element) {
+  TmvUpdateBatch batch(*this);
+  SetAltName(u"");
+  SetAltNameCaseSensitive(false);
+  // The object's own lists: a synonym reads its target's name only afterwards.
+  fields_->Clear();
+  fields_->SetLoaded(false);
+  relations_->Clear();
+  dbLink_->Clear();
+  schemedName_.reset();
+  for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+    if (child.type() != pugi::node_element) continue;
+    const char* name = child.name();
+    auto is = [name](const char* tag) { return std::strcmp(name, tag) == 0; };
+    try {
+      if (is("name")) {
+        name_->LoadFromXMLNode(child);
+      } else if (is("schema")) {
+        schema_->LoadFromXMLNode(child);
+      } else if (is("database")) {
+        database_->LoadFromXMLNode(child, "item");
+      } else if (is("dblink")) {
+        // The older form is one token element, the newer a name element.
+        if (child.attribute("name")) {
+          TmvOwned<TastTokenIdentifier> token = TastCreate<TastTokenIdentifier>(SQLContext());
+          if (token->LoadFromXMLNode(child)) dbLink_->AddPrefix(std::move(token));
+        } else {
+          dbLink_->LoadFromXMLNode(child, "item");
+        }
+      } else if (is("fields")) {
+        fields_->LoadFromXMLNode(child);
+        fields_->SetLoaded(fields_->Count() > 0);
+      } else if (is("relations")) {
+        relations_->LoadFromXMLNode(child);
+      } else if (is("alt_name_case_sens")) {
+        SetAltNameCaseSensitive(XMLNodeBool(child));
+      } else if (is("system")) {
+        system_ = XMLNodeBool(child);
+      } else if (is("visible")) {
+        visible_ = XMLNodeBool(child);
+      } else if (const WideString text = XMLNodeText(child); text.empty()) {
+        continue;
+      } else if (is("alt_name")) {
+        SetAltName(text);
+      } else if (is("expression")) {
+        SetExpression(text);
+      } else if (is("descr")) {
+        shortDescription_ = text;
+      } else if (is("long_descr")) {
+        longDescription_ = text;
+      }
+    } catch (const EmvMetadataXMLError&) {
+      throw;
+    } catch (const Exception& e) {
+      throw EmvMetadataXMLError(e.Message(), child);
+    }
+  }
+  UpdateNames();
+  NotifyUpdated();
+}
+
 // --- Tables, views, procedures ---
 
 WideString TmvMetadataTable::GetQueryToLoadFields(WideStringView filter) const {
@@ -499,6 +589,28 @@ void TmvMetadataSynonym::SetRelations(const TmvMetadataRelationsList* value) {
     target->SetRelations(value);
   else
     TmvMetadataObject::SetRelations(value);
+}
+
+pugi::xml_node TmvMetadataSynonym::GetXMLNode(pugi::xml_node parent, const char* nodeName) {
+  pugi::xml_node element = TmvMetadataObject::GetXMLNode(parent, nodeName);
+  if (referencedDatabase_->GetCount() > 0) referencedDatabase_->GetXMLNode(element, "ref_database", "item");
+  if (!referencedSchema_->IsEmpty()) referencedSchema_->GetXMLNode(element, "ref_schema");
+  if (!referencedName_->IsEmpty()) referencedName_->GetXMLNode(element, "ref_name");
+  return element;
+}
+
+void TmvMetadataSynonym::LoadFromXMLNode(pugi::xml_node element) {
+  TmvUpdateBatch batch(*this);
+  TmvMetadataObject::LoadFromXMLNode(element);
+  referencedDatabase_->Clear();
+  referencedSchema_->Clear();
+  referencedName_->Clear();
+  if (pugi::xml_node child = FindChildElByName("ref_database", element))
+    referencedDatabase_->LoadFromXMLNode(child, "item");
+  if (pugi::xml_node child = FindChildElByName("ref_schema", element)) referencedSchema_->LoadFromXMLNode(child);
+  if (pugi::xml_node child = FindChildElByName("ref_name", element)) referencedName_->LoadFromXMLNode(child);
+  UpdateReferencedFullName();
+  NotifyUpdated();
 }
 
 WideString TmvMetadataSynonym::GetQueryToLoadFields(WideStringView filter) const {

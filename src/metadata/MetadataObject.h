@@ -146,6 +146,14 @@ class TmvMetadataObject : public TmvWithAltName<TmvMetadataBase> {
   // Deletes the virtual calculated fields, the last first.
   void DeleteVirtualCalculatedFields();
 
+  // --- XML (see MetadataXml.h) ---
+  // The element of this kind of object in the metadata file.
+  virtual const char* GetXMLItemName() const { return "object"; }
+  // Loads the fields first, unless they are loaded or the container works offline.
+  pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName) override;
+  // Reads the element's children in any order, skipping those it does not know.
+  virtual void LoadFromXMLNode(pugi::xml_node element);
+
  protected:
   // A change of the alternate name re-enters the object in the container's
   // alternate-name index.
@@ -194,6 +202,7 @@ class TmvMetadataTable : public TmvMetadataObject {
   MV_DECLARE_METADATA_CLASS()
  public:
   using TmvMetadataObject::TmvMetadataObject;
+  const char* GetXMLItemName() const override { return "table"; }
   WideString GetQueryToLoadFields(WideStringView filter) const override;
 
  protected:
@@ -204,6 +213,7 @@ class TmvMetadataView : public TmvMetadataObject {
   MV_DECLARE_METADATA_CLASS()
  public:
   using TmvMetadataObject::TmvMetadataObject;
+  const char* GetXMLItemName() const override { return "view"; }
   WideString GetQueryToLoadFields(WideStringView filter) const override;
 
  protected:
@@ -220,6 +230,8 @@ class TmvMetadataProcedure : public TmvMetadataObject {
   using TmvMetadataObject::Assign;
 
   TmvMetadataParametersList* Parameters() const { return parameters_.get(); }
+  // The parameters are neither written nor read with the object: they are fetched again.
+  const char* GetXMLItemName() const override { return "procedure"; }
   // With loaded parameters the call passes one null per parameter.
   WideString GetQueryToLoadFields(WideStringView filter) const override;
 
@@ -265,6 +277,12 @@ class TmvMetadataSynonym : public TmvMetadataObject {
   TmvMetadataRelationsList* GetRelations() const override;
   void SetRelations(const TmvMetadataRelationsList* value) override;
   WideString GetQueryToLoadFields(WideStringView filter) const override;
+
+  // The object's element, the target's fields and relations under it while
+  // the target is in the container, then the target's name.
+  const char* GetXMLItemName() const override { return "synonym"; }
+  pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName) override;
+  void LoadFromXMLNode(pugi::xml_node element) override;
 
  protected:
   void LoadFieldsInternal(TmvConnection* connection) override;

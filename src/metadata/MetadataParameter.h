@@ -24,6 +24,10 @@ class TmvMetadataParameter : public TmvWithDataType<TmvWithAltName<TmvMetadataCo
   TParamType ParamType() const { return paramType_; }
   void SetParamType(TParamType value);
 
+  // --- XML (see MetadataXml.h): only what is set is written ---
+  pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName) override;
+  void LoadFromXMLNode(pugi::xml_node element) override;
+
  private:
   TmvOwned<TastTokenIdentifier> name_;
   TParamType paramType_ = ptUnknown;
@@ -33,6 +37,8 @@ class TmvMetadataParametersList : public TmvMetadataLoadedListOf<TmvMetadataPara
   MV_DECLARE_METADATA_CLASS()
  public:
   TmvMetadataParametersList(TmvMetadataBase* parent, TmvBaseSQLContext* context);
+  // Each parameter's element is named so.
+  const char* GetXMLItemName() const override { return "parameters"; }
 };
 
 }  // namespace mv

@@ -1,5 +1,7 @@
 #include "metadata/MetadataQualifiedNamesList.h"
 
+#include <pugixml.hpp>
+
 #include "metadata/MetadataNames.h"
 #include "support/Exceptions.h"
 
@@ -90,6 +92,16 @@ void TmvMetadataQualifiedNamesList::Move(int from, int to) {
 void TmvMetadataQualifiedNamesList::Clear() {
   if (Count() == 0) return;
   list_->Clear();
+  NotifyUpdated();
+}
+
+pugi::xml_node TmvMetadataQualifiedNamesList::GetXMLNode(pugi::xml_node parent, const char* nodeName,
+                                                        const char* itemName) const {
+  return list_->GetXMLNode(parent, nodeName, itemName);
+}
+
+void TmvMetadataQualifiedNamesList::LoadFromXMLNode(pugi::xml_node element, const char* itemName) {
+  list_->LoadFromXMLNode(element, itemName);
   NotifyUpdated();
 }
 

@@ -43,6 +43,11 @@ class TmvMetadataQualifiedNamesList : public TmvMetadataBase {
   // SQL text; text that is no name finds nothing.
   int FindByName(WideStringView text) const;
 
+  // An element `nodeName` with one name element `itemName` per name, and the reading of it.
+  pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName, const char* itemName) const;
+  void LoadFromXMLNode(pugi::xml_node element, const char* itemName);
+  using TmvMetadataBase::GetXMLNode;
+
  private:
   void CheckIndex(int index) const;
   std::unique_ptr<TSQLQualifiedNamesList> list_;

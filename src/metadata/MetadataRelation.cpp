@@ -1,8 +1,13 @@
 #include "metadata/MetadataRelation.h"
 
+#include <pugixml.hpp>
+
+#include <cstring>
+
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataNames.h"
+#include "metadata/MetadataXml.h"
 
 namespace mv {
 
@@ -97,6 +102,79 @@ TmvMetadataObject* TmvMetadataRelation::GetChildMetadataObject() const {
   TmvMetadataObject* key = GetKeyMetadataObject();
   if (!key || !key->Container()) return nullptr;
   return key->Container()->FindObjectByFullName(childTable_.get());
+}
+
+// --- XML ---
+
+namespace {
+
+const char16_t* CardinalityText(TmvMetadataRelationCardinality value) {
+  switch (value) {
+    case mrcOne:
+      return u"1";
+    case mrcMany:
+      return u"*";
+    case mrcUnknown:
+      break;
+  }
+  return u"";
+}
+
+// An element without text keeps `value` as it is.
+void ReadCardinality(pugi::xml_node element, TmvMetadataRelationCardinality& value) {
+  if (!XMLNodeHasText(element)) return;
+  const WideString text = WideTrim(XMLNodeText(element));
+  value = text == u"1" ? mrcOne : text == u"*" ? mrcMany : mrcUnknown;
+}
+
+}  // namespace
+
+pugi::xml_node TmvMetadataRelation::GetXMLNode(pugi::xml_node parent, const char* nodeName) {
+  pugi::xml_node element = parent.append_child(nodeName);
+  if (foreignKey_) element.append_attribute("type").set_value("FK");
+  keyFields_->GetXMLNode(element, "key_fields", "field_name");
+  CreateNodeWithValueParent(element, "key_cardinality", CardinalityText(keyCardinality_));
+  if (childDatabase_->GetCount() > 0) childDatabase_->GetXMLNode(element, "child_database", "item");
+  if (!childSchema_->IsEmpty()) childSchema_->GetXMLNode(element, "child_schema");
+  childName_->GetXMLNode(element, "child_name");
+  childFields_->GetXMLNode(element, "child_fields", "field_name");
+  CreateNodeWithValueParent(element, "child_cardinality", CardinalityText(childCardinality_));
+  return element;
+}
+
+void TmvMetadataRelation::LoadFromXMLNode(pugi::xml_node element) {
+  TmvUpdateBatch batch(*this);
+  keyFields_->Clear();
+  keyCardinality_ = mrcOne;
+  childDatabase_->Clear();
+  childSchema_->Clear();
+  childName_->Clear();
+  childFields_->Clear();
+  childCardinality_ = mrcMany;
+  // A type other than "FK" leaves the flag as it was.
+  if (pugi::xml_attribute type = element.attribute("type"); type && WideSameText(WideTrim(UTF8Decode(type.value())), u"FK"))
+    foreignKey_ = true;
+  for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+    if (child.type() != pugi::node_element) continue;
+    const char* name = child.name();
+    auto is = [name](const char* tag) { return std::strcmp(name, tag) == 0; };
+    if (is("key_fields"))
+      keyFields_->LoadFromXMLNode(child, "field_name");
+    else if (is("key_cardinality"))
+      ReadCardinality(child, keyCardinality_);
+    else if (is("child_database"))
+      childDatabase_->LoadFromXMLNode(child, "item");
+    else if (is("child_schema"))
+      childSchema_->LoadFromXMLNode(child);
+    else if (is("child_name"))
+      childName_->LoadFromXMLNode(child);
+    else if (is("child_fields"))
+      childFields_->LoadFromXMLNode(child, "field_name");
+    else if (is("child_cardinality"))
+      ReadCardinality(child, childCardinality_);
+  }
+  UpdateChildFullName();
+  NotifyUpdated();
 }
 
 // --- TmvMetadataRelationsList ---

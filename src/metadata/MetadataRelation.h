@@ -68,6 +68,11 @@ class TmvMetadataRelation : public TmvMetadataCollectionItemBase {
 
   void UpdateChildFullName();
 
+  // --- XML (see MetadataXml.h): attribute type="FK" for a foreign key;
+  // cardinalities "1", "*", or empty for mrcUnknown (which reads back as the default) ---
+  pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName) override;
+  void LoadFromXMLNode(pugi::xml_node element) override;
+
  private:
   bool foreignKey_ = false;
   TmvOwned<TmvMetadataQualifiedNamesList> keyFields_;
@@ -84,6 +89,7 @@ class TmvMetadataRelationsList : public TmvMetadataCollectionOf<TmvMetadataRelat
   MV_DECLARE_METADATA_CLASS()
  public:
   TmvMetadataRelationsList(TmvMetadataBase* parent, TmvBaseSQLContext* context);
+  const char* GetXMLItemName() const override { return "relation"; }
 
   // A new relation with those parts; the field lists are cloned.
   TmvMetadataRelation* AddRelation(const TSQLQualifiedNamesList* keyFields, const TastTokenIdentifier* childSchema,
