@@ -66,7 +66,7 @@ struct Pending {
 
 }  // namespace
 
-std::string DumpParseTree(const TastNodeBase* root) {
+std::string DumpParseTree(const TastNodeBase* root, const TastDumpAnnotation& annotate) {
   std::string out;
   // A stack instead of recursion: a long chain of operators nests as deep
   // as it is long.
@@ -80,6 +80,7 @@ std::string DumpParseTree(const TastNodeBase* root) {
     out += std::string(node->ClassName()) + KeyFields(node);
     if (const auto* member = TmvCast<TSQLSubQueryExpression>(node); member && current.unionMember)
       out += " " + Quoted(member->UnionOperator) + (member->UnionAll ? " all" : "");
+    if (annotate) out += annotate(node);
     out += "\n";
     TastNodeBaseList children;
     node->GetMyChildren(children);

@@ -11,14 +11,19 @@
 //       TastTokenNumber "1"
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace mv {
 
 class TastNodeBase;
 
+// Text added at the end of a node's line (empty for none), e.g. what a name
+// is bound to.
+using TastDumpAnnotation = std::function<std::string(const TastNodeBase* node)>;
+
 // Lines end with "\n"; the text is UTF-8. Layout nodes (blank requests)
 // are left out.
-std::string DumpParseTree(const TastNodeBase* node);
+std::string DumpParseTree(const TastNodeBase* node, const TastDumpAnnotation& annotate = {});
 
 }  // namespace mv

@@ -35,6 +35,10 @@ class TSQLBuilder;
 class TSQLBuilderSelectFormat;
 class TSQLQualifiedNamesList;
 class TSQLExpressionItem;
+class TSQLExpressionAggregate;
+class TSQLExpressionFunction;
+class TSQLObjectColumn;
+class TSQLDatabaseObject;
 class TSQLSubSelectStatement;
 class TSQLQualifiedName;
 class TSQLIdentifiersCollection;
@@ -233,6 +237,23 @@ class TmvBaseSyntaxProvider : public TmvPersistent {
   virtual bool IsVariablePrecisionType(WideStringView typeName) const;
   // No size is printed after such a type.
   virtual bool IsFixedSizeType(WideStringView) const { return true; }
+  // Sets the ExpressionType and ExpressionTypeName of an expression where
+  // they can be told: constants, bound columns, logical expressions, calls
+  // the dialect knows, a sub-query of one column; false otherwise.
+  bool CalcExpressionType(TSQLExpressionItem* expression) const;
+  // Count, Avg, Max, Min and Sum; false for other names.
+  virtual bool CalcAggregateCallType(TSQLExpressionAggregate* aggregate) const;
+  // Functions of the dialect whose result type is known; none in the base.
+  virtual bool CalcFunctionCallType(TSQLExpressionFunction*) const { return false; }
+
+  // --- Names the fix-up matches (metadata/SyntaxProviderNames.cpp). ---
+  // The first field whose name equals the column's; for a one-part column
+  // else the first whose alternate name matches; -1 if none.
+  virtual int FindFieldInFieldsList(const TSQLObjectColumn* column, const TmvMetadataFieldsList* fields) const;
+  // How many parts of the object name stand as prefixes of the column
+  // (the container's default database and schemas may be left out); -1
+  // when they do not match, and for a one-part column.
+  virtual int IsColumnOfDBObject(const TSQLObjectColumn* column, const TSQLDatabaseObject* object) const;
 
   // --- Row limits: a limit is two texts, offset and count; empty means absent. ---
   // A query with a SELECT ... INTO clause cannot be wrapped for a result grid.

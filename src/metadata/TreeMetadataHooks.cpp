@@ -42,6 +42,18 @@ bool MetadataObjectHasField(const TmvMetadataObject* object, const TmvMetadataFi
   return false;
 }
 
+void MetadataFieldType(const TmvMetadataField* field, TFieldType& type, WideString& typeName) {
+  type = field->FieldType();
+  typeName = field->FieldTypeName();
+}
+
+TmvMetadataFieldsList* TastOwnedFieldsList::Get(TmvBaseSQLContext* context) {
+  if (!list_) list_.reset(TmvCreate<TmvMetadataFieldsList>(nullptr, context).release());
+  return list_.get();
+}
+
+void TastOwnedFieldsList::Deleter::operator()(TmvMetadataFieldsList* list) const { TmvOwned<TmvMetadataFieldsList> drop(list); }
+
 TastTokenIdentifier* MetadataFieldAltName(const TmvMetadataField* field) {
   if (!field || field->AltName().empty()) return nullptr;
   return const_cast<TastTokenIdentifier*>(field->AltNameId());

@@ -30,8 +30,11 @@ class TSQLBuilder;
 class TSQLBuilderSelectFormat;
 class TSQLFromSource;
 class TSQLObjectColumn;
+class TSQLWithClauseItem;
+class TmvConnection;
 
 using TSQLFromSourceList = std::vector<TSQLFromSource*>;
+using TSQLWithClauseItemList = std::vector<TSQLWithClauseItem*>;
 using TSQLObjectColumnList = std::vector<TSQLObjectColumn*>;
 
 class TastNodeBase : public TmvObject {
@@ -113,6 +116,14 @@ class TastNodeBase : public TmvObject {
   // field or list; the proxy takes the statement over.
   virtual void MoveSubQueryInProxy(TmvObject* owner, const TSQLSubSelectStatementProxyClass& proxyClass);
   void MoveSubQueryInProxyRecursive(TmvObject* owner, const TSQLSubSelectStatementProxyClass& proxyClass);
+  // Binds the names of this subtree: sources to metadata objects and with
+  // items, columns to the sources they come from, parameters to the columns
+  // they are compared with; fills the field lists on the way. `withItems`
+  // and `fromSources` are what the surroundings put in sight (outer sources
+  // first). A null connection means the metadata provider's own. Defined by
+  // the metadata layer (metadata/QueryFixup.cpp).
+  void PrepareAndFixupRecursive(const TSQLWithClauseItemList& withItems = {},
+                                const TSQLFromSourceList& fromSources = {}, TmvConnection* connection = nullptr);
 
   // --- Helpers for subclasses. ---
   // Frees the destination's node and puts a clone of the source's under this node's context.

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "tree/ExpressionBase.h"
+#include "tree/MetadataHooks.h"
 
 namespace mv {
 
@@ -42,6 +43,21 @@ class TSQLFromSource : public TastNode {
 
   // Expression, alias, column names.
   void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+
+  // --- Columns the source offers (defined by the metadata layer,
+  // metadata/SourceFieldLists.cpp). ---
+  // As the last fix-up found them; made empty on first use.
+  TmvMetadataFieldsList* FieldsList() const { return fieldsList_.Get(SQLContext()); }
+  // Takes the contents of `list` unless it is this source's own.
+  void SetFieldsList(const TmvMetadataFieldsList* list);
+  // Fills FieldsList. The base asks the server for the columns of its
+  // expression (a one-row query), unless the container works offline.
+  // `withItems` and `fromSources` are what the fix-up has in sight.
+  virtual void CalcFieldsList(const TSQLWithClauseItemList& withItems, const TSQLFromSourceList& fromSources,
+                              TmvConnection* connection);
+
+ private:
+  mutable TastOwnedFieldsList fieldsList_;
 };
 
 class TSQLFromObject : public TSQLFromSource {
@@ -69,6 +85,12 @@ class TSQLFromObject : public TSQLFromSource {
   TastTokenIdentifier* AltNameToPrint(const TSQLBuilder& builder) const;
   // The virtual object's expression when the builder expands them, else null.
   TSQLFromSource* VirtualExpressionToPrint(const TSQLBuilder& builder) const;
+
+ public:
+  // The with item's columns; else the metadata object's (loaded on demand);
+  // else the server's answer for the name.
+  void CalcFieldsList(const TSQLWithClauseItemList& withItems, const TSQLFromSourceList& fromSources,
+                      TmvConnection* connection) override;
 };
 
 // A derived table.
@@ -80,6 +102,9 @@ class TSQLFromQuery : public TSQLFromSource {
   bool BuildColumnPrefix(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
   // (sub-query) under the builder's FromSubQueryFormat.
   void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  // The columns of the sub-query's first select.
+  void CalcFieldsList(const TSQLWithClauseItemList& withItems, const TSQLFromSourceList& fromSources,
+                      TmvConnection* connection) override;
 };
 
 // A procedure or table function used as a source.
@@ -95,6 +120,10 @@ class TSQLFromFunction : public TSQLFromSource {
   void BuildFunctionNameExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
   // (params); "()" without parameters only where the dialect takes empty brackets.
   void BuildParamsExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+  // The metadata procedure's loaded columns; else the server's answer for a
+  // call with every parameter null, which then also fills the procedure.
+  void CalcFieldsList(const TSQLWithClauseItemList& withItems, const TSQLFromSourceList& fromSources,
+                      TmvConnection* connection) override;
 };
 
 class TSQLFromBuiltInFunction : public TSQLFromFunction {
@@ -132,6 +161,9 @@ class TSQLFromGroup : public TSQLFromSource {
 
   void BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
   void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  // A group offers no columns of its own: its items do.
+  void CalcFieldsList(const TSQLWithClauseItemList& withItems, const TSQLFromSourceList& fromSources,
+                      TmvConnection* connection) override;
 };
 
 // The top group of a select expression.

@@ -3,14 +3,20 @@
 // (metadata/TreeMetadataHooks.cpp), so the tree needs none of its headers.
 #pragma once
 
+#include <memory>
+
 #include "sqlgen/SQLOptions.h"
 #include "support/Class.h"
+#include "support/FieldType.h"
+#include "support/WideString.h"
 
 namespace mv {
 
 class TmvMetadataContainer;
 class TmvMetadataObject;
 class TmvMetadataField;
+class TmvMetadataFieldsList;
+class TmvBaseSQLContext;
 class TSQLQualifiedName;
 class TSQLIdentifiersCollection;
 class TSQLFromSource;
@@ -35,5 +41,23 @@ TSQLFromSource* MetadataObjectExpression(const TmvMetadataObject* object);
 bool MetadataObjectHasField(const TmvMetadataObject* object, const TmvMetadataField* field);
 // The field's alternate name, or null when it is empty.
 TastTokenIdentifier* MetadataFieldAltName(const TmvMetadataField* field);
+
+// The field's type and its text form.
+void MetadataFieldType(const TmvMetadataField* field, TFieldType& type, WideString& typeName);
+
+// A metadata fields list that a node owns: the columns a source offers, a
+// select returns or a with item names. Made on first use, under the node's
+// context; not a child node, and not copied by Assign (the fix-up fills it).
+class TastOwnedFieldsList {
+ public:
+  TmvMetadataFieldsList* Get(TmvBaseSQLContext* context);
+  TmvMetadataFieldsList* Peek() const { return list_.get(); }
+
+ private:
+  struct Deleter {
+    void operator()(TmvMetadataFieldsList* list) const;
+  };
+  std::unique_ptr<TmvMetadataFieldsList, Deleter> list_;
+};
 
 }  // namespace mv

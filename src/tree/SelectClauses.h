@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tree/ExpressionBase.h"
+#include "tree/MetadataHooks.h"
 
 namespace mv {
 
@@ -165,6 +166,12 @@ class TSQLWithClauseItem : public TastNode {
 
  public:
   void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+
+  // The columns the item offers, named by its column list where it has one.
+  TmvMetadataFieldsList* FieldsList() const { return fieldsList_.Get(SQLContext()); }
+
+ private:
+  mutable TastOwnedFieldsList fieldsList_;
 };
 
 // --- Result offset and fetch first ---

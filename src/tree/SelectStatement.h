@@ -5,6 +5,7 @@
 #pragma once
 
 #include "tree/ExpressionBase.h"
+#include "tree/MetadataHooks.h"
 
 namespace mv {
 
@@ -35,6 +36,12 @@ class TSQLSubQuerySelectExpression : public TSQLSubQueryExpression {
   void BuildResultOffsetClause(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
   void BuildFetchFirstClause(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
   void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+
+  // The columns this select returns, as the last fix-up found them.
+  TmvMetadataFieldsList* ResultFields() const { return resultFields_.Get(SQLContext()); }
+
+ private:
+  mutable TastOwnedFieldsList resultFields_;
 };
 
 // A bracketed group of members; the members are not child fields but a list.
