@@ -9,6 +9,7 @@
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/dataset/DataSet.h"
+#include "support/Exceptions.h"
 #include "tree/QualifiedNamesList.h"
 
 namespace mv {
@@ -142,7 +143,10 @@ bool TmvBaseSQLContext::IsTableExists(TmvConnection* connection, WideStringView 
         metadataProvider_->ExecSQLDatasetUR(connection ? connection : metadataProvider_->Connection(),
                                             u"select 1 as dummy_value from " + WideString(name), nullptr);
     return dataset != nullptr;
-  } catch (const std::exception&) {
+  } catch (const EAbort&) {
+    throw;
+  } catch (...) {
+    // Any failure of the probe, whatever its kind, means no such table.
     return false;
   }
 }

@@ -28,6 +28,25 @@ const TmvMetadataProviderClass& TmvEventMetadataProvider::StaticClass() {
   return info;
 }
 
+void TmvEventMetadataProvider::AssignProvider(const TmvBaseMetadataProvider& source) {
+  TmvBaseMetadataProvider::AssignProvider(source);
+  const auto* events = TmvCast<TmvEventMetadataProvider>(&source);
+  if (!events) return;
+  OnGetTables = events->OnGetTables;
+  OnGetSystemTables = events->OnGetSystemTables;
+  OnGetViews = events->OnGetViews;
+  OnGetSystemViews = events->OnGetSystemViews;
+  OnGetProcedures = events->OnGetProcedures;
+  OnGetSystemProcedures = events->OnGetSystemProcedures;
+  OnGetSynonyms = events->OnGetSynonyms;
+  OnGetSystemSynonyms = events->OnGetSystemSynonyms;
+  OnGetSQLFieldNames = events->OnGetSQLFieldNames;
+  OnGetTableRelations = events->OnGetTableRelations;
+  OnLoadObjectMetadata = events->OnLoadObjectMetadata;
+  OnCreateSQLDataset = events->OnCreateSQLDataset;
+  OnExecSQLDatasetUR = events->OnExecSQLDatasetUR;
+}
+
 std::unique_ptr<TmvDataSet> TmvEventMetadataProvider::CreateSQLDatasetInternal(TmvConnection* connection,
                                                                                bool unidirectional, bool readOnly) {
   std::unique_ptr<TmvDataSet> dataset;
@@ -86,6 +105,7 @@ void TmvEventMetadataProvider::LoadMetadataObjects(TmvBaseSQLContext* context, T
     names.Clear();
     event(this, names);
     for (int i = 0; i < names.Count(); ++i) {
+      if (container->IsAborted()) return;
       const TSQLQualifiedName* name = names.Items(i);
       TmvOwned<TmvMetadataBase> made(source.objectClass().CreateRaw(container, context));
       TmvOwned<TmvMetadataObject> object(static_cast<TmvMetadataObject*>(made.release()));
@@ -109,7 +129,7 @@ void TmvEventMetadataProvider::LoadMetadataRelations(TmvBaseSQLContext* context,
   }
   if (!OnGetTableRelations) return;
   TSQLMetadataRelations relations;
-  for (int i = 0; i < container->Count(); ++i) {
+  for (int i = 0; i < container->Count() && !container->IsAborted(); ++i) {
     auto* table = TmvCast<TmvMetadataTable>(container->Items(i));
     if (!table) continue;
     relations.clear();

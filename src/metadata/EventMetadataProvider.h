@@ -76,6 +76,9 @@ class TmvEventMetadataProvider : public TmvBaseMetadataProvider {
   TmvCreateSQLDatasetEvent OnCreateSQLDataset;
   TmvExecSQLDatasetEvent OnExecSQLDatasetUR;
 
+  // The base's, and the callbacks above.
+  void AssignProvider(const TmvBaseMetadataProvider& source) override;
+
   // True when a dataset callback is set.
   bool GetCanExecSQL() const override { return OnCreateSQLDataset || OnExecSQLDatasetUR; }
   std::unique_ptr<TmvDataSet> CreateSQLDatasetInternal(TmvConnection* connection, bool unidirectional,
@@ -84,8 +87,9 @@ class TmvEventMetadataProvider : public TmvBaseMetadataProvider {
   std::unique_ptr<TmvDataSet> ExecSQLDatasetUR(TmvConnection* connection, WideStringView sql,
                                                const TmvParams* params) override;
   using TmvBaseMetadataProvider::ExecSQLDatasetUR;
-  // The objects the name callbacks report, those the filter accepts. With a
-  // database: the base's "not supported" error.
+  // The objects the name callbacks report, those the filter accepts; an
+  // abort of the load (AbortMetadataLoading) stops it between objects. With
+  // a database: the base's "not supported" error.
   void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
                            const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
   // For each table of the container, the relations the callback reports for it.

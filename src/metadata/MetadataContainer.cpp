@@ -25,6 +25,13 @@ TmvOwned<TastTokenIdentifier> ToIdentifier(TmvBaseSQLContext* context, const Tas
   return id;
 }
 
+// The context of an operation that cannot do without one (comparisons of
+// names, parsing): "Syntax provider is not specified" without it.
+const TmvBaseSQLContext& RequireContext(const TmvBaseSQLContext* context) {
+  if (!context) throw EmvQueryBuilderError(MetadataMessage(mvQBNoSyntaxProvider));
+  return *context;
+}
+
 // Clears the abort flag when a load ends, by any road.
 class TmvAbortReset {
  public:
@@ -126,13 +133,13 @@ TmvMetadataObject* TmvMetadataContainer::FindByFullNameAndClass(const TSQLQualif
 TmvMetadataObject* TmvMetadataContainer::FindByAltNameAndClass(const TastTokenIdentifier* name,
                                                                const TmvClass& objectClass) const {
   if (!name) return nullptr;
+  const TmvBaseSQLContext& context = RequireContext(SQLContext());
   const TmvMetadataObjectHashBucket& bucket = hash_.Bucket(hash_.HashOfName(name));
   const auto* objects = bucket.Find(TmvMetadataObjectHash::KeyOf(name->Token));
   if (!objects) return nullptr;
-  const TmvBaseSQLContext* context = SQLContext();
   for (TmvMetadataObject* object : *objects)
     if (!object->AltName().empty() && object->InheritsFrom(objectClass) &&
-        context->CompareIdentifiers(object->AltNameId(), name) == 0)
+        context.CompareIdentifiers(object->AltNameId(), name) == 0)
       return object;
   return nullptr;
 }
@@ -387,11 +394,11 @@ void TmvMetadataContainer::SortItems(
 }
 
 void TmvMetadataContainer::SortByNames() {
-  const TmvBaseSQLContext* context = SQLContext();
-  SortItems([context](const TmvMetadataObject* a, const TmvMetadataObject* b) {
-    int result = context->CompareQualifiedNames(a->Database(), b->Database());
-    if (result == 0) result = context->CompareIdentifiers(a->Schema(), b->Schema());
-    if (result == 0) result = context->CompareIdentifiers(a->Name(), b->Name());
+  const TmvBaseSQLContext& context = RequireContext(SQLContext());
+  SortItems([&context](const TmvMetadataObject* a, const TmvMetadataObject* b) {
+    int result = context.CompareQualifiedNames(a->Database(), b->Database());
+    if (result == 0) result = context.CompareIdentifiers(a->Schema(), b->Schema());
+    if (result == 0) result = context.CompareIdentifiers(a->Name(), b->Name());
     return result;
   });
 }
@@ -515,8 +522,9 @@ void TmvMetadataContainer::LoadMetadataByFilter(TmvConnection* connection, const
                          filter ? filter->Count() : 0);
   TmvUpdateBatch batch(*this);
   context->LoadMetadataObjects(connection, this, filter, database);
-  context->LoadMetadataRelations(connection, this, filter, database);
-  context->LoadMetadataCustomAggregateNames(connection, this, database);
+  // An abort keeps what is loaded, whole objects only, and fetches no more.
+  if (!abort_.load()) context->LoadMetadataRelations(connection, this, filter, database);
+  if (!abort_.load()) context->LoadMetadataCustomAggregateNames(connection, this, database);
 }
 
 namespace {
@@ -558,12 +566,12 @@ TmvOwned<TSQLQualifiedName> TmvMetadataContainer::ParseDatabaseText(WideStringVi
 }
 
 void TmvMetadataContainer::ClearMetadataByFilter(const TmvMetadataFilter* filter, const TSQLQualifiedName* database) {
+  const TmvBaseSQLContext& context = RequireContext(SQLContext());
   TmvAbortReset abortReset(abort_);
-  const TmvBaseSQLContext* context = SQLContext();
   TmvUpdateBatch batch(*this);
   for (int i = Count() - 1; i >= 0 && !abort_.load(); --i) {
     TmvMetadataObject* object = items_[size_t(i)].get();
-    if (!context->IsQualifiedNamesEqual(object->Database(), database)) continue;
+    if (!context.IsQualifiedNamesEqual(object->Database(), database)) continue;
     if (!filter || filter->FilterMetadataObject(object)) Delete(i);
   }
 }

@@ -2,6 +2,7 @@
 
 #include "frontend/SyntaxProvider.h"
 #include "frontend/SQLContext.h"
+#include "metadata/AsyncSql.h"
 #include "metadata/EventMetadataProvider.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataMessages.h"
@@ -12,6 +13,13 @@
 #include "tree/QualifiedNamesList.h"
 
 namespace mv {
+
+namespace {
+
+// The message of a failure that is no std::exception.
+constexpr const char16_t* kUnknownErrorText = u"Unknown error";
+
+}  // namespace
 
 const TmvMetadataProviderClass& TmvBaseMetadataProvider::StaticClass() {
   static const TmvMetadataProviderClass info("TmvBaseMetadataProvider", &TmvObject::StaticClass(), nullptr);
@@ -216,11 +224,73 @@ std::unique_ptr<TmvDataSet> TmvBaseMetadataProvider::ExecSQLDatasetUR(TmvConnect
     dataset = PrepareSQLDataset(connection, sql, params);
     dataset->Open();
     return dataset;
+  } catch (const EAbort& e) {
+    // An abort is no failure of the statement: it goes on as it is.
+    log_.Exception(u"ExecSQLDatasetUR", e);
+    throw;
   } catch (const std::exception& e) {
     log_.Exception(u"ExecSQLDatasetUR", e);
     dataset.reset();
     throw EmvQueryBuilderError(WideString(sql), MetadataMessageFormat(mvQBErrorExecQuery, {sql, ExceptionMessage(e)}));
+  } catch (...) {
+    // Whatever a driver throws becomes the query error; it tells nothing more.
+    const WideString message = kUnknownErrorText;
+    log_.Error(u"ExecSQLDatasetUR: %s", message);
+    dataset.reset();
+    throw EmvQueryBuilderError(WideString(sql), MetadataMessageFormat(mvQBErrorExecQuery, {sql, message}));
   }
+}
+
+bool TmvBaseMetadataProvider::CancelSQLDatasetAsync(TmvConnection*, TmvDataSet*) { return false; }
+
+std::shared_ptr<ImvAsyncSql> TmvBaseMetadataProvider::CreateSqlAsync(TmvObject* tag) {
+  std::shared_ptr<ImvAsyncSql> task = TmvCreateTask<TmvAsyncSql>(tag, this);
+  task->SetOnInitThread(OnSqlAsyncInitThread);
+  return task;
+}
+
+std::shared_ptr<ImvAsyncSql> TmvBaseMetadataProvider::CreateSqlAsync(TmvConnection* connection, TmvObject* tag) {
+  std::shared_ptr<ImvAsyncSql> task = TmvCreateTask<TmvAsyncSql>(tag, this, connection);
+  task->SetOnInitThread(OnSqlAsyncInitThread);
+  return task;
+}
+
+std::shared_ptr<ImvAsyncSql> TmvBaseMetadataProvider::ExecSQLDatasetURAsync(WideStringView sql,
+                                                                           const TmvParams* params) {
+  CheckConnectionSet();
+  std::shared_ptr<ImvAsyncSql> task = CreateSqlAsync();
+  task->SetSql(sql);
+  if (params) task->Params().AssignValues(*params);
+  task->Run();
+  return task;
+}
+
+// --- Copies ---
+
+TmvOwned<TmvBaseMetadataProvider> TmvBaseMetadataProvider::CloneProvider() const {
+  // Every provider class is a TmvMetadataProviderClass (StaticClass above).
+  const auto& providerClass = static_cast<const TmvMetadataProviderClass&>(ClassType());
+  TmvOwned<TmvBaseMetadataProvider> clone(providerClass.CreateRaw());
+  if (!clone)
+    throw EmvQueryBuilderError(u"The metadata provider " + WideFromAscii(ClassName()) + u" cannot be copied");
+  clone->AssignProvider(*this);
+  return clone;
+}
+
+void TmvBaseMetadataProvider::AssignProvider(const TmvBaseMetadataProvider& source) {
+  trimSpaces_ = source.trimSpaces_;
+  trimQuotes_ = source.trimQuotes_;
+  log_.SetLogger(source.log_.GetLogger());
+  OnBeforeConnect = source.OnBeforeConnect;
+  OnAfterConnect = source.OnAfterConnect;
+  OnBeforeDisconnect = source.OnBeforeDisconnect;
+  OnAfterDisconnect = source.OnAfterDisconnect;
+  OnCustomizeConnectionCopy = source.OnCustomizeConnectionCopy;
+  OnConnectionCopyConnected = source.OnConnectionCopyConnected;
+  OnDatasetCreated = source.OnDatasetCreated;
+  OnDatasetSetSql = source.OnDatasetSetSql;
+  OnDatasetSetParams = source.OnDatasetSetParams;
+  OnSqlAsyncInitThread = source.OnSqlAsyncInitThread;
 }
 
 // --- Metadata ---
@@ -324,15 +394,22 @@ void TmvBaseMetadataProvider::LoadFieldsFromQuery(TmvBaseSQLContext* context, Tm
   dataset->FieldDefs().Update();
   TmvMetadataFieldsList* fields = object->GetFields();
   TmvUpdateBatch batch(*fields);
-  for (const TmvFieldDef& def : dataset->FieldDefs()) {
-    // The driver's name, taken as written (a quoted identifier).
-    const WideString name = TrimName(def.Name);
-    TmvOwned<TastTokenIdentifier> id = TastCreate<TastTokenIdentifier>(context, name, true);
-    const int index = fields->FindFieldByName(id.get());
-    if (index >= 0)
-      UpdateFieldFromDef(fields->Items(index), def, false, name);
-    else
-      UpdateFieldFromDef(fields->Add(), def, true, name);
+  const int known = fields->Count();
+  try {
+    for (const TmvFieldDef& def : dataset->FieldDefs()) {
+      // The driver's name, taken as written (a quoted identifier).
+      const WideString name = TrimName(def.Name);
+      TmvOwned<TastTokenIdentifier> id = TastCreate<TastTokenIdentifier>(context, name, true);
+      const int index = fields->FindFieldByName(id.get());
+      if (index >= 0)
+        UpdateFieldFromDef(fields->Items(index), def, false, name);
+      else
+        UpdateFieldFromDef(fields->Add(), def, true, name);
+    }
+  } catch (...) {
+    // The fields this pass added go with its failure; none stays half made.
+    for (int i = fields->Count(); i-- > known;) fields->Delete(i);
+    throw;
   }
   fields->SetLoaded(true);
 }
@@ -344,8 +421,12 @@ void TmvBaseMetadataProvider::LoadFieldsForObjectFromDriver(TmvBaseSQLContext* c
     try {
       LoadFieldsFromQuery(context, connection, object, query);
       return;
+    } catch (const EAbort&) {
+      throw;
     } catch (const std::exception& e) {
       log_.Exception(u"LoadFieldsForObjectFromDriver", e);
+    } catch (...) {
+      log_.Error(u"LoadFieldsForObjectFromDriver: %s", kUnknownErrorText);
     }
   }
   // The statement for the whole object failed (or there is none): fields a
@@ -363,8 +444,12 @@ void TmvBaseMetadataProvider::LoadFieldsForObjectFromDriver(TmvBaseSQLContext* c
       dataset->FieldDefs().Clear();
       dataset->FieldDefs().Update();
       if (dataset->FieldDefs().Count() > 0) UpdateFieldFromDef(field, dataset->FieldDefs()[0], false, {});
+    } catch (const EAbort&) {
+      throw;
     } catch (const std::exception& e) {
       log_.Exception(u"LoadFieldsForObjectFromDriver: " + field->NameStr(), e);
+    } catch (...) {
+      log_.Error(u"LoadFieldsForObjectFromDriver: %s: %s", field->NameStr(), kUnknownErrorText);
     }
   }
 }
@@ -389,6 +474,15 @@ std::unique_ptr<TmvDataSet> TmvConnectionMetadataProvider::CreateSQLDatasetInter
   TmvConnection* target = ConnectionOr(connection);
   if (!target) CheckConnectionSet();
   return target->CreateQuery();
+}
+
+bool TmvConnectionMetadataProvider::SupportCancelAsyncExecSql() const {
+  return Connection() && Connection()->SupportsCancel();
+}
+
+bool TmvConnectionMetadataProvider::CancelSQLDatasetAsync(TmvConnection* connection, TmvDataSet*) {
+  TmvConnection* target = ConnectionOr(connection);
+  return target && target->Cancel();
 }
 
 WideString TmvConnectionMetadataProvider::GetConnectionDescription() const {

@@ -21,6 +21,7 @@
 
 namespace mv {
 
+class ImvAsyncSql;
 class TmvBaseSQLContext;
 class TmvDataSet;
 class TmvParams;
@@ -82,6 +83,8 @@ class TmvBaseMetadataProvider : public TmvObject {
   // Before a dataset gets its command text, and its params.
   TmvDatasetSetSqlEvent OnDatasetSetSql;
   TmvDatasetSetParamsEvent OnDatasetSetParams;
+  // Handed to each statement task (CreateSqlAsync) as its OnInitThread; runs on the task's worker.
+  TmvNotifyEvent OnSqlAsyncInitThread;
   // Fired once when the provider goes away.
   TmvNotificationEvent& GetOnDestroying() { return onDestroying_; }
 
@@ -115,6 +118,15 @@ class TmvBaseMetadataProvider : public TmvObject {
   // the driver's message.
   virtual std::unique_ptr<TmvDataSet> ExecSQLDatasetUR(TmvConnection* connection, WideStringView sql,
                                                        const TmvParams* params);
+  // Whether statements may run on a task of their own; true in the base.
+  virtual bool SupportAsyncExecSql() const { return true; }
+  // Whether CancelSQLDatasetAsync can end a running statement; false in the base.
+  virtual bool SupportCancelAsyncExecSql() const { return false; }
+  // Asks the server to end the statement that `dataset` runs on `connection`,
+  // from any thread; true when the request went out. False in the base.
+  virtual bool CancelSQLDatasetAsync(TmvConnection* connection, TmvDataSet* dataset);
+  // A started task that opens the statement on a copy of the connection.
+  virtual std::shared_ptr<ImvAsyncSql> ExecSQLDatasetURAsync(WideStringView sql, const TmvParams* params = nullptr);
   virtual void GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list);
   virtual void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
                               const TSQLQualifiedName* database);
@@ -158,6 +170,14 @@ class TmvBaseMetadataProvider : public TmvObject {
   virtual bool CanCreateInternalConnection() const { return false; }
   virtual void CreateAndBindInternalConnectionObj() { ClearInternalConnectionObjects(); }
 
+  // --- Copies for another thread ---
+  // A new provider of this class with this one's settings, logger and events
+  // (AssignProvider), and no connection: a background load works on such a
+  // clone with a copy of the connection. Raises for a class without a factory.
+  TmvOwned<TmvBaseMetadataProvider> CloneProvider() const;
+  // Takes the settings, logger and events of `source`; a subclass adds its own.
+  virtual void AssignProvider(const TmvBaseMetadataProvider& source);
+
   // --- Non-virtual helpers ---
   // A dataset on `connection` (the provider's own with the second form,
   // which must be set); logged, and announced by OnDatasetCreated.
@@ -170,6 +190,11 @@ class TmvBaseMetadataProvider : public TmvObject {
   void ExecSQL(WideStringView sql, const TmvParams* params = nullptr);
   void ExecSQL(TmvConnection* connection, WideStringView sql, const TmvParams* params = nullptr);
   std::unique_ptr<TmvDataSet> ExecSQLDatasetUR(WideStringView sql, const TmvParams* params = nullptr);
+  // A new statement task (TmvAsyncSql, not started) with OnSqlAsyncInitThread
+  // as its OnInitThread: the first on a copy of the connection that it makes
+  // when it runs, the second on `connection`, which the caller keeps.
+  std::shared_ptr<ImvAsyncSql> CreateSqlAsync(TmvObject* tag = nullptr);
+  std::shared_ptr<ImvAsyncSql> CreateSqlAsync(TmvConnection* connection, TmvObject* tag);
 
  protected:
   virtual void DoConnect();
@@ -211,6 +236,9 @@ class TmvConnectionMetadataProvider : public TmvBaseMetadataProvider {
   std::unique_ptr<TmvDataSet> CreateSQLDatasetInternal(TmvConnection* connection, bool unidirectional,
                                                        bool readOnly) override;
   WideString GetConnectionDescription() const override;
+  // A running statement ends by the connection's own cancel where it has one.
+  bool SupportCancelAsyncExecSql() const override;
+  bool CancelSQLDatasetAsync(TmvConnection* connection, TmvDataSet* dataset) override;
 };
 
 // The registered provider classes, in order of registration.

@@ -29,13 +29,20 @@ TmvBaseMetadataProvider& RequireMetadataProvider(TmvBaseSQLContext* context, con
 }
 
 // Fills a fields or parameters list unless it is loaded: the dialect's
-// catalog first, then the driver's description.
+// catalog first, then the driver's description. A failure passes on and
+// leaves the list empty and not loaded, never half filled.
 template <class List, class FromServer, class FromDriver>
 void FillUnlessLoaded(List& list, FromServer fromServer, FromDriver fromDriver) {
   if (list.Loaded()) return;
   list.Clear();
-  fromServer();
-  fromDriver();
+  try {
+    fromServer();
+    fromDriver();
+  } catch (...) {
+    list.Clear();
+    list.SetLoaded(false);
+    throw;
+  }
 }
 
 // One kind's operations: of the syntax provider, and of the metadata provider.

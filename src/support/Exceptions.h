@@ -58,6 +58,16 @@ class EConvertError : public Exception {
   const char* ClassName() const override { return "EConvertError"; }
 };
 
+// The silent exception: a deliberate stop (a load the user aborted, a change
+// a handler refused). It is no failure to report, and layers that wrap
+// failures in their own messages let it pass as it is.
+class EAbort : public Exception {
+ public:
+  EAbort() : Exception(u"Operation aborted") {}
+  using Exception::Exception;
+  const char* ClassName() const override { return "EAbort"; }
+};
+
 // An index outside a list, or a key that a keyed list does not hold.
 class EListError : public Exception {
  public:
