@@ -18,7 +18,7 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
-#include <string_view>
+#include <string>
 #include <unordered_set>
 #include <vector>
 
@@ -308,8 +308,10 @@ class TmvMetadataContainer : public TmvMetadataBase {
   // Reads the element into a scratch container and takes its objects over
   // (after a Clear if `replace`).
   void ReadXMLNode(pugi::xml_node element, bool replace);
-  // Parses the text (of the file `fileName`, empty for none) and reads its root.
-  void ReadXMLText(std::string_view text, WideStringView fileName, bool replace);
+  // Parses the text (of the file `fileName`, empty for none) in place and
+  // reads its root; `original` gives the text again for the line of a failure.
+  void ReadXMLText(std::string text, WideStringView fileName, bool replace,
+                   const std::function<std::string()>& original);
 
   std::recursive_mutex lock_;
   std::vector<TmvOwned<TmvMetadataObject>> items_;

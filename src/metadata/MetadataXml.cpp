@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
-#include <sstream>
 #include <string>
 
 #include "metadata/MetadataContainer.h"
@@ -209,26 +208,32 @@ const TmvMetadataClass* ObjectClassOfElement(const char* name) {
   return nullptr;
 }
 
-// Raw carriage returns would come back as line feeds from any reader that
-// normalizes line ends (ours does), so they go as character references.
-// Elsewhere than in values the writer puts none.
-std::string EscapeCarriageReturns(std::string text) {
-  if (text.find('\r') == std::string::npos) return text;
-  std::string result;
-  result.reserve(text.size() + 64);
-  for (char c : text) {
-    if (c == '\r')
-      result += "&#13;";
-    else
-      result += c;
+// Writes the serialized document to a sink, raw carriage returns as
+// character references: a reader that normalizes line ends (ours does) would
+// turn them into line feeds. The writer puts none elsewhere than in values.
+template <class Sink>
+class TmvXMLOutput : public pugi::xml_writer {
+ public:
+  explicit TmvXMLOutput(Sink sink) : sink_(std::move(sink)) {}
+  void write(const void* data, size_t size) override {
+    const char* text = static_cast<const char*>(data);
+    const char* end = text + size;
+    for (const char* cr; (cr = static_cast<const char*>(std::memchr(text, '\r', size_t(end - text)))) != nullptr;) {
+      sink_(text, size_t(cr - text));
+      sink_("&#13;", 5);
+      text = cr + 1;
+    }
+    sink_(text, size_t(end - text));
   }
-  return result;
-}
 
-std::string SerializeDocument(const pugi::xml_document& document, unsigned flags) {
-  std::ostringstream out;
-  document.save(out, "  ", flags, pugi::encoding_utf8);
-  return EscapeCarriageReturns(std::move(out).str());
+ private:
+  Sink sink_;
+};
+
+template <class Sink>
+void SerializeDocument(const pugi::xml_document& document, unsigned flags, Sink sink) {
+  TmvXMLOutput<Sink> output(std::move(sink));
+  document.save(output, "  ", flags, pugi::encoding_utf8);
 }
 
 // The options of every load: the defaults (escapes, line ends), and text
@@ -344,7 +349,10 @@ void TmvMetadataContainer::LoadFromXMLNode(pugi::xml_node element) {
 WideString TmvMetadataContainer::GetXML() {
   pugi::xml_document document;
   GetXMLNode(document, "metadata");
-  return UTF8Decode(SerializeDocument(document, pugi::format_indent | pugi::format_no_declaration));
+  std::string text;
+  SerializeDocument(document, pugi::format_indent | pugi::format_no_declaration,
+                    [&text](const char* data, size_t size) { text.append(data, size); });
+  return UTF8Decode(text);
 }
 
 void TmvMetadataContainer::SaveToXMLFile(WideStringView fileName) {
@@ -353,41 +361,82 @@ void TmvMetadataContainer::SaveToXMLFile(WideStringView fileName) {
   declaration.append_attribute("version").set_value("1.0");
   declaration.append_attribute("encoding").set_value("UTF-8");
   GetXMLNode(document, "metadata");
-  const std::string text = SerializeDocument(document, pugi::format_indent);
   std::ofstream out(UTF8Encode(fileName), std::ios::binary | std::ios::trunc);
-  if (out) out.write(text.data(), std::streamsize(text.size()));
-  if (out) out.close();
+  if (out) {
+    SerializeDocument(document, pugi::format_indent,
+                      [&out](const char* data, size_t size) { out.write(data, std::streamsize(size)); });
+    out.close();
+  }
   if (!out) throw EmvQueryBuilderError(MetadataMessageFormat(mvQBErrorXMLCannotWrite, {WideString(fileName)}));
 }
 
-void TmvMetadataContainer::ReadXMLText(std::string_view text, WideStringView fileName, bool replace) {
+void TmvMetadataContainer::ReadXMLText(std::string text, WideStringView fileName, bool replace,
+                                       const std::function<std::string()>& original) {
   pugi::xml_document document;
-  pugi::xml_parse_result result = document.load_buffer(text.data(), text.size(), kParseOptions, pugi::encoding_auto);
+  // Parsed where it stands, which changes the text: the line of a failure
+  // is counted in the original.
+  pugi::xml_parse_result result =
+      document.load_buffer_inplace(text.data(), text.size(), kParseOptions, pugi::encoding_auto);
   try {
     if (!result) {
       EmvMetadataXMLError error(MetadataMessageFormat(mvQBErrorBadXML, {UTF8Decode(result.description())}),
                                 ElementBefore(document, result.offset));
-      error.Locate(fileName, text, result.offset);
+      error.Locate(fileName, original(), result.offset);
       throw error;
     }
     pugi::xml_node root = document.document_element();
     if (root) ReadXMLNode(root, replace);
   } catch (EmvMetadataXMLError& e) {
-    if (!e.Located()) e.Locate(fileName, text);
+    if (!e.Located()) e.Locate(fileName, original());
     throw;
   }
 }
 
-void TmvMetadataContainer::LoadFromXML(WideStringView text) { ReadXMLText(UTF8Encode(text), u"", true); }
+namespace {
 
-void TmvMetadataContainer::AddFromXML(WideStringView text) { ReadXMLText(UTF8Encode(text), u"", false); }
+// The bytes of a file, read in one piece.
+std::string ReadFileBytes(WideStringView fileName) {
+  const std::string path = UTF8Encode(fileName);
+  std::ifstream in(path, std::ios::binary | std::ios::ate);
+  std::string bytes;
+  if (in) {
+    const std::streamoff size = in.tellg();
+    if (size >= 0) {
+      bytes.resize(size_t(size));
+      in.seekg(0);
+      in.read(bytes.data(), size);
+    }
+    if (in && size >= 0) return bytes;
+  }
+  // Reading it the ordinary way names the file and the reason.
+  return ReadAllBytes(path);
+}
+
+// The bytes of a file again, for the line of a failure; empty if it cannot be read.
+std::string ReadAgain(WideStringView fileName) {
+  try {
+    return ReadFileBytes(fileName);
+  } catch (const Exception&) {
+    return {};
+  }
+}
+
+}  // namespace
+
+void TmvMetadataContainer::LoadFromXML(WideStringView text) {
+  ReadXMLText(UTF8Encode(text), u"", true, [text] { return UTF8Encode(text); });
+}
+
+void TmvMetadataContainer::AddFromXML(WideStringView text) {
+  ReadXMLText(UTF8Encode(text), u"", false, [text] { return UTF8Encode(text); });
+}
 
 void TmvMetadataContainer::LoadFromXMLFile(WideStringView fileName) {
-  ReadXMLText(ReadAllBytes(UTF8Encode(fileName)), fileName, true);
+  ReadXMLText(ReadFileBytes(fileName), fileName, true, [fileName] { return ReadAgain(fileName); });
 }
 
 void TmvMetadataContainer::AddFromXMLFile(WideStringView fileName) {
-  ReadXMLText(ReadAllBytes(UTF8Encode(fileName)), fileName, false);
+  ReadXMLText(ReadFileBytes(fileName), fileName, false, [fileName] { return ReadAgain(fileName); });
 }
 
 }  // namespace mv
