@@ -20,6 +20,7 @@ void RegisterFrontendMessages() {
          u" The statement is too complex to parse: a limit was met before \"%0:s\" at line %1:d, pos %2:d"},
         {mvQBSqlMustBeSimpleSelect, u"SQL query must be single SELECT statement"},
         {mvQBBadObjectName, u"Invalid object name"},
+        {mvQBUnknownObjectName, u"Unknown object name: \"%s\""},
     });
   });
 }

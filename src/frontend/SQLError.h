@@ -61,5 +61,6 @@ inline constexpr const char16_t* mvQBUnexpectedTokenAt = u"mvQBUnexpectedTokenAt
 inline constexpr const char16_t* mvQBStatementTooComplex = u"mvQBStatementTooComplex";
 inline constexpr const char16_t* mvQBSqlMustBeSimpleSelect = u"mvQBSqlMustBeSimpleSelect";
 inline constexpr const char16_t* mvQBBadObjectName = u"mvQBBadObjectName";
+inline constexpr const char16_t* mvQBUnknownObjectName = u"mvQBUnknownObjectName";
 
 }  // namespace mv

@@ -5,11 +5,14 @@
 #include <memory>
 
 #include "frontend/SQLContext.h"
+#include "frontend/SQLError.h"
 #include "frontend/SyntaxProvider.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
+#include "support/MessageCatalog.h"
+#include "support/WideFormat.h"
 #include "tree/Expressions.h"
 #include "tree/FromClause.h"
 #include "tree/LogicalExpressions.h"
@@ -692,6 +695,21 @@ void TmvPrepareAndFixupVisitor::FixupParameters(TastNodeBase* node, Param& param
       if (TSQLExpressionParameter* parameter = ParameterOf(in->Values->Expression(i)))
         LoadParameterProps(parameter, in->Negated ? u"Not In" : u"In", group, column);
   }
+}
+
+// --- Unknown objects ---
+
+void CheckUnknownObjects(TastNodeBase* node) {
+  auto check = [](TastNodeBase* each) {
+    auto* source = TmvCast<TSQLFromObject>(each);
+    if (!source || IsQualifiedNameEmpty(source->Object.get()) || source->WithItem || source->GetMetadataObject())
+      return;
+    RegisterFrontendMessages();
+    TSQLBuilder& builder = source->SQLContext()->SQLBuilderExpression();
+    throw EmvSQLError(WideFormat(MessageText(mvQBUnknownObjectName), {source->Object->SimpleSQL(builder)}), nullptr);
+  };
+  check(node);
+  node->TraverseASTTreeDepthFirst(check);
 }
 
 }  // namespace mv

@@ -74,6 +74,11 @@ class TmvPrepareAndFixupVisitor : public TastNodeVisitor {
   std::unordered_set<const TSQLSubQuerySelectExpression*> partialResults_;
 };
 
+// For hosts that refuse unknown objects: after binding, the first FROM
+// object that names neither a metadata object nor a common table expression
+// raises EmvSQLError "Unknown object name: "name"".
+void CheckUnknownObjects(TastNodeBase* node);
+
 // What a name of a bound tree refers to, as a tree dump shows it after the
 // node (UTF-8): for a column ` -> field "Total" of "Invoice" (source "i")`,
 // ` -> column "x" of "q"` or ` -> not bound`; for a source's own name

@@ -6,6 +6,7 @@
 
 #include "MetadataTestSupport.h"
 #include "frontend/ParseTreeDump.h"
+#include "frontend/SQLError.h"
 #include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/QueryFixup.h"
@@ -272,6 +273,19 @@ TEST_F(QueryFixupTest, DefaultSchemaAndDatabasePrefixesAreTakenOff) {
   SetDefaults({u"db"}, {u"dbo"});
   TmvOwned<TSQLSelectStatement> statement = Bind(u"SELECT dbo.t.x, db.dbo.t.k, other.t.x FROM t");
   EXPECT_EQ(UTF8Encode(Print(statement.get())), "Select t.x, t.k, other.t.x From t");
+}
+
+// A host that refuses unknown objects: binding leaves them, the check names the first.
+TEST_F(QueryFixupTest, UnknownObjectsCanBeRefused) {
+  TmvOwned<TSQLSelectStatement> known = Bind(u"SELECT 1 FROM t, (SELECT 2 FROM u) q");
+  EXPECT_NO_THROW(CheckUnknownObjects(known.get()));
+  TmvOwned<TSQLSelectStatement> unknown = Bind(u"SELECT 1 FROM t WHERE EXISTS (SELECT 1 FROM s.\"No where\")");
+  try {
+    CheckUnknownObjects(unknown.get());
+    FAIL() << "no error";
+  } catch (const EmvSQLError& e) {
+    EXPECT_EQ(e.Message(), u"Unknown object name: \"s.\"No where\"\"");
+  }
 }
 
 }  // namespace
