@@ -419,3 +419,29 @@ TEST_F(MetadataXmlTest, ParametersAndUnknownTypesAsThePartsWriteThem) {
   EXPECT_TRUE(copy->Parameters()->Items(1)->Name()->Quoted);
   (void)bare;
 }
+
+TEST(MetadataXmlHelpersTest, ValuesChildrenAndPaths) {
+  pugi::xml_document document;
+  ASSERT_TRUE(document.load_string(
+      "<r><a k=\"1\">x</a><a k=\"2\"><b/><b>0</b></a><c> FALSE </c><d>no</d><e>-1</e><f/></r>"));
+  pugi::xml_node root = document.first_child();
+  pugi::xml_node second = FindChildByNameAndAttribute("a", "k", "2", root);
+  ASSERT_TRUE(second);
+  EXPECT_FALSE(FindChildByNameAndAttribute("a", "k", "3", root));
+  EXPECT_EQ(GetValueFromChildNode(root, "a"), TmvVariant(u"x"));
+  EXPECT_TRUE(GetValueFromChildNode(root, "f").IsEmpty());
+  EXPECT_TRUE(GetValueFromChildNode(root, "none").IsEmpty());
+  // Booleans: false only for 0 and false, in any case and with blanks around.
+  EXPECT_FALSE(XMLNodeBool(FindChildElByName("c", root)));
+  EXPECT_TRUE(XMLNodeBool(FindChildElByName("d", root)));
+  EXPECT_TRUE(XMLNodeBool(FindChildElByName("e", root)));
+  EXPECT_FALSE(XMLNodeBool(second.last_child()));
+  EXPECT_EQ(XMLNodeInt(FindChildElByName("e", root), 7), -1);
+  EXPECT_EQ(XMLNodeInt(FindChildElByName("d", root), 7), 7);
+  EXPECT_EQ(XMLElementPath(second.last_child()), u"r/a[2]/b[2]");
+  EXPECT_EQ(XMLElementPath(FindChildElByName("c", root)), u"r/c");
+  EXPECT_EQ(XMLLineOfOffset("a\nb\nc", 4), 3);
+  pugi::xml_node written = CreateNodeWithValueParent(root, "g", true);
+  EXPECT_STREQ(written.text().get(), "1");
+  EXPECT_STREQ(CreateNodeWithValueParent(root, "h", 42).text().get(), "42");
+}
