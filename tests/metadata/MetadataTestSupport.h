@@ -22,10 +22,14 @@ class TMetadataTestProvider : public mvtest::TReferenceDialectProvider {
 
   bool databases = true;
   bool schemas = true;
+  bool groupByAlias = false;
+  bool orderByAlias = true;
   WideString upperFunction = u"upper";
 
   bool IsSupportDatabases() const override { return databases; }
   bool IsSupportSchemas() const override { return schemas; }
+  bool IsSupportGroupByAlias() const override { return groupByAlias; }
+  bool IsSupportOrderByAlias() const override { return orderByAlias; }
   WideString GetUpperCaseFunctionName() const override { return upperFunction; }
 };
 

@@ -208,13 +208,19 @@ TEST_F(QueryFixupTest, RecursiveWithItemSeesItsOwnColumns) {
             "c.n -> column \"n\" of \"c\"\n");
 }
 
-// Aliases of the select list in ORDER BY and GROUP BY are not columns of the sources.
-TEST_F(QueryFixupTest, SelectAliasesInOrderByStayAliases) {
-  TmvOwned<TSQLSelectStatement> statement = context.ParseSelect(u"SELECT x AS y, k FROM t ORDER BY y, k");
-  TSQLSubQuerySelectExpression* select = statement->FirstUnionSubQuery();
-  select->OrderBy.Set(statement->OrderBy.Release());
-  statement->PrepareAndFixupRecursive();
-  EXPECT_EQ(UTF8Encode(Print(statement.get())), "Select t.x As y, t.k From t Order By y, t.k");
+// Where the dialect lets GROUP BY and ORDER BY name a select alias, such a
+// name is the alias, not a column of the sources (t has a column x too).
+TEST_F(QueryFixupTest, SelectAliasesInGroupByAndOrderBy) {
+  auto print = [this](bool aliases) {
+    provider.groupByAlias = provider.orderByAlias = aliases;
+    TmvOwned<TSQLSelectStatement> statement = context.ParseSelect(u"SELECT k AS x FROM t GROUP BY x ORDER BY x");
+    TSQLSubQuerySelectExpression* select = statement->FirstUnionSubQuery();
+    select->OrderBy.Set(statement->OrderBy.Release());
+    statement->PrepareAndFixupRecursive();
+    return UTF8Encode(Print(statement.get()));
+  };
+  EXPECT_EQ(print(true), "Select t.k As x From t Group By x Order By x");
+  EXPECT_EQ(print(false), "Select t.k As x From t Group By t.x Order By t.x");
 }
 
 struct ParameterCase {
