@@ -24,7 +24,7 @@ while (($#)); do
   esac
   shift
 done
-((${#targets[@]})) || targets=(parse_print decode)
+((${#targets[@]})) || targets=(parse_print bind_print decode)
 
 scripts/setup.sh
 need=()
