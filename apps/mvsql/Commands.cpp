@@ -13,6 +13,7 @@ int RunTokens(const std::vector<std::string>& args, std::ostream& out, std::ostr
 int RunParse(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunDialects(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunFormat(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunMetadata(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {
@@ -51,6 +52,18 @@ const std::vector<Command>& AllCommands() {
        "and exits with 1; an unknown option or a bad value exits with 2.\n",
        RunFormat},
       {"dialects", "list the dialects: provider class, short name, description", "mvsql dialects\n", RunDialects},
+      {"metadata", "read metadata from a metadata XML file or a SQLite database; summary or XML",
+       "mvsql metadata --xml FILE [-o OUT.xml] [--summary] [--dialect NAME]\n"
+       "       mvsql metadata --sqlite FILE [-o OUT.xml] [--summary] [--dialect NAME]\n"
+       "  --xml FILE      a metadata XML file\n"
+       "  --sqlite FILE   the catalog of a SQLite database, opened read-only\n"
+       "  -o, --output F  write the metadata as XML to F\n"
+       "  --summary       print the default names and the objects by kind with their fields and\n"
+       "                  relations (the default for --xml without -o)\n"
+       "  --dialect NAME  the dialect names are read and compared under (default sql92)\n"
+       "Without -o and --summary, --sqlite prints the XML. A file that cannot be read prints\n"
+       "its error (file, line and element for XML) on standard error and exits with 1.\n",
+       RunMetadata},
   };
   return commands;
 }

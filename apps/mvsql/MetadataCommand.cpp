@@ -1,0 +1,131 @@
+// mvsql metadata: a metadata container read from a metadata XML file or
+// from the catalog of a SQLite database, printed as a summary or written as
+// metadata XML.
+//
+// --xml FILE reads a metadata file; a file the reader refuses prints its
+// error (file, line, element) and exits with 1. --sqlite FILE opens the
+// database read-only and reads its catalog under the SQL-92 dialect (or
+// --dialect). -o FILE writes the container as metadata XML to FILE;
+// --summary prints the summary: the default names, then the objects by
+// kind, each with its fields and relations. Without either, --xml prints
+// the summary and --sqlite the XML, so that `--sqlite DB --summary` and
+// `--xml FILE` written from it can be compared.
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "Arguments.h"
+#include "Command.h"
+#include "DialectNames.h"
+#include "frontend/SQLContext.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataProvider.h"
+#include "metadata/dataset/SQLiteCatalog.h"
+#include "metadata/dataset/SQLiteConnection.h"
+
+namespace mvsql {
+
+namespace {
+
+std::string Text(const mv::WideString& text) { return mv::UTF8Encode(text); }
+
+std::string Plural(int count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+struct ObjectKind {
+  const char* title;
+  const mv::TmvMetadataClass& (*objectClass)();
+};
+
+const ObjectKind kKinds[] = {
+    {"tables", &mv::TmvMetadataTable::StaticClass},
+    {"views", &mv::TmvMetadataView::StaticClass},
+    {"procedures", &mv::TmvMetadataProcedure::StaticClass},
+    {"synonyms", &mv::TmvMetadataSynonym::StaticClass},
+};
+
+void PrintSummary(const mv::TmvMetadataContainer& container, std::ostream& out) {
+  const std::string database = Text(container.DefaultDatabaseNameStr());
+  const std::string schemas = Text(container.DefaultSchemaNamesStr());
+  out << "default database: " << (database.empty() ? "(none)" : database) << "\n";
+  out << "default schemas: " << (schemas.empty() ? "(none)" : schemas) << "\n";
+  out << "custom aggregate functions: " << container.CustomAggregateFunctions()->Count() << "\n";
+  int fields = 0;
+  int relations = 0;
+  for (const ObjectKind& kind : kKinds) {
+    std::string lines;
+    int count = 0;
+    for (int i = 0; i < container.Count(); ++i) {
+      const mv::TmvMetadataObject* object = container.Items(i);
+      if (&object->MetadataClass() != &kind.objectClass()) continue;
+      ++count;
+      const mv::TmvMetadataFieldsList* objectFields = object->GetFields();
+      const int objectRelations = object->GetRelations()->Count();
+      fields += objectFields->Count();
+      relations += objectRelations;
+      lines += "  " + Text(object->FullNameStr()) + ": " +
+               (objectFields->Loaded() ? Plural(objectFields->Count(), "field", "fields") : "fields not loaded") +
+               ", " + Plural(objectRelations, "relation", "relations") + "\n";
+    }
+    out << kind.title << ": " << count << "\n" << lines;
+  }
+  out << "total: " << Plural(container.Count(), "object", "objects") << ", " << Plural(fields, "field", "fields")
+      << ", " << Plural(relations, "relation", "relations") << "\n";
+}
+
+// "-o FILE" is "--output FILE".
+std::vector<std::string> WithLongOptions(std::vector<std::string> args) {
+  for (std::string& arg : args)
+    if (arg == "-o") arg = "--output";
+  return args;
+}
+
+}  // namespace
+
+int RunMetadata(const std::vector<std::string>& rawArgs, std::ostream& out, std::ostream& err) {
+  Arguments arguments(WithLongOptions(rawArgs), {"xml", "sqlite", "output", "dialect"}, {"summary"});
+  if (!arguments.Positional().empty()) throw UsageError{"unexpected argument '" + arguments.Positional().front() + "'"};
+  const bool fromXml = arguments.Has("xml");
+  if (fromXml == arguments.Has("sqlite")) throw UsageError{"give one of --xml FILE and --sqlite FILE"};
+  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = CreateDialect(arguments.Value("dialect", "sql92"));
+  const std::string output = arguments.Value("output");
+  const bool summary = arguments.Has("summary") || (fromXml && output.empty());
+
+  mv::TmvBaseSQLContext context;
+  context.SetSyntaxProvider(provider.get());
+  mv::TmvOwned<mv::TmvMetadataContainer> container = mv::TmvCreate<mv::TmvMetadataContainer>(nullptr, &context);
+  context.SetMetadataContainer(container.get());
+  std::unique_ptr<mv::TmvSQLiteConnection> connection;
+  mv::TmvConnectionMetadataProvider metadataProvider;
+  int code = kExitSuccess;
+  try {
+    if (fromXml) {
+      container->LoadFromXMLFile(mv::UTF8Decode(arguments.Value("xml")));
+    } else {
+      connection = std::make_unique<mv::TmvSQLiteConnection>(mv::UTF8Decode(arguments.Value("sqlite")),
+                                                             mv::somReadOnly);
+      metadataProvider.SetConnection(connection.get());
+      context.SetMetadataProvider(&metadataProvider);
+      mv::LoadSQLiteCatalog(&context, container.get());
+    }
+    // What was read is all there is: saving fetches nothing more.
+    container->SetWorkOffline(true);
+    if (!output.empty()) container->SaveToXMLFile(mv::UTF8Decode(output));
+    if (summary)
+      PrintSummary(*container, out);
+    else if (output.empty())
+      out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" << Text(container->GetXML());
+  } catch (const mv::Exception& e) {
+    err << "mvsql metadata: " << Text(e.Message()) << "\n";
+    code = kExitFailure;
+  }
+  context.SetMetadataContainer(nullptr);
+  container.reset();
+  context.SetMetadataProvider(nullptr);
+  if (connection) connection->Close();
+  context.SetSyntaxProvider(nullptr);
+  return code;
+}
+
+}  // namespace mvsql
