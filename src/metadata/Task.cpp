@@ -37,7 +37,8 @@ TmvTask::TmvTask(TmvObject* tag) : tag_(tag) {}
 
 TmvTask::~TmvTask() {
   // Whoever held the task has let go, the worker and the cancel threads
-  // included, so what is left of them is their return.
+  // included (they let go on the main thread), so what is left of them is
+  // their return.
   JoinOrDetach(worker_);
   for (std::thread& thread : cancelThreads_) JoinOrDetach(thread);
 }
@@ -92,8 +93,11 @@ void TmvTask::Run() {
   started_ = true;
   worker_ = std::thread([self]() mutable {
     self->Execute();
-    // The last reference may be this one: the task then goes here.
-    self.reset();
+    // The worker's reference goes on the main thread, so that the task,
+    // if it was the last one, is freed there, where its destructor joins
+    // this thread: whoever frees what the task used (a provider) then
+    // knows the worker is done with it.
+    Post([self = std::move(self)]() mutable { self.reset(); });
   });
 }
 
@@ -200,7 +204,7 @@ void TmvTask::CancelAsync() {
     } catch (...) {
       // A driver that fails to cancel leaves the task running.
     }
-    self.reset();
+    Post([self = std::move(self)]() mutable { self.reset(); });
   });
   std::lock_guard guard(lock_);
   cancelThreads_.push_back(std::move(thread));

@@ -16,10 +16,14 @@
 // OnStopped on the main thread, so a headless host drains the main-thread
 // dispatcher (ProcessPending, or WaitFor) to hear of them.
 //
-// A task is reference counted: it is made by `TmvCreateTask` as a
+// A task is reference counted (the reference-counted object with an
+// interface that tasks are): it is made by `TmvCreateTask` as a
 // std::shared_ptr, and the worker (and a CancelAsync thread) holds a
 // reference of its own while it runs, so the task lives to its end whoever
-// else lets go of it.
+// else lets go of it. Those threads let go of their references on the main
+// thread (a posted call), so a task whose last holder was its worker is
+// freed there once the host drains the dispatcher, and its destructor joins
+// the worker.
 //
 // State changes are made under the task's lock, and the worker's end waits
 // while a Cancel is between mvtCanceling and its outcome.
@@ -94,8 +98,8 @@ class TmvTask : public TmvObject, public virtual ImvTask, public std::enable_sha
   MV_DECLARE_CLASS()
  public:
   explicit TmvTask(TmvObject* tag);
-  // Runs where the last reference goes: on the main thread, or at the very
-  // end of the worker when the worker held the last one.
+  // Runs where the last reference goes (on the main thread when the worker
+  // held it); joins the worker and the cancel threads.
   ~TmvTask() override;
   TmvTask(const TmvTask&) = delete;
   TmvTask& operator=(const TmvTask&) = delete;
