@@ -5,6 +5,11 @@
 // line, and --way the decisions of the way the first pass chose. A syntax
 // error prints the parser's message on standard error and exits with 1.
 //
+// --metadata FILE.xml or --sqlite FILE: the statement is bound to that
+// metadata before it is printed; with --tree each name shows what it refers
+// to (a field of an object, a column of a derived table, or nothing);
+// --strict refuses a FROM object that the metadata does not know.
+//
 // --batch FILE...: each file is a list of statements separated by ";;" lines.
 // For each file one summary line: entries, statements that parse, and those
 // whose print parses again to the same print (the round trip). --failures
@@ -20,10 +25,12 @@
 #include "Arguments.h"
 #include "Command.h"
 #include "DialectNames.h"
+#include "MetadataSource.h"
 #include "frontend/ParseTreeDump.h"
 #include "frontend/Parser.h"
 #include "frontend/SQLContext.h"
 #include "frontend/Scanner.h"
+#include "metadata/QueryFixup.h"
 #include "support/StatementList.h"
 #include "support/TextFile.h"
 #include "tree/Expressions.h"
@@ -116,18 +123,31 @@ mv::WideString PrintFast(mv::TastNode* node) {
 int RunOne(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::ostream& out, std::ostream& err) {
   const mv::TmvParserEntry entry = FindEntry(arguments.Value("entry", "select"));
   const mv::WideString text = mv::ReadTextFile(arguments.InputPath());
+  const bool bind = arguments.Has("metadata") || arguments.Has("sqlite");
   try {
+    std::unique_ptr<MetadataSource> metadata;
+    if (bind) {
+      metadata = std::make_unique<MetadataSource>(context);
+      if (arguments.Has("metadata"))
+        metadata->LoadXml(arguments.Value("metadata"));
+      else
+        metadata->LoadSQLite(arguments.Value("sqlite"));
+    }
     mv::TmvOwned<mv::TastNode> node = ParseEntry(context, entry, text);
+    if (bind) node->PrepareAndFixupRecursive();
+    if (bind && arguments.Has("strict")) mv::CheckUnknownObjects(node.get());
     const bool way = arguments.Has("way");
     const bool tree = arguments.Has("tree");
     if (way) out << FindWayString(context, entry, text) << "\n";
-    if (tree) out << mv::DumpParseTree(node.get());
+    if (tree) out << mv::DumpParseTree(node.get(), bind ? mv::TastDumpAnnotation(mv::DescribeBinding) : nullptr);
     if (!way && !tree) out << mv::UTF8Encode(PrintFast(node.get())) << "\n";
     return kExitSuccess;
   } catch (const mv::EmvSQLError& e) {
     err << mv::UTF8Encode(e.Message()) << "\n";
   } catch (const FragmentError& e) {
     err << mv::UTF8Encode(e.message) << "\n";
+  } catch (const mv::Exception& e) {
+    err << mv::UTF8Encode(e.Message()) << "\n";
   }
   return kExitFailure;
 }
@@ -241,7 +261,10 @@ int RunBatch(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::os
 }  // namespace
 
 int RunParse(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-  Arguments arguments(args, {"dialect", "entry", "reasons"}, {"way", "tree", "batch", "failures", "dump"});
+  Arguments arguments(args, {"dialect", "entry", "reasons", "metadata", "sqlite"},
+                      {"way", "tree", "batch", "failures", "dump", "strict"});
+  if (arguments.Has("metadata") && arguments.Has("sqlite"))
+    throw UsageError{"give at most one of --metadata FILE.xml and --sqlite FILE"};
   mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = CreateDialect(arguments.Value("dialect", "sql92"));
   mv::TmvBaseSQLContext context;
   context.SetSyntaxProvider(provider.get());

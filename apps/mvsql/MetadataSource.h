@@ -1,0 +1,37 @@
+// The metadata a command reads names against: a container filled from an
+// XML file or from the catalog of a SQLite database, attached to a context
+// for as long as the object lives. What was read is all there is: the
+// container works offline afterwards, so nothing asks a server again.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataProvider.h"
+#include "metadata/dataset/SQLiteConnection.h"
+
+namespace mvsql {
+
+class MetadataSource {
+ public:
+  // `context` must have its syntax provider and outlive this object.
+  explicit MetadataSource(mv::TmvBaseSQLContext& context);
+  ~MetadataSource();
+  MetadataSource(const MetadataSource&) = delete;
+  MetadataSource& operator=(const MetadataSource&) = delete;
+
+  // Raise mv::Exception with the file and the reason.
+  void LoadXml(const std::string& path);
+  void LoadSQLite(const std::string& path);
+
+  mv::TmvMetadataContainer& Container() { return *container_; }
+
+ private:
+  mv::TmvBaseSQLContext& context_;
+  mv::TmvOwned<mv::TmvMetadataContainer> container_;
+  std::unique_ptr<mv::TmvSQLiteConnection> connection_;
+  mv::TmvConnectionMetadataProvider provider_;
+};
+
+}  // namespace mvsql
