@@ -37,6 +37,9 @@ inline constexpr const char16_t* kInvalidMaskText = u"Invalid Mask";
 inline constexpr const char16_t* kNoDatabasesText =
     u"The server doesn't support queries with objects from different databases.";
 inline constexpr const char16_t* kNoSchemasText = u"The server doesn't support schemas.";
+// LoadSQLiteCatalog on a provider whose connection is another database's (%s: its description).
+inline constexpr const char16_t* kNotSQLiteConnectionText =
+    u"The connection of the metadata provider is not a SQLite database: %s";
 
 // Registers the keys above, and the two of the front end that this layer
 // raises, with their English texts (once per process).

@@ -285,6 +285,23 @@ TEST_F(FetchersTest, AnEmptyDatasetEndsTheWalkAtOnce) {
   EXPECT_EQ(relations.ends, 1);
 }
 
+TEST_F(FetchersTest, AContainerThatWorksOfflineGetsTheFieldsAtOnce) {
+  server.AddResult(u"where 0<>0", TmvMemoryTable().AddColumn(u"ID", ftInteger).AddColumn(u"NAME", ftWideString, 20),
+                   TmvScriptMatch::smContains);
+  TmvMemoryDataSet rows(Rows({u"NAM"}, {{u"T1"}, {u"T2"}}));
+  TmvMetadataObjectFetcherFromDataset fetcher(&context, nullptr);
+  fetcher.NameFieldName = u"NAM";
+  fetcher.SetDefaultObjectClass(&TmvMetadataTable::StaticClass());
+  fetcher.SetDataset(&rows);
+  container->SetWorkOffline(true);
+  fetcher.LoadMetadata(container.get(), nullptr, nullptr);
+  ASSERT_EQ(container->Count(), 2);
+  for (int i = 0; i < container->Count(); ++i) {
+    EXPECT_TRUE(container->Items(i)->GetFields()->Loaded());
+    EXPECT_EQ(container->Items(i)->GetFields()->Count(), 2);
+  }
+}
+
 TEST_F(FetchersTest, SynonymTargetsFromPartsOrOneQualifiedText) {
   const TmvMemoryTable rows =
       Rows({u"NAM", u"TYP", u"FULL", u"RDB", u"RSCH", u"RNAM"}, {

@@ -1,7 +1,8 @@
 // The catalog of a SQLite database read into a metadata container by the
 // generic fetchers: catalog statements over sqlite_master and the
 // table-valued pragma functions, in which every name travels as a column
-// value or a parameter and never becomes statement text.
+// value or a parameter and never becomes statement text. Defined among the
+// fetchers (metadata/fetchers/SQLiteCatalog.cpp), which this folder may not include.
 #pragma once
 
 namespace mv {

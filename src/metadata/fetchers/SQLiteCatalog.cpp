@@ -116,8 +116,7 @@ void LoadSQLiteCatalog(TmvBaseSQLContext* context, TmvMetadataContainer* contain
   if (!connection) throw EmvQueryBuilderError(MetadataMessageFormat(mvQBNoConnectionObject, {u"Connection"}));
   if (!dynamic_cast<TmvSQLiteConnection*>(connection))
     throw EmvQueryBuilderError(connection->Description(),
-                               u"The connection of the metadata provider is not a SQLite database: " +
-                                   connection->Description());
+                               WideFormat(kNotSQLiteConnectionText, {connection->Description()}));
 
   TmvUpdateBatch batch(*container);
   container->SetLoaded(true);
