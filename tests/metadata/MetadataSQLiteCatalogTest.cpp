@@ -93,7 +93,9 @@ class SQLiteCatalogTest : public MetadataTest {
            fk->Next()) {
         auto& key = keys[fk->FieldByName(u"id").AsLargeInt()];
         key.first = fk->FieldByName(u"table").AsWideString();
-        const auto add = [](std::string& list, const WideString& name) { list += (list.empty() ? "" : ",") + UTF8Encode(name); };
+        const auto add = [](std::string& list, const WideString& name) {
+          list += (list.empty() ? "" : ",") + UTF8Encode(name);
+        };
         add(key.second.first, fk->FieldByName(u"to").AsWideString());
         add(key.second.second, fk->FieldByName(u"from").AsWideString());
       }

@@ -204,7 +204,8 @@ void TmvMetadataObjectFetcherFromDataset::CalcReferencedObjectName(TSQLQualified
   if (!FindCatalogColumn(dataset_, ReferencedFullNameFieldName)) return;
   // One qualified text: name, then schema where the dialect has schemas,
   // then the database.
-  TmvOwned<TSQLQualifiedName> target = SQLContext()->ParseQualifiedNameQuoteIfNeed(ColumnText(ReferencedFullNameFieldName));
+  TmvOwned<TSQLQualifiedName> target =
+      SQLContext()->ParseQualifiedNameQuoteIfNeed(ColumnText(ReferencedFullNameFieldName));
   if (IsQualifiedNameEmpty(target.get())) return;
   AssignIdentifier(name, target->Token(0));
   int next = 1;
