@@ -89,7 +89,8 @@ bool TmvBaseMetadataObjectsFetcher::LoadRow(const TSQLQualifiedName* database, c
   if (name.IsEmpty()) return false;
 
   TmvBaseSQLContext* context = SQLContext();
-  TmvOwned<TmvMetadataBase> made(objectClass->CreateRaw(container_, context));
+  // Made without a parent: until it is added, nothing of the container hears of it.
+  TmvOwned<TmvMetadataBase> made(objectClass->CreateRaw(nullptr, context));
   if (!TmvCast<TmvMetadataObject>(made.get()))
     throw EmvQueryBuilderError(u"Cannot add an object of the class " + WideFromAscii(objectClass->ClassName()));
   TmvOwned<TmvMetadataObject> object(static_cast<TmvMetadataObject*>(made.release()));
