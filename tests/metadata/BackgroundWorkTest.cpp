@@ -456,7 +456,10 @@ class TLoadingOwner : public ImvMetadataLoadingOwner {
   TmvMetadataContainer* MetadataContainer() override { return container_; }
   void NotifyAsyncLoadingStarted() override { Count(started); }
   void NotifyAsyncLoadingCompleted() override { Count(completed); }
-  void MetadataLoaded() override { Count(loaded); }
+  void MetadataLoaded() override {
+    Count(loaded);
+    if (onLoaded) onLoaded();
+  }
   void PostRaiseAsyncException(std::exception_ptr error) override {
     Count(failed);
     failure = error;
@@ -475,6 +478,7 @@ class TLoadingOwner : public ImvMetadataLoadingOwner {
   int loaded = 0;
   int failed = 0;
   bool onMain = true;
+  std::function<void()> onLoaded;
   std::exception_ptr failure;
 
  private:
@@ -669,4 +673,36 @@ TEST_F(BackgroundLoadTest, ProvidersMustBeSet) {
   EXPECT_EQ(mvtest::ThrownMessage([&] { loading.LoadMetadataAsync(&provider, nullptr, nullptr); }),
             u"Metadata provider is not specified");
   EXPECT_EQ(loading.Thread(), nullptr);
+}
+
+// A new load started from the end of the last one (a step of its thread on
+// the main thread) cannot wait for that thread there; it is freed later.
+TEST_F(BackgroundLoadTest, LoadStartedFromTheEndOfTheLastOne) {
+  TLoadingOwner owner(container.get(), provider);
+  TmvMetadataAsyncLoading loading(owner);
+  owner.onLoaded = [&] {
+    if (owner.loaded == 1) loading.LoadMetadataAsync(&provider, &events, nullptr);
+  };
+  loading.LoadMetadataAsync(&provider, &events, nullptr);
+  DrainUntil([&] { return owner.loaded == 2 && !loading.IsLoading(); });
+  EXPECT_EQ((std::tuple{owner.started, owner.completed, owner.failed}), (std::tuple{2, 2, 0}));
+}
+
+TEST_F(BackgroundLoadTest, DefaultCopiesOfTheProviders) {
+  TLoadingOwner owner(container.get(), provider);
+  ImvMetadataLoadingOwner& base = owner;
+  TmvOwned<TmvBaseSyntaxProvider> reference = mvtest::NewReferenceProvider();
+  reference->SetIdentCaseSens(icsSensitiveLowerCase);
+  TmvOwned<TmvBaseSyntaxProvider> syntax = base.ImvMetadataLoadingOwner::CloneSyntaxProvider(*reference);
+  EXPECT_EQ(syntax->ClassName(), reference->ClassName());
+  EXPECT_EQ(syntax->GetIdentCaseSens(), icsSensitiveLowerCase);
+  EXPECT_THROW(base.ImvMetadataLoadingOwner::CloneSyntaxProvider(provider), EmvQueryBuilderError)
+      << "a class the registry does not know";
+  events.SetTrimQuotes(false);
+  TmvOwned<TmvBaseMetadataProvider> metadata = base.ImvMetadataLoadingOwner::CloneMetadataProvider(events);
+  auto* copy = TmvCast<TmvEventMetadataProvider>(metadata.get());
+  ASSERT_NE(copy, nullptr);
+  EXPECT_TRUE(copy->OnGetTables && copy->OnGetTableRelations && !copy->OnGetViews);
+  EXPECT_FALSE(copy->TrimQuotes());
+  EXPECT_EQ(copy->Connection(), nullptr) << "a copy gets a connection of its own";
 }
