@@ -50,6 +50,11 @@ TmvMetadataLoadingThread::TmvMetadataLoadingThread(ImvMetadataLoadingOwner& owne
   context_->SetMetadataProvider(metadataProvider_.get());
   container_ = TmvCreate<TmvMetadataContainer>(nullptr, context_.get());
   context_->SetMetadataContainer(container_.get());
+  // A load clears the abort flag as it starts, which may undo a Terminate
+  // that came just before: each object it adds then raises the flag again.
+  container_->GetMetadataObjectAddedEvent().AddHandler(TmvHandlerId::Unique(), [this](TmvObject*, TmvMetadataObject*) {
+    if (terminated_.load()) container_->AbortMetadataLoading();
+  });
   if (const TmvMetadataContainer* target = owner.MetadataContainer()) {
     container_->SetWorkOffline(target->WorkOffline());
     container_->SetLoadInvertedRelations(target->LoadInvertedRelations());
@@ -189,8 +194,8 @@ void TmvMetadataAsyncLoading::LoadMetadataAsync(const TmvBaseSyntaxProvider* syn
   if (!metadataProvider) throw EmvQueryBuilderError(MetadataMessage(mvQBNoMetadataProvider));
   if (metadataProvider->Connection()) metadataProvider->Connect();
   CancelAsyncMetadataLoading();
-  auto thread = std::make_shared<TmvMetadataLoadingThread>(owner_, *syntaxProvider, *metadataProvider, filter,
-                                                           database);
+  auto thread =
+      std::make_shared<TmvMetadataLoadingThread>(owner_, *syntaxProvider, *metadataProvider, filter, database);
   thread->Start();
   thread_ = std::move(thread);
 }

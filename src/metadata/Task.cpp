@@ -23,12 +23,18 @@ void JoinOrDetach(std::thread& thread) {
 
 const char* TaskStateName(TmvTaskState state) {
   switch (state) {
-    case mvtCreated: return "mvtCreated";
-    case mvtRunning: return "mvtRunning";
-    case mvtCompleted: return "mvtCompleted";
-    case mvtCanceling: return "mvtCanceling";
-    case mvtCanceled: return "mvtCanceled";
-    case mvtFaulted: return "mvtFaulted";
+    case mvtCreated:
+      return "mvtCreated";
+    case mvtRunning:
+      return "mvtRunning";
+    case mvtCompleted:
+      return "mvtCompleted";
+    case mvtCanceling:
+      return "mvtCanceling";
+    case mvtCanceled:
+      return "mvtCanceled";
+    case mvtFaulted:
+      return "mvtFaulted";
   }
   return "?";
 }

@@ -159,8 +159,8 @@ struct TCancelCase {
 // that reports the end on the main thread.
 TEST(TaskTest, CancelPointsAndStates) {
   const TCancelCase cases[] = {
-      {"running, cancel succeeds", nullptr, [](TScriptedTask& t) { return t.Cancel(); }, true, mvtCanceled,
-       mvtCanceled, false, "Canceled"},
+      {"running, cancel succeeds", nullptr, [](TScriptedTask& t) { return t.Cancel(); }, true, mvtCanceled, mvtCanceled,
+       false, "Canceled"},
       {"running, cancel refused", [](TScriptedTask& t) { t.cancelAnswer = false; },
        [](TScriptedTask& t) { return t.Cancel(); }, false, mvtRunning, mvtCompleted, false, "Completed"},
       {"running, cannot cancel", [](TScriptedTask& t) { t.canCancel = false; },

@@ -25,10 +25,14 @@ enum class TFailure { Abort, StdError, QueryBuilderError, NoStdException };
 
 void Raise(TFailure failure) {
   switch (failure) {
-    case TFailure::Abort: throw EAbort();
-    case TFailure::StdError: throw std::runtime_error("disk I/O error");
-    case TFailure::QueryBuilderError: throw EmvQueryBuilderError(u"no such table: t");
-    case TFailure::NoStdException: throw 42;
+    case TFailure::Abort:
+      throw EAbort();
+    case TFailure::StdError:
+      throw std::runtime_error("disk I/O error");
+    case TFailure::QueryBuilderError:
+      throw EmvQueryBuilderError(u"no such table: t");
+    case TFailure::NoStdException:
+      throw 42;
   }
 }
 
@@ -72,7 +76,8 @@ TEST(ContainerWithoutContextTest, OperationsThatNeedOneSaySo) {
   EXPECT_EQ(ThrownMessage([&] { container->SortByNames(); }), expected);
   EXPECT_EQ(ThrownMessage([&] { container->ClearMetadataByFilter(nullptr); }), expected);
   EXPECT_EQ(ThrownMessage([&] { container->FindTableByAltName(name.get()); }), expected);
-  EXPECT_EQ(ThrownMessage([&] { container->LoadMetadataByFilter(static_cast<TmvConnection*>(nullptr), nullptr); }), expected);
+  EXPECT_EQ(ThrownMessage([&] { container->LoadMetadataByFilter(static_cast<TmvConnection*>(nullptr), nullptr); }),
+            expected);
   EXPECT_EQ(ThrownMessage([&] { container->AddTable(u"t"); }), expected);
   EXPECT_EQ(container->FindTableByFullName(u"t"), nullptr) << "a lookup by text finds nothing";
   EXPECT_FALSE(container->IsAborted());
