@@ -32,6 +32,7 @@ TmvAsyncSql::~TmvAsyncSql() {
   try {
     if (state == mvtRunning && GetCanCancel()) Cancel();
   } catch (...) {
+    // A failing cancel leaves the wait below to end the run.
   }
   if (state == mvtRunning || state == mvtCanceling) Wait(-1);
   dataset_.reset();

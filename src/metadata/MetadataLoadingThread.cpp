@@ -71,7 +71,11 @@ TmvMetadataLoadingThread::TmvMetadataLoadingThread(ImvMetadataLoadingOwner& owne
 
 TmvMetadataLoadingThread::~TmvMetadataLoadingThread() {
   Terminate();
-  WaitFor();
+  try {
+    WaitFor();
+  } catch (...) {
+    // A failure of another queued call; the thread has ended and is joined.
+  }
   context_->SetMetadataContainer(nullptr);
   container_.reset();
   database_.reset();
@@ -97,8 +101,19 @@ void TmvMetadataLoadingThread::Terminate() {
 
 void TmvMetadataLoadingThread::WaitFor() {
   if (!started_) return;
-  MainThreadDispatcher().WaitFor([this] { return finished_.load(); });
+  // Another queued call that fails while we drain is raised once the thread
+  // has ended, so that the wait itself always ends with the thread joined.
+  std::exception_ptr queuedFailure;
+  for (;;) {
+    try {
+      MainThreadDispatcher().WaitFor([this] { return finished_.load(); });
+      break;
+    } catch (...) {
+      if (!queuedFailure) queuedFailure = std::current_exception();
+    }
+  }
   if (thread_.joinable()) thread_.join();
+  if (queuedFailure) std::rethrow_exception(queuedFailure);
 }
 
 template <class Step>
@@ -184,6 +199,7 @@ TmvMetadataAsyncLoading::~TmvMetadataAsyncLoading() {
   try {
     CancelAsyncMetadataLoading();
   } catch (...) {
+    // A failure of another queued call met while waiting; a destructor cannot report it.
   }
 }
 

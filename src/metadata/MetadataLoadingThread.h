@@ -84,8 +84,9 @@ class TmvMetadataLoadingThread {
   // nothing over. From any thread; returns at once.
   void Terminate();
   bool Terminated() const { return terminated_.load(); }
-  // Waits until the thread has ended; on the main thread it runs queued
-  // main-thread work meanwhile (the thread's own steps among it).
+  // Waits until the thread has ended and joins it; on the main thread it
+  // runs queued main-thread work meanwhile (the thread's own steps among
+  // it). A queued call that fails meanwhile is raised after the join.
   void WaitFor();
   // Whether the thread has ended (or was never started).
   bool Finished() const { return !started_ || finished_.load(); }

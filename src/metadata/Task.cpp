@@ -151,10 +151,12 @@ void TmvTask::Execute() {
       DoStopped();
     });
   } catch (...) {
+    // A handler's failure on the main thread is its own; the worker ends all the same.
   }
   try {
     Fire(OnCleanupThread());
   } catch (...) {
+    // Nothing is left to tell of a failing clean-up.
   }
 }
 
