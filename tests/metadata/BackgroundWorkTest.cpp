@@ -706,3 +706,26 @@ TEST_F(BackgroundLoadTest, DefaultCopiesOfTheProviders) {
   EXPECT_FALSE(copy->TrimQuotes());
   EXPECT_EQ(copy->Connection(), nullptr) << "a copy gets a connection of its own";
 }
+
+// Another queued call that fails while a cancel waits: the wait goes on to
+// the thread's end, and the failure comes out after it.
+TEST_F(BackgroundLoadTest, QueuedFailureDuringACancelComesOutAfterTheThreadsEnd) {
+  TLoadingOwner owner(container.get(), provider);
+  TmvMetadataAsyncLoading loading(owner);
+  std::atomic<TmvMetadataLoadingThread*> thread{nullptr};
+  std::atomic<bool> reached{false};
+  afterRow = [&](int rows) {
+    if (rows < 2) return true;
+    reached = true;
+    while (!thread.load() || !thread.load()->Terminated()) std::this_thread::yield();
+    return false;
+  };
+  loading.LoadMetadataAsync(&provider, &events, nullptr);
+  thread = loading.Thread();
+  DrainUntil([&] { return reached.load(); });
+  Post([] { throw std::runtime_error("a queued call failed"); });
+  EXPECT_THROW(loading.CancelAsyncMetadataLoading(), std::runtime_error);
+  EXPECT_EQ(loading.Thread(), nullptr);
+  EXPECT_EQ((std::tuple{owner.started, owner.completed, owner.loaded, owner.failed}), (std::tuple{1, 1, 0, 0}));
+  EXPECT_EQ(container->Count(), 1);
+}
