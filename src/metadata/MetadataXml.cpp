@@ -412,10 +412,14 @@ std::string ReadFileBytes(WideStringView fileName) {
   return ReadAllBytes(path);
 }
 
-// The bytes of a file again, for the line of a failure; empty if it cannot be read.
+// The text of a file again, for the line of a failure, in UTF-8 as the
+// parser counted its offsets; empty if it cannot be read.
 std::string ReadAgain(WideStringView fileName) {
   try {
-    return ReadFileBytes(fileName);
+    std::string bytes = ReadFileBytes(fileName);
+    const bool utf16 = bytes.size() >= 2 && ((bytes[0] == '\xFF' && bytes[1] == '\xFE') ||
+                                             (bytes[0] == '\xFE' && bytes[1] == '\xFF'));
+    return utf16 ? UTF8Encode(DecodeText(bytes)) : bytes;
   } catch (const Exception&) {
     return {};
   }

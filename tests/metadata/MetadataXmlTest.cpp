@@ -301,6 +301,29 @@ TEST_P(RefusedDocumentTest, SaysWhereAndChangesNothing) {
 INSTANTIATE_TEST_SUITE_P(MetadataXml, RefusedDocumentTest, ::testing::ValuesIn(kRefused),
                          [](const ::testing::TestParamInfo<RefusedCase>& info) { return info.param.name; });
 
+TEST_F(MetadataXmlTest, AUtf16FileIsReadAndItsLinesCounted) {
+  // UTF-16 LE with its byte order mark.
+  auto utf16 = [](std::u16string_view text) {
+    std::string bytes = "\xFF\xFE";
+    for (char16_t unit : text) {
+      bytes += char(unit & 0xFF);
+      bytes += char(unit >> 8);
+    }
+    return bytes;
+  };
+  const std::u16string table = u"<metadata>\n<table><name name=\"\u00E9t\u00E9\"/></table>\n";
+  mvtest::TempFile refused(utf16(table + u"<view><fields><field><type>CHAR</type></field></fields></view>\n</metadata>"),
+                           ".xml");
+  std::optional<EmvMetadataXMLError> error =
+      mvtest::Thrown<EmvMetadataXMLError>([&] { container->LoadFromXMLFile(UTF8Decode(refused.path())); });
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->Line(), 3);
+  EXPECT_EQ(error->ElementPath(), u"metadata/view/fields/field/type");
+  mvtest::TempFile good(utf16(table + u"</metadata>"), ".xml");
+  container->LoadFromXMLFile(UTF8Decode(good.path()));
+  EXPECT_NE(container->FindTableByName(Id(u"\u00E9t\u00E9").get()), nullptr);
+}
+
 TEST_F(MetadataXmlTest, AMissingFileIsNamed) {
   const WideString message = mvtest::ThrownMessage([&] { container->LoadFromXMLFile(u"/nonexistent/m.xml"); });
   EXPECT_NE(message.find(u"/nonexistent/m.xml"), WideString::npos);
