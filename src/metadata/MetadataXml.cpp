@@ -93,13 +93,6 @@ TFieldType OrdinalType(const WideString& text, int64_t ordinal, pugi::xml_node e
   return static_cast<TFieldType>(ordinal);
 }
 
-TFieldType NamedType(const WideString& text, pugi::xml_node element) {
-  const TFieldType type = DBTypeXMLToFieldType(text);
-  // "OBJECT" is the one name of ftUnknown.
-  if (type == ftUnknown && !WideSameText(text, u"OBJECT")) RaiseUnknownType(text, element);
-  return type;
-}
-
 }  // namespace
 
 TFieldType ReadXMLFieldType(pugi::xml_node element) {
@@ -108,16 +101,14 @@ TFieldType ReadXMLFieldType(pugi::xml_node element) {
   const char* platform = element.attribute("platform").value();
   int64_t number = 0;
   const bool isNumber = TryStrToInt(text, number);
-  if (AnsiSameText(platform, "native")) {
-    if (!isNumber) RaiseUnknownType(text, element);
-    return OrdinalType(text, number, element);
-  }
-  if (AnsiSameText(platform, "net")) return NamedType(text, element);
-  if (AnsiSameText(platform, "java")) {
-    if (!isNumber || number < INT32_MIN || number > INT32_MAX) RaiseUnknownType(text, element);
-    return JavaTypeXMLToFieldType(int(number));
-  }
-  return isNumber ? OrdinalType(text, number, element) : NamedType(text, element);
+  // Names and JDBC numbers that the reader does not know read as an unknown
+  // type (the field's type_name keeps the server's spelling); an ordinal
+  // outside the type table cannot be kept and refuses the document.
+  if (AnsiSameText(platform, "native")) return isNumber ? OrdinalType(text, number, element) : ftUnknown;
+  if (AnsiSameText(platform, "net")) return DBTypeXMLToFieldType(text);
+  if (AnsiSameText(platform, "java"))
+    return isNumber && number >= INT32_MIN && number <= INT32_MAX ? JavaTypeXMLToFieldType(int(number)) : ftUnknown;
+  return isNumber ? OrdinalType(text, number, element) : DBTypeXMLToFieldType(text);
 }
 
 WideString XMLElementPath(pugi::xml_node node) {

@@ -242,10 +242,6 @@ const RefusedCase kRefused[] = {
     {"Empty", "", "", 1, "Error parsing XML: No document element found"},
     {"WrongRoot", "<?xml version=\"1.0\"?>\n<properties>\n" + kTable + "</properties>\n", "properties", 2,
      "Bad XML file: tag \"metadata\" not found."},
-    {"UnknownTypeName",
-     kHead + "  <table>\n    <name name=\"t\"/>\n    <fields>\n      <field>\n        <name><item name=\"a\"/></name>\n"
-             "        <type platform=\"net\">VARCHAR2</type>\n      </field>\n    </fields>\n  </table>\n</metadata>\n",
-     "metadata/table/fields/field/type", 8, "Unknown field type \"VARCHAR2\""},
     {"UnknownTypeOrdinal",
      kHead + "  <table>\n    <name name=\"t\"/>\n    <fields>\n      <field><type platform=\"native\">35</type></field>\n"
              "      <field><type platform=\"native\">99</type></field>\n    </fields>\n  </table>\n</metadata>\n",
@@ -312,7 +308,7 @@ TEST_F(MetadataXmlTest, AUtf16FileIsReadAndItsLinesCounted) {
     return bytes;
   };
   const std::u16string table = u"<metadata>\n<table><name name=\"\u00E9t\u00E9\"/></table>\n";
-  mvtest::TempFile refused(utf16(table + u"<view><fields><field><type>CHAR</type></field></fields></view>\n</metadata>"),
+  mvtest::TempFile refused(utf16(table + u"<view><fields><field><type>99</type></field></fields></view>\n</metadata>"),
                            ".xml");
   std::optional<EmvMetadataXMLError> error =
       mvtest::Thrown<EmvMetadataXMLError>([&] { container->LoadFromXMLFile(UTF8Decode(refused.path())); });
@@ -355,6 +351,8 @@ TEST_F(MetadataXmlTest, ReadsOlderAndForeignSpellings) {
       <field><name><item name="e"/></name><type>Guid</type></field>
       <field><name><item name="f"/></name><type platform="native"></type></field>
       <field><name><item name="g"/></name><type platform="other">OBJECT</type></field>
+      <field><name><item name="h"/></name><type platform="net">VARCHAR2</type><type_name>VARCHAR2</type_name></field>
+      <field><name><item name="i"/></name><type platform="native">text</type></field>
     </fields>
     <relations>
       <relation type="fk"><key_fields><field_name><item name="a"/></field_name></key_fields>
@@ -379,9 +377,13 @@ TEST_F(MetadataXmlTest, ReadsOlderAndForeignSpellings) {
   EXPECT_TRUE(t2->GetFields()->Loaded());
 
   const TmvMetadataFieldsList* fields = t2->GetFields();
-  ASSERT_EQ(fields->Count(), 7);
-  const TFieldType types[] = {ftLargeint, ftWideString, ftUnknown, ftMemo, ftGuid, ftUnknown, ftUnknown};
-  for (int i = 0; i < 7; ++i) EXPECT_EQ(fields->Items(i)->FieldType(), types[i]) << i;
+  // Type names the reader does not know are unknown types; the server's
+  // spelling stays in type_name.
+  ASSERT_EQ(fields->Count(), 9);
+  const TFieldType types[] = {ftLargeint, ftWideString, ftUnknown, ftMemo, ftGuid,
+                              ftUnknown,  ftUnknown,    ftUnknown, ftUnknown};
+  for (int i = 0; i < 9; ++i) EXPECT_EQ(fields->Items(i)->FieldType(), types[i]) << i;
+  EXPECT_EQ(fields->Items(7)->FieldTypeName(), u"VARCHAR2");
   EXPECT_TRUE(fields->Items(0)->Nullable());
   EXPECT_FALSE(fields->Items(1)->Nullable());
   EXPECT_TRUE(fields->Items(2)->PrimaryKey());
@@ -417,7 +419,7 @@ TEST_F(MetadataXmlTest, AddingTwiceGivesDuplicatesAndLoadingReplaces) {
   EXPECT_TRUE(container->Loaded());
 }
 
-TEST_F(MetadataXmlTest, ParametersAndUnknownTypesAsThePartsWriteThem) {
+TEST_F(MetadataXmlTest, ParametersAndUnknownTypesAsWritten) {
   TmvMetadataProcedure* proc = container->AddProcedure(u"p");
   TmvMetadataParameter* bare = proc->Parameters()->Add();
   TmvMetadataParameter* full = proc->Parameters()->Add();
