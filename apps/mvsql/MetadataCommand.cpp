@@ -17,11 +17,8 @@
 #include "Arguments.h"
 #include "Command.h"
 #include "DialectNames.h"
+#include "MetadataSource.h"
 #include "frontend/SQLContext.h"
-#include "metadata/MetadataContainer.h"
-#include "metadata/MetadataProvider.h"
-#include "metadata/dataset/SQLiteCatalog.h"
-#include "metadata/dataset/SQLiteConnection.h"
 
 namespace mvsql {
 
@@ -94,36 +91,25 @@ int RunMetadata(const std::vector<std::string>& rawArgs, std::ostream& out, std:
 
   mv::TmvBaseSQLContext context;
   context.SetSyntaxProvider(provider.get());
-  mv::TmvOwned<mv::TmvMetadataContainer> container = mv::TmvCreate<mv::TmvMetadataContainer>(nullptr, &context);
-  context.SetMetadataContainer(container.get());
-  std::unique_ptr<mv::TmvSQLiteConnection> connection;
-  mv::TmvConnectionMetadataProvider metadataProvider;
   int code = kExitSuccess;
-  try {
-    if (fromXml) {
-      container->LoadFromXMLFile(mv::UTF8Decode(arguments.Value("xml")));
-    } else {
-      connection = std::make_unique<mv::TmvSQLiteConnection>(mv::UTF8Decode(arguments.Value("sqlite")),
-                                                             mv::somReadOnly);
-      metadataProvider.SetConnection(connection.get());
-      context.SetMetadataProvider(&metadataProvider);
-      mv::LoadSQLiteCatalog(&context, container.get());
+  {
+    MetadataSource metadata(context);
+    mv::TmvMetadataContainer& container = metadata.Container();
+    try {
+      if (fromXml)
+        metadata.LoadXml(arguments.Value("xml"));
+      else
+        metadata.LoadSQLite(arguments.Value("sqlite"));
+      if (!output.empty()) container.SaveToXMLFile(mv::UTF8Decode(output));
+      if (summary)
+        PrintSummary(container, out);
+      else if (output.empty())
+        out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" << Text(container.GetXML());
+    } catch (const mv::Exception& e) {
+      err << "mvsql metadata: " << Text(e.Message()) << "\n";
+      code = kExitFailure;
     }
-    // What was read is all there is: saving fetches nothing more.
-    container->SetWorkOffline(true);
-    if (!output.empty()) container->SaveToXMLFile(mv::UTF8Decode(output));
-    if (summary)
-      PrintSummary(*container, out);
-    else if (output.empty())
-      out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" << Text(container->GetXML());
-  } catch (const mv::Exception& e) {
-    err << "mvsql metadata: " << Text(e.Message()) << "\n";
-    code = kExitFailure;
   }
-  context.SetMetadataContainer(nullptr);
-  container.reset();
-  context.SetMetadataProvider(nullptr);
-  if (connection) connection->Close();
   context.SetSyntaxProvider(nullptr);
   return code;
 }
