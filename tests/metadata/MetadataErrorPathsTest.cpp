@@ -102,9 +102,13 @@ class BrokenLoadTest : public MetadataTest {
     events.OnGetTableRelations = [this](TmvObject*, const TSQLQualifiedName&, TSQLMetadataRelations&) {
       ++relationCalls;
     };
-    container->GetOnUpdated().AddHandler(TmvHandlerId::Unique(), [this](TmvObject*) { ++updates; });
+    container->GetOnUpdated().AddHandler(counting, [this](TmvObject*) { ++updates; });
   }
-  ~BrokenLoadTest() override { context.SetMetadataProvider(nullptr); }
+  // The container outlives this part of the fixture: its count of updates goes first.
+  ~BrokenLoadTest() override {
+    container->GetOnUpdated().RemoveHandler(counting);
+    context.SetMetadataProvider(nullptr);
+  }
 
   // Every object is found by its name, and the container takes a new load.
   void ExpectWhole(int count) {
@@ -122,6 +126,7 @@ class BrokenLoadTest : public MetadataTest {
   }
 
   TmvEventMetadataProvider events;
+  const TmvHandlerId counting = TmvHandlerId::Unique();
   std::function<void()> failViews;
   int relationCalls = 0;
   int updates = 0;
