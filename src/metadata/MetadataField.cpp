@@ -102,10 +102,15 @@ void TmvMetadataField::SetNameStr(WideStringView text) {
 void TmvMetadataField::SetNameAlias(const TSQLAliasExpression* alias) {
   const TastToken* token = alias ? alias->Name.get() : nullptr;
   if (!token) return;
-  if (const auto* id = TmvCast<TastTokenIdentifier>(token))
+  if (const auto* id = TmvCast<TastTokenIdentifier>(token)) {
     SetNameToken(id);
-  else
-    SetNameStr(token->Token);
+    return;
+  }
+  // A string alias names the field by its value, whatever characters it
+  // holds; other tokens by their text.
+  TmvOwned<TSQLQualifiedName> name = TastCreate<TSQLQualifiedName>(SQLContext());
+  name->AddName(TmvCast<TastTokenString>(token) ? SQLUnquoteString(token->Token) : token->Token, false);
+  SetName(name.get());
 }
 
 void TmvMetadataField::SetExpression(WideStringView text) {

@@ -41,8 +41,8 @@ class TmvMetadataField : public TmvWithDataType<TmvWithAltName<TmvMetadataCollec
   // The name read from SQL text (quoted where it has to be); empty text
   // clears it; "Invalid object name" for text that is no name.
   void SetNameStr(WideStringView text);
-  // The alias of a select item: an identifier as it stands, other tokens
-  // (a string) through SetNameStr.
+  // The alias of a select item: an identifier as it stands, a string by its
+  // value (unquoted), another token by its text.
   void SetNameAlias(const TSQLAliasExpression* alias);
   // The name as the context's builder writes it, and without quotes.
   WideString NameStr() const;

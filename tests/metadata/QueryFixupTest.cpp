@@ -171,16 +171,19 @@ TEST_F(QueryFixupTest, RestoringPrefixesUnbindsAndKeepsTheText) {
 TEST_F(QueryFixupTest, SelectsAndSourcesOfferTheirColumns) {
   Table({u"w"})->GetFields()->AddField(Name({u"n"}).get())->SetFieldType(ftInteger);
   TmvOwned<TSQLSelectStatement> statement =
-      Bind(u"SELECT q.*, 1 AS one, 'a', q.n AS m FROM (SELECT w.*, t.x FROM w, t) q");
+      Bind(u"SELECT q.*, 1 AS one, 'a', q.n AS m, 2 AS 'no name', 3 '''' FROM (SELECT w.*, t.x FROM w, t) q");
   auto* outer = statement->FirstUnionSubQuery();
   auto names = [](const TmvMetadataFieldsList* fields) {
     std::string out;
-    for (int i = 0; i < fields->Count(); ++i)
-      out += (i ? "," : "") + UTF8Encode(fields->Items(i)->NameStrNotQuoted()) + ":" +
+    for (int i = 0; i < fields->Count(); ++i) {
+      const TSQLQualifiedName* name = fields->Items(i)->Name();
+      out += (i ? "," : "") + (name && name->GetCount() ? UTF8Encode(name->Token(0)->Token) : std::string()) + ":" +
              std::to_string(fields->Items(i)->FieldType());
+    }
     return out;
   };
-  EXPECT_EQ(names(outer->ResultFields()), "n:3,x:0,one:3,:1,m:3");
+  // String aliases name a column by their value, whatever it holds.
+  EXPECT_EQ(names(outer->ResultFields()), "n:3,x:0,one:3,:1,m:3,no name:3,':3");
   auto* derived = TmvCast<TSQLFromQuery>(outer->FromClause->GetItems(0));
   ASSERT_NE(derived, nullptr);
   EXPECT_EQ(names(derived->FieldsList()), "n:3,x:0");
