@@ -3,8 +3,13 @@
 // - the bound print parses, and binds, to the same print again;
 // - a second pass over the same tree (which first gives every bound name
 //   its prefix back) comes to the same print.
+// Both hold unless two sources of one FROM clause go by the same name: a
+// prefix that binding writes may then read as the other source (the text
+// was ambiguous to begin with).
 // Crashes, hangs, sanitizer reports and other exceptions are failures too.
+#include <algorithm>
 #include <string_view>
+#include <vector>
 
 #include "FuzzTarget.h"
 #include "dialects/EngineInit.h"
@@ -15,6 +20,8 @@
 #include "metadata/MetadataObject.h"
 #include "support/Exceptions.h"
 #include "support/TextFile.h"
+#include "tree/FromClause.h"
+#include "tree/QualifiedNames.h"
 #include "tree/SelectStatement.h"
 
 using namespace mv;
@@ -62,8 +69,52 @@ WideString Print(TastNode* node) {
   return node->SimpleSQL(builder);
 }
 
+// Whether two sources of one FROM clause go by the same name (alias, else
+// the object's own name), compared without regard to case.
+bool HasAmbiguousSources(TastNodeBase* root) {
+  bool ambiguous = false;
+  root->TraverseASTTreeDepthFirst([&ambiguous](TastNodeBase* node) {
+    auto* from = TmvCast<TSQLFromClause>(node);
+    if (!from || ambiguous) return;
+    std::vector<WideString> names;
+    std::vector<TSQLFromGroup*> groups{from};
+    while (!groups.empty()) {
+      TSQLFromGroup* group = groups.back();
+      groups.pop_back();
+      for (int i = 0; i < group->GetCount(); ++i) {
+        TSQLFromSource* source = group->GetItems(i);
+        if (auto* inner = TmvCast<TSQLFromGroup>(source)) {
+          groups.push_back(inner);
+        } else if (source->Alias && source->Alias->Name) {
+          names.push_back(WideUpperCase(source->Alias->Name->Token));
+        } else if (auto* object = TmvCast<TSQLFromObject>(source); object && object->Object &&
+                                                                  object->Object->GetCount() > 0) {
+          names.push_back(WideUpperCase(object->Object->Token(0)->Token));
+        }
+      }
+    }
+    std::sort(names.begin(), names.end());
+    ambiguous = std::adjacent_find(names.begin(), names.end()) != names.end();
+  });
+  return ambiguous;
+}
+
+// Control characters shown as \xNN, so that a report survives a terminal.
+std::string Visible(const WideString& text) {
+  std::string out;
+  for (char c : UTF8Encode(text)) {
+    if (static_cast<unsigned char>(c) < 0x20 && c != '\n') {
+      const char* digits = "0123456789ABCDEF";
+      out += std::string("\\x") + digits[(c >> 4) & 15] + digits[c & 15];
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
+
 std::string Show(const WideString& a, const WideString& b) {
-  return "--- first\n" + UTF8Encode(a) + "\n--- second\n" + UTF8Encode(b);
+  return "--- first\n" + Visible(a) + "\n--- second\n" + Visible(b);
 }
 
 }  // namespace
@@ -87,9 +138,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     mvfuzz::Fail("the bound print parses again", UTF8Encode(bound) + "\n--- error\n" + UTF8Encode(e.Message()));
   }
   again->PrepareAndFixupRecursive();
-  MV_FUZZ_CHECK(Print(again.get()) == bound, Show(bound, Print(again.get())));
-
+  const WideString boundAgain = Print(again.get());
   tree->PrepareAndFixupRecursive();
-  MV_FUZZ_CHECK(Print(tree.get()) == bound, Show(bound, Print(tree.get())));
+  const WideString secondPass = Print(tree.get());
+  if (HasAmbiguousSources(tree.get())) return 0;
+  MV_FUZZ_CHECK(boundAgain == bound, Show(bound, boundAgain));
+  MV_FUZZ_CHECK(secondPass == bound, Show(bound, secondPass));
   return 0;
 }
