@@ -657,9 +657,11 @@ void TmvPrepareAndFixupVisitor::FixupObjectName(TSQLDatabaseObject* object, Para
   for (auto it = sources.rbegin(); it != sources.rend() && !bound; ++it)
     if (byName(*it, true)) bound = *it;
   if (!bound) return;
-  // It prints through its source from now on.
+  // It prints through its source from now on; a function or a derived table
+  // without an alias cannot be named, so there the name keeps its parts.
   object->FromSource = bound;
-  object->Clear();
+  const bool unnamed = !bound->Alias && (TmvCast<TSQLFromFunction>(bound) || TmvCast<TSQLFromQuery>(bound));
+  if (!unnamed) object->Clear();
 }
 
 // --- Parameters ---

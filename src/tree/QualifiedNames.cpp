@@ -374,8 +374,9 @@ void TSQLDatabaseObject::BuildQualifiedNameNamesFull(TSQLBuilder& builder, const
 }
 
 void TSQLDatabaseObject::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  if (FromSource) {
-    FromSource->BuildColumnPrefix(builder, format);
+  // A source that cannot be named (no alias on a function or a derived
+  // table) prints nothing: the name prints its own parts then.
+  if (FromSource && FromSource->BuildColumnPrefix(builder, format)) {
     FromSource->BuildColumnSuffix(builder, format);
     return;
   }

@@ -91,7 +91,8 @@ class TSQLDatabaseObject : public TSQLQualifiedName {
   void BuildQualifiedNameNames(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
   // The name with the prefixes the builder's ObjectPrefixSkipping leaves.
   void BuildQualifiedNameNamesFull(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
-  // Bound: the source prints the name (prefix, suffix). Otherwise as a qualified name.
+  // Bound: the source prints the name (prefix, suffix). Otherwise, and for
+  // a source that cannot be named, as a qualified name.
   void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 

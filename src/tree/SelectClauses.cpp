@@ -33,8 +33,8 @@ void TSQLSelectItemAllColumns::BuildSQLDirect(TSQLBuilder& builder, const TSQLBu
 }
 
 void TSQLSelectItemAllTableColumns::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  if (Object && Object->FromSource) {
-    Object->FromSource->BuildColumnPrefix(builder, format);
+  // A source that cannot be named prints nothing: the name its own parts.
+  if (Object && Object->FromSource && Object->FromSource->BuildColumnPrefix(builder, format)) {
     builder.WriteSymbol(u".*");
     Object->FromSource->BuildColumnSuffix(builder, format);
     return;

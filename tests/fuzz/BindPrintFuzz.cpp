@@ -135,7 +135,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   try {
     again = engine.context.ParseSelect(bound);
   } catch (const Exception& e) {
-    mvfuzz::Fail("the bound print parses again", UTF8Encode(bound) + "\n--- error\n" + UTF8Encode(e.Message()));
+    mvfuzz::Fail("the bound print parses again", Visible(bound) + "\n--- error\n" + Visible(e.Message()));
   }
   again->PrepareAndFixupRecursive();
   const WideString boundAgain = Print(again.get());

@@ -128,6 +128,11 @@ const BindingCase kBindingCases[] = {
     {u"SELECT a.* FROM t a", "Select a.* From t a",
      "a -> source \"a\"\n"
      "a -> object \"t\"\n"},
+    // A function source without an alias cannot be named: a name bound to
+    // it prints its own parts.
+    {u"SELECT w.* FROM w(1)", "Select w.* From w(1)",
+     "w -> source \"w\"\n"
+     "w -> not bound\n"},
     // Unknown objects and columns keep every part as written; the object's
   // own name still reaches a source behind its alias.
     {u"SELECT z.q, zz.r, s.zz.r FROM zz z", "Select z.q, z.r, s.zz.r From zz z",
