@@ -141,6 +141,19 @@ void RemovePrefixes(TSQLObjectColumn* column, int count) {
 
 void FreeDatabaseLink(TSQLQualifiedName* name) { name->DatabaseLink.Reset(); }
 
+// Whether two names are written alike, part by part (text and quotes).
+bool SameSpelling(const TSQLQualifiedName* a, const TSQLQualifiedName* b) {
+  if (a->GetCount() != b->GetCount()) return false;
+  for (int i = 0; i < a->GetCount(); ++i) {
+    const TastToken* x = a->Token(i);
+    const TastToken* y = b->Token(i);
+    const auto* xId = TmvCast<TastTokenIdentifier>(x);
+    const auto* yId = TmvCast<TastTokenIdentifier>(y);
+    if (x->Token != y->Token || !xId || !yId || xId->Quoted != yId->Quoted) return false;
+  }
+  return true;
+}
+
 // A field of `source` becomes the column's: the column takes the name as
 // the metadata spells it, and refers to the metadata object's own field
 // where the source reads one (the source's list holds copies).
@@ -150,7 +163,7 @@ void TakeField(TSQLObjectColumn* column, TSQLFromSource* source) {
   const int index = provider->FindFieldInFieldsList(column, fields);
   if (index < 0) return;
   TmvMetadataField* field = fields->Items(index);
-  if (field->Name() && field->Name()->GetCount() > 0) {
+  if (field->Name() && field->Name()->GetCount() > 0 && !SameSpelling(column, field->Name())) {
     while (column->GetCount() > 0) column->RemoveLastName();
     column->AddName(field->Name());
   }
