@@ -540,9 +540,28 @@ class BackgroundLoadTest : public MetadataTest {
     return {names, c.GetRelations().size()};
   }
 
+  // Starts a load whose worker stops after `row` rows of the table list and
+  // waits there until the load is cancelled (a fetcher reads the abort
+  // between rows); returns once the worker waits.
+  void StartAndHoldAtRow(TmvMetadataAsyncLoading& loading, int row) {
+    afterRow = [this, row](int rows) {
+      rowsRead = rows;
+      if (rows < row) return true;
+      holding = true;
+      while (!held.load() || !held.load()->Terminated()) std::this_thread::yield();
+      return false;
+    };
+    loading.LoadMetadataAsync(&provider, &events, nullptr);
+    held = loading.Thread();
+    DrainUntil([&] { return holding.load(); });
+  }
+
   // Called on the worker after each row of the table list with the count so
   // far; false ends the list there.
   std::function<bool(int)> afterRow;
+  std::atomic<TmvMetadataLoadingThread*> held{nullptr};
+  std::atomic<bool> holding{false};
+  std::atomic<int> rowsRead{0};
   // The connection the table list was last read on.
   std::atomic<TmvConnection*> lastConnection{nullptr};
   std::unique_ptr<TmvSQLiteConnection> chinook;
@@ -583,20 +602,7 @@ TEST_F(BackgroundLoadTest, LoadEqualsTheForegroundLoadAndArrivesWhole) {
 TEST_F(BackgroundLoadTest, CancelInTheMiddleLeavesTheContainerAsItWas) {
   TLoadingOwner owner(container.get(), provider);
   TmvMetadataAsyncLoading loading(owner);
-  std::atomic<TmvMetadataLoadingThread*> thread{nullptr};
-  std::atomic<bool> reached{false};
-  std::atomic<int> rowsRead{0};
-  afterRow = [&](int rows) {
-    rowsRead = rows;
-    if (rows < 4) return true;
-    reached = true;
-    // Until the main thread cancels; a fetcher reads the abort between rows.
-    while (!thread.load() || !thread.load()->Terminated()) std::this_thread::yield();
-    return false;
-  };
-  loading.LoadMetadataAsync(&provider, &events, nullptr);
-  thread = loading.Thread();
-  DrainUntil([&] { return reached.load(); });
+  StartAndHoldAtRow(loading, 4);
   loading.CancelAsyncMetadataLoading();
   EXPECT_EQ(loading.Thread(), nullptr);
   EXPECT_EQ(rowsRead.load(), 4);
@@ -712,17 +718,7 @@ TEST_F(BackgroundLoadTest, DefaultCopiesOfTheProviders) {
 TEST_F(BackgroundLoadTest, QueuedFailureDuringACancelComesOutAfterTheThreadsEnd) {
   TLoadingOwner owner(container.get(), provider);
   TmvMetadataAsyncLoading loading(owner);
-  std::atomic<TmvMetadataLoadingThread*> thread{nullptr};
-  std::atomic<bool> reached{false};
-  afterRow = [&](int rows) {
-    if (rows < 2) return true;
-    reached = true;
-    while (!thread.load() || !thread.load()->Terminated()) std::this_thread::yield();
-    return false;
-  };
-  loading.LoadMetadataAsync(&provider, &events, nullptr);
-  thread = loading.Thread();
-  DrainUntil([&] { return reached.load(); });
+  StartAndHoldAtRow(loading, 2);
   Post([] { throw std::runtime_error("a queued call failed"); });
   EXPECT_THROW(loading.CancelAsyncMetadataLoading(), std::runtime_error);
   EXPECT_EQ(loading.Thread(), nullptr);
