@@ -1,0 +1,436 @@
+// One FROM entry that is no group: its names, captions, fields and checks,
+// and the two kinds that read a sub-query (a derived table, or an object
+// that names a common table expression).
+#include <algorithm>
+
+#include "frontend/SQLContext.h"
+#include "frontend/SyntaxProvider.h"
+#include "metadata/MetadataField.h"
+#include "metadata/MetadataObject.h"
+#include "model/Datasources.h"
+#include "model/ModelMessages.h"
+#include "model/QueryTree.h"
+#include "model/SubSelectProxy.h"
+#include "tree/Expressions.h"
+#include "tree/FromClause.h"
+#include "tree/QualifiedNames.h"
+#include "tree/SelectClauses.h"
+#include "tree/SelectStatement.h"
+#include "tree/Tokens.h"
+
+namespace mv {
+
+MV_DEFINE_CLASS(TmvDatasource, TmvDatasourceBase)
+MV_DEFINE_CLASS(TmvDataSourceObject, TmvDatasource)
+MV_DEFINE_CLASS(TmvDatasourceQuery, TmvDatasource)
+
+// --- TmvDatasource ---
+
+TmvDatasource::~TmvDatasource() = default;
+
+bool TmvDatasource::CanDestroy() const {
+  TmvUnionSubQuery* member = UnionSubQuery();
+  if (!member || member->IsDestroying() || !Group() || Group()->IsDestroying()) return true;
+  if (beforeDeleteDone_) return deleteAllowed_;
+  bool allow = true;
+  if (Host() && Host()->OnBeforeDeleteDatasource) Host()->OnBeforeDeleteDatasource(Host(), member, allow, const_cast<TmvDatasource*>(this));
+  // A refusal keeps the object; the next request asks again.
+  beforeDeleteDone_ = allow;
+  deleteAllowed_ = allow;
+  return allow;
+}
+
+void TmvDatasource::Destroying() {
+  if (hookedFields_) hookedFields_->GetOnUpdated().RemoveHandler(this, &TmvDatasource::FieldsListChanged);
+  hookedFields_ = nullptr;
+  TmvUnionSubQuery* member = UnionSubQuery();
+  if (member && !member->IsDestroying() && Group()) {
+    TmvUpdateScope update(member);
+    Group()->NotifyReorderNeeded();
+    member->NotifyDatasourceDestroying(this);
+    Group()->ExtractInternal(this);
+  } else if (Group()) {
+    Group()->ExtractInternal(this);
+  }
+  TmvDatasourceBase::Destroying();
+}
+
+void TmvDatasource::UpdateDatasourceType() {
+  TSQLFromSource* node = FromSource();
+  TmvMetadataObject* object = node ? node->GetMetadataObject() : nullptr;
+  if (!node)
+    datasourceType_ = dtOther;
+  else if (TmvCast<TSQLFromObject>(node))
+    datasourceType_ = TmvCast<TmvMetadataTable>(object)       ? dtTable
+                      : TmvCast<TmvMetadataView>(object)      ? dtView
+                      : TmvCast<TmvMetadataProcedure>(object) ? dtStoredProc
+                                                              : dtOther;
+  else if (TmvCast<TSQLFromQuery>(node))
+    datasourceType_ = dtSubQuery;
+  else if (TmvCast<TSQLFromFunction>(node) && TmvCast<TmvMetadataProcedure>(object))
+    datasourceType_ = dtFunction;
+  else
+    datasourceType_ = dtOther;
+}
+
+// --- Names ---
+
+const TastTokenIdentifier* TmvDatasource::GetAliasAST() const {
+  TSQLFromSource* node = FromSource();
+  return node && node->Alias ? node->Alias->Name.get() : nullptr;
+}
+
+WideString TmvDatasource::GetAlias() const {
+  const TastTokenIdentifier* alias = GetAliasAST();
+  return alias ? alias->Token : WideString();
+}
+
+void TmvDatasource::SetAlias(const WideString& text) {
+  TSQLFromSource* node = FromSource();
+  if (!node || text == GetAlias()) return;
+  if (text.empty()) {
+    node->Alias.Reset();
+  } else if (node->Alias && node->Alias->Name) {
+    node->Alias->Name->SetToken(text);
+    node->Alias->Name->Quoted = false;
+  } else {
+    auto alias = TastCreate<TSQLAliasObjectAlias>(SQLContext());
+    alias->Name.Set(TastCreate<TastTokenIdentifier>(SQLContext(), text, false));
+    node->Alias.Set(std::move(alias));
+  }
+  // Column prefixes everywhere in the SELECT print differently now.
+  UnionSubQuery()->NotifySQLUpdatedRecursive();
+  UpdateCaption();
+}
+
+WideString TmvDatasource::GetObjectNameInQuery() {
+  TSQLFromSource* node = FromSource();
+  if (!node || !SQLContext()) return {};
+  TSQLBuilderFast& builder = SQLContext()->SQLBuilderExpression();
+  if (TmvMetadataObject* object = node->GetMetadataObject()) {
+    if (builder.UseAltNames() && !object->AltName().empty()) return const_cast<TastTokenIdentifier*>(object->AltNameId())->SimpleSQL(builder);
+    TmvOwned<TSQLQualifiedName> name = object->GetNameAsObject(true, true, builder.ObjectPrefixSkipping(), true);
+    return name ? name->GetQualifiedName() : WideString();
+  }
+  return node->GetSimpleExpression(builder);
+}
+
+WideString TmvDatasource::GetNameInQuery() {
+  const WideString alias = GetAlias();
+  return alias.empty() ? GetObjectNameInQuery() : alias;
+}
+
+WideString TmvDatasource::GetDataSourceName() {
+  const WideString alias = GetAlias();
+  return alias.empty() ? TmvDatasourceBase::GetDataSourceName() : alias;
+}
+
+void TmvDatasource::UpdateCaption() {
+  WideString caption = GetDataSourceName();
+  if (Host() && Host()->Options.TableChecksCountInCaption && !checkedFields_.empty()) {
+    const auto others = std::count_if(checkedFields_.begin(), checkedFields_.end(), [](auto* f) { return f; });
+    const bool all = others < static_cast<long>(checkedFields_.size());
+    WideString prefix;
+    if (!all)
+      prefix = u"(" + IntToWide(others) + u")";
+    else if (others == 0)
+      prefix = u"(*)";
+    else
+      prefix = u"(*" + IntToWide(others) + u")";
+    caption = prefix + caption;
+  }
+  if (Host() && Host()->OnCustomizeDatasourceCaption)
+    Host()->OnCustomizeDatasourceCaption(Host(), UnionSubQuery(), this, caption);
+  SetCaption(caption);
+}
+
+void TmvDatasource::SetCaption(const WideString& caption) {
+  caption_ = caption;
+  if (auto* control = dynamic_cast<ImvDatasourceControl*>(GetControls(0))) control->SetCaption(caption);
+}
+
+// --- Fields ---
+
+TmvMetadataFieldsList* TmvDatasource::GetFields() const { return FromSource() ? FromSource()->FieldsList() : nullptr; }
+
+TmvMetadataObject* TmvDatasource::GetMetadataObject() const {
+  return FromSource() ? FromSource()->GetMetadataObject() : nullptr;
+}
+
+namespace {
+
+const WideString& SortName(const TmvMetadataField* field, WideString& scratch) {
+  if (!field->AltName().empty()) return field->AltName();
+  scratch = field->NameStrNotQuoted();
+  return scratch;
+}
+
+int CompareByName(const TmvMetadataField* a, const TmvMetadataField* b) {
+  WideString x, y;
+  return WideCompareText(SortName(a, x), SortName(b, y));
+}
+
+}  // namespace
+
+void TmvDatasource::DoCustomizeDatasourceFieldsList() {
+  TmvMetadataFieldsList* fields = GetFields();
+  if (!fields || !Host()) return;
+  const TmvModelOptions& options = Host()->Options;
+  const bool shortDescriptions = SQLContext()->SQLBuilderExpression().UseAltNames();
+  fields->BeginUpdate();
+  auto field = [](const TmvMetadataCollectionItemBase* item) { return static_cast<const TmvMetadataField*>(item); };
+  switch (options.SortType) {
+    case flsNone:
+      if (TmvMetadataObject* object = GetMetadataObject(); object && object->GetFields()) {
+        // Metadata order; fields the object does not know keep their order behind.
+        TmvMetadataFieldsList* order = object->GetFields();
+        auto rank = [order](const TmvMetadataField* f) {
+          const int index = order->FindFieldByName(f->Name());
+          return index < 0 ? order->Count() : index;
+        };
+        fields->Sort([&](auto* a, auto* b) { return rank(field(a)) - rank(field(b)); });
+      }
+      break;
+    case flsName:
+      fields->Sort([&](auto* a, auto* b) { return CompareByName(field(a), field(b)); });
+      break;
+    case flsDescription:
+      fields->Sort([&](auto* a, auto* b) {
+        const TmvMetadataField* x = field(a);
+        const TmvMetadataField* y = field(b);
+        const int byDescription = shortDescriptions ? WideCompareText(x->ShortDescription(), y->ShortDescription())
+                                                    : WideCompareText(x->LongDescription(), y->LongDescription());
+        return byDescription != 0 ? byDescription : CompareByName(x, y);
+      });
+      break;
+  }
+  if (options.KeyFieldsFirst)
+    fields->Sort([&](auto* a, auto* b) { return int(!field(a)->PrimaryKey()) - int(!field(b)->PrimaryKey()); });
+  fields->EndUpdate();
+  if (Host()->OnCustomizeDatasourceFieldsList) Host()->OnCustomizeDatasourceFieldsList(Host(), UnionSubQuery(), this);
+}
+
+void TmvDatasource::LoadFromAST(TmvOwned<TSQLFromSource> node) {
+  TmvUpdateScope update(this);
+  TmvDatasourceBase::LoadFromAST(std::move(node));
+  DoCustomizeDatasourceFieldsList();
+  if (TmvMetadataFieldsList* fields = GetFields()) {
+    hookedFields_ = fields;
+    fields->GetOnUpdated().AddHandler(this, &TmvDatasource::FieldsListChanged);
+  }
+  LoadSubQueries(FromSource());
+  UpdateDatasourceType();
+  UpdateCaption();
+}
+
+void TmvDatasource::FieldsListChanged(TmvObject*) {
+  if (IsDestroying()) return;
+  if (auto* control = dynamic_cast<ImvDatasourceControl*>(GetControls(0))) {
+    control->ReloadFieldsList();
+    control->SetOptimalHeight();
+  } else {
+    Height = 0;
+  }
+  UpdateChecks();
+  NotifySQLUpdated();
+}
+
+void TmvDatasource::RefreshMetadata() {
+  TSQLFromSource* node = FromSource();
+  if (!node || !SQLContext() || !SQLContext()->SyntaxProvider() || IsDestroying()) return;
+  TmvMetadataFieldsList* fields = GetFields();
+  fields->BeginUpdate();
+  node->RestoreColumnPrefixRecursive(true);
+  std::vector<TSQLWithClauseItem*> cteList;
+  std::vector<TSQLFromSource*> fromSources;
+  GatherPrepareAndFixupContext(cteList, fromSources, true);
+  node->PrepareAndFixupRecursive(cteList, fromSources);
+  DoCustomizeDatasourceFieldsList();
+  fields->EndUpdate();
+  UpdateDatasourceType();
+}
+
+void TmvDatasource::SyntaxProviderChanged() {
+  RefreshMetadata();
+  if (auto* control = dynamic_cast<ImvDatasourceControl*>(GetControls(0))) control->SetOptimalHeight();
+}
+
+// --- Checks ---
+
+bool TmvDatasource::IsFieldSelected(const TmvMetadataField* field) const {
+  return std::find(checkedFields_.begin(), checkedFields_.end(), field) != checkedFields_.end();
+}
+
+void TmvDatasource::UpdateChecks() {
+  checkedFields_.clear();
+  TSQLFromSource* node = FromSource();
+  TSQLSubQuerySelectExpression* select = UnionSubQuery() ? UnionSubQuery()->SelectAST() : nullptr;
+  TSQLSelectItems* items = select ? select->SelectItems.get() : nullptr;
+  TmvBaseSyntaxProvider* provider = SQLContext() ? SQLContext()->SyntaxProvider() : nullptr;
+  if (node && items && provider) {
+    if (provider->IsSupportAllTableFieldsSelection() && !Host()->Options.HideAsteriskItem)
+      for (int i = 0; i < items->Items.Count(); ++i)
+        if (auto* all = TmvCast<TSQLSelectItemAllTableColumns>(items->Items.Item(i));
+            all && all->Object && all->Object->FromSource == node) {
+          checkedFields_.push_back(nullptr);
+          break;
+        }
+    TmvMetadataFieldsList* fields = GetFields();
+    for (int i = 0; i < items->Items.Count(); ++i) {
+      auto* item = TmvCast<TSQLSelectItemExpression>(items->Items.Item(i));
+      auto* expression = item ? TmvCast<TSQLExpressionColumn>(item->Expression.get()) : nullptr;
+      TSQLObjectColumn* column = expression ? expression->Column.get() : nullptr;
+      if (!column || column->FromSource != node || !fields) continue;
+      const int index = provider->FindFieldInFieldsList(column, fields);
+      if (index >= 0 && !IsFieldSelected(fields->Items(index))) checkedFields_.push_back(fields->Items(index));
+    }
+  }
+  if (auto* control = dynamic_cast<ImvDatasourceControl*>(GetControls(0))) control->UpdateChecksOnFields();
+  UpdateCaption();
+}
+
+// --- TmvDataSourceObject ---
+
+TSQLFromObject* TmvDataSourceObject::FromObject() const { return TmvCast<TSQLFromObject>(FromSource()); }
+
+void TmvDataSourceObject::LoadFromAST(TmvOwned<TSQLFromSource> node) {
+  TmvUpdateScope update(this);
+  TmvDatasource::LoadFromAST(std::move(node));
+  BindToCte();
+}
+
+void TmvDataSourceObject::BindToCte() {
+  UnhookCte();
+  TSQLFromObject* object = FromObject();
+  TSQLWithClauseItem* item = object ? object->WithItem : nullptr;
+  auto* proxy = item ? dynamic_cast<TmvSubSelectStatementProxy*>(item->Query.get()) : nullptr;
+  if (!proxy || !proxy->SubQuery()) return;
+  cteSubQuery_ = proxy->SubQuery();
+  cteSubQuery_->OnDestroying().AddHandler(this, &TmvDataSourceObject::CteSubQueryDestroying);
+  cteFields_ = item->FieldsList();
+  if (cteFields_) {
+    cteFields_->GetOnUpdated().AddHandler(this, &TmvDataSourceObject::CteFieldsChanged);
+    cteFields_->GetOnDestroying().AddHandler(TmvHandlerId(this, 2), [this](TmvObject*) { cteFields_ = nullptr; });
+  }
+}
+
+void TmvDataSourceObject::UnhookCte() {
+  if (cteFields_) {
+    cteFields_->GetOnUpdated().RemoveHandler(this, &TmvDataSourceObject::CteFieldsChanged);
+    cteFields_->GetOnDestroying().RemoveHandler(TmvHandlerId(this, 2));
+  }
+  if (cteSubQuery_) cteSubQuery_->OnDestroying().RemoveHandler(this, &TmvDataSourceObject::CteSubQueryDestroying);
+  cteFields_ = nullptr;
+  cteSubQuery_ = nullptr;
+}
+
+void TmvDataSourceObject::Destroying() {
+  UnhookCte();
+  TmvDatasource::Destroying();
+}
+
+void TmvDataSourceObject::CteFieldsChanged(TmvObject*) {
+  TmvMetadataFieldsList* fields = GetFields();
+  if (!fields || !cteFields_ || fields == cteFields_) return;
+  fields->BeginUpdate();
+  fields->Assign(cteFields_);
+  DoCustomizeDatasourceFieldsList();
+  fields->NotifyUpdated();
+  fields->EndUpdate();
+}
+
+void TmvDataSourceObject::CteSubQueryDestroying(TmvObject*) {
+  // The object was loaded from the expression: it goes with it.
+  UnhookCte();
+  if (!IsDestroying()) RequestDestroy();
+}
+
+WideString TmvDataSourceObject::GetObjectNameInQuery() {
+  if (cteSubQuery_ && cteSubQuery_->CteItem() && cteSubQuery_->CteItem()->Name && SQLContext())
+    return cteSubQuery_->CteItem()->Name->SimpleSQL(SQLContext()->SQLBuilderExpression());
+  return TmvDatasource::GetObjectNameInQuery();
+}
+
+WideString TmvDataSourceObject::GetDataSourceName() {
+  TSQLFromObject* node = FromObject();
+  if (!node || !node->Object || !SQLContext()) return TmvDatasource::GetDataSourceName();
+  TSQLBuilderFast& builder = SQLContext()->SQLBuilderExpression();
+  const WideString alias = GetAlias();
+  if (!alias.empty()) return alias + u" (" + node->GetSimpleExpression(builder) + u")";
+  if (TmvMetadataObject* object = node->GetMetadataObject()) {
+    if (Host() && Host()->Options.UseAltNames && !object->AltName().empty()) return node->GetSimpleExpression(builder);
+    WideString caption = object->NameStrNotQuoted();
+    TmvOwned<TSQLQualifiedName> prefix = object->GetNameAsObject(true, true, builder.ObjectPrefixSkipping(), false);
+    if (prefix && prefix->Items.Count() > 0) caption += u" (" + prefix->GetQualifiedNameWithoutQuotes() + u")";
+    return caption;
+  }
+  TSQLDatabaseObject* name = node->Object.get();
+  if (name->Items.Count() < 2) return name->GetQualifiedNameWithoutQuotes();
+  TmvOwned<TSQLQualifiedName> rest = name->GetNameWithoutNames(1);
+  return name->Token(0)->Token + u" (" + rest->GetQualifiedNameWithoutQuotes() + u")";
+}
+
+void TmvDataSourceObject::RenameObject(const TastTokenIdentifier* name) {
+  TSQLFromObject* node = FromObject();
+  if (!node || !node->Object || !name) return;
+  node->Object->Clear();
+  node->Object->AddName(name->CloneAs<TastToken>(SQLContext()));
+  NotifySQLUpdated();
+  UpdateCaption();
+}
+
+// --- TmvDatasourceQuery ---
+
+void TmvDatasourceQuery::LoadFromAST(TmvOwned<TSQLFromSource> node) {
+  TmvUpdateScope update(this);
+  TmvDatasource::LoadFromAST(std::move(node));
+  auto* query = TmvCast<TSQLFromQuery>(FromSource());
+  auto* proxy = query ? dynamic_cast<TmvSubSelectStatementProxy*>(query->SubQuery.get()) : nullptr;
+  subQuery_ = proxy ? proxy->SubQuery() : nullptr;
+  if (!subQuery_) return;
+  subQuery_->Fields()->GetOnUpdated().AddHandler(this, &TmvDatasourceQuery::SubqueryFieldsChanged);
+  subQuery_->OnDestroying().AddHandler(TmvHandlerId(this, 3), [this](TmvObject*) { subQuery_ = nullptr; });
+}
+
+void TmvDatasourceQuery::Destroying() {
+  if (subQuery_) {
+    subQuery_->Fields()->GetOnUpdated().RemoveHandler(this, &TmvDatasourceQuery::SubqueryFieldsChanged);
+    subQuery_->OnDestroying().RemoveHandler(TmvHandlerId(this, 3));
+    subQuery_ = nullptr;
+  }
+  TmvDatasource::Destroying();
+}
+
+void TmvDatasourceQuery::SubqueryFieldsChanged(TmvObject*) { ReloadFieldsFromUnderlyingSubquery(); }
+
+void TmvDatasourceQuery::RefreshMetadata() { ReloadFieldsFromUnderlyingSubquery(); }
+
+void TmvDatasourceQuery::ReloadFieldsFromUnderlyingSubquery() {
+  TmvMetadataFieldsList* fields = GetFields();
+  if (!fields || !subQuery_ || IsDestroying()) return;
+  fields->BeginUpdate();
+  fields->Assign(subQuery_->Fields());
+  // An explicit column list names the fields; it is made as long as they are.
+  if (TastNodeWithList* names = FromSource()->ColumnNames.get()) {
+    for (int i = 0; i < fields->Count(); ++i) {
+      TmvMetadataField* field = fields->Items(i);
+      if (i < names->Items.Count()) {
+        TastNode* name = names->Items.Item(i);
+        if (auto* alias = TmvCast<TSQLAliasExpression>(name))
+          field->SetNameAlias(alias);
+        else if (auto* token = TmvCast<TastTokenIdentifier>(name))
+          field->SetNameToken(token);
+      } else if (field->Name() && field->Name()->Items.Count() > 0) {
+        auto alias = TastCreate<TSQLAliasExpression>(SQLContext());
+        alias->Name.Set(field->Name()->Token(0)->CloneAs<TastToken>(SQLContext()));
+        names->Items.Add(std::move(alias));
+      }
+    }
+    while (names->Items.Count() > fields->Count()) names->Items.Delete(names->Items.Count() - 1);
+  }
+  DoCustomizeDatasourceFieldsList();
+  fields->NotifyUpdated();
+  fields->EndUpdate();
+}
+
+}  // namespace mv

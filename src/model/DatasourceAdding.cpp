@@ -1,0 +1,268 @@
+// Adding datasources to a SELECT: every form ends in AddDatasourceHelper,
+// which binds the new entry, gives it a unique alias and lets the host
+// move, change or refuse it. Also the unique aliases and the conversion of
+// an entry into a derived table.
+#include "frontend/SQLContext.h"
+#include "frontend/SyntaxProvider.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataObject.h"
+#include "model/Datasources.h"
+#include "model/QueryTree.h"
+#include "tree/FromClause.h"
+#include "tree/QualifiedNames.h"
+#include "tree/SelectClauses.h"
+#include "tree/SelectStatement.h"
+#include "tree/Tokens.h"
+#include "support/MessageCatalog.h"
+
+namespace mv {
+
+namespace {
+
+void RequireProvider(TmvBaseSQLContext* context) {
+  if (!context || !context->SyntaxProvider()) throw EmvQueryBuilderError(MessageText(mvQBNoSyntaxProvider));
+}
+
+void ShowDatasource(TmvUnionSubQuery* member, TmvDatasource* datasource) {
+  if (!datasource) return;
+  if (auto* page = dynamic_cast<ImvUnionSubQueryControl*>(member->GetControls(0)))
+    if (datasource->GetControls(0)) page->EnsureDatasourceVisible(datasource);
+}
+
+}  // namespace
+
+// --- Aliases ---
+
+WideString TmvUnionSubQuery::GetFromSourceBaseName(const TSQLFromSource* node) const {
+  if (!node) return {};
+  if (node->Alias && node->Alias->Name && !node->Alias->Name->Token.empty()) return node->Alias->Name->Token;
+  if (TmvMetadataObject* object = node->GetMetadataObject()) return object->NameStrNotQuoted();
+  if (auto* object = TmvCast<TSQLFromObject>(node)) {
+    if (object->WithItem && object->WithItem->Name) return object->WithItem->Name->Token;
+    // Names are held from the inside out: Items[0] is the object's own name.
+    if (object->Object && object->Object->Items.Count() > 0) return object->Object->Token(0)->Token;
+  }
+  return {};
+}
+
+bool TmvUnionSubQuery::IsUniqueAlias(const WideString& name) const {
+  TmvDatasourceList datasources;
+  datasources_->GetDatasources(datasources);
+  for (TmvDatasource* datasource : datasources)
+    if (WideSameText(GetFromSourceBaseName(datasource->FromSource()), name)) return false;
+  return true;
+}
+
+WideString TmvUnionSubQuery::CreateUniqueAlias(const WideString& base) const {
+  for (int i = 0; i < 2147483646; ++i) {
+    const WideString name = i == 0 ? base : base + IntToWide(i);
+    if (IsUniqueAlias(name)) return name;
+  }
+  throw EmvQueryBuilderError(base, u"No unique alias for " + base);
+}
+
+// --- The common path ---
+
+TmvDatasource* TmvUnionSubQuery::AddDatasourceHelper(TmvOwned<TSQLFromSource> node, TmvPoint position,
+                                                     const TmvClass& datasourceClass) {
+  TmvBaseSQLContext* context = SQLContext();
+  TmvQueryModelHost* host = Host();
+  host->LogHelper().Debug(u"TmvUnionSubQuery(%p).AddDatasourceHelper: AFromSource = \"%s\"",
+                          static_cast<const void*>(this),
+                          node && context ? node->SimpleSQL(context->SQLBuilderExpression()) : WideString());
+  RequireProvider(context);
+  if (!node) return nullptr;
+  auto bind = [&] {
+    node->RestoreColumnPrefixRecursive(true);
+    std::vector<TSQLWithClauseItem*> cteList;
+    std::vector<TSQLFromSource*> fromSources;
+    GatherPrepareAndFixupContext(cteList, fromSources, false);
+    node->PrepareAndFixupRecursive(cteList, fromSources);
+  };
+  bind();
+  const WideString baseName = GetFromSourceBaseName(node.get());
+  if (baseName.empty() || !IsUniqueAlias(baseName)) {
+    WideString base = baseName;
+    if (TmvMetadataObject* object = node->GetMetadataObject(); object && !object->AltName().empty())
+      base = object->AltName();
+    if (base.empty()) base = TmvCast<TSQLFromQuery>(node.get()) ? u"Query" : u"Object";
+    auto alias = TastCreate<TSQLAliasObjectAlias>(context);
+    alias->Name.Set(context->ParseIdentifierQuoteIfNeed(CreateUniqueAlias(base)));
+    node->Alias.Set(std::move(alias));
+  }
+  if (host->OnBeforeAddDatasource) {
+    bool allow = true;
+    host->OnBeforeAddDatasource(host, this, position, allow, node.get());
+    if (!allow) return nullptr;
+    bind();  // the handler may have changed the node
+  }
+  TmvDatasource* datasource;
+  {
+    TmvUpdateScope update(datasources_);
+    if (datasourceClass.InheritsFrom(TmvDatasourceQuery::StaticClass()))
+      datasource = datasources_->CreateDatasource<TmvDatasourceQuery>(std::move(node));
+    else if (datasourceClass.InheritsFrom(TmvDataSourceObject::StaticClass()))
+      datasource = datasources_->CreateDatasource<TmvDataSourceObject>(std::move(node));
+    else
+      datasource = datasources_->CreateDatasource<TmvDatasource>(std::move(node));
+    datasource->Left = position.X;
+    datasource->Top = position.Y;
+    datasources_->NotifyReorderNeeded();
+  }
+  if (HasControls() && datasource->CanCreateControls()) datasource->CreateControl();
+  if (host->OnAfterAddDatasource) host->OnAfterAddDatasource(host, this, datasource);
+  return datasource;
+}
+
+// --- The forms ---
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObject(const WideString& name, const WideString& alias) {
+  return AddObjectAt(name, TmvPoint{}, alias);
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObjectAt(const WideString& name, TmvPoint position, const WideString& alias) {
+  RequireProvider(SQLContext());
+  auto* datasource = static_cast<TmvDataSourceObject*>(
+      AddDatasourceHelper(SQLContext()->CreateSQLFromObject(name, alias), position, TmvDataSourceObject::StaticClass()));
+  ShowDatasource(this, datasource);
+  return datasource;
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObject(const TSQLQualifiedName* name, const TastTokenIdentifier* alias) {
+  return AddObjectAt(name, TmvPoint{}, alias);
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObjectAt(const TSQLQualifiedName* name, TmvPoint position,
+                                                   const TastTokenIdentifier* alias) {
+  RequireProvider(SQLContext());
+  auto* datasource = static_cast<TmvDataSourceObject*>(
+      AddDatasourceHelper(SQLContext()->CreateSQLFromObject(name, alias), position, TmvDataSourceObject::StaticClass()));
+  ShowDatasource(this, datasource);
+  return datasource;
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObject(TmvMetadataObject* object, const TastTokenIdentifier* alias) {
+  return AddObjectAt(object, TmvPoint{}, alias);
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObjectAt(TmvMetadataObject* object, TmvPoint position,
+                                                   const TastTokenIdentifier* alias) {
+  RequireProvider(SQLContext());
+  if (!object) throw EmvQueryBuilderError(MessageText(mvQBBadObjectName));
+  return AddObjectAt(object->FullName(), position, alias);
+}
+
+TmvDatasource* TmvUnionSubQuery::AddFromExpression(const WideString& text, const WideString& alias) {
+  return AddFromExpressionAt(text, TmvPoint{}, alias);
+}
+
+TmvDatasource* TmvUnionSubQuery::AddFromExpressionAt(const WideString& text, TmvPoint position,
+                                                     const WideString& alias) {
+  TmvBaseSQLContext* context = SQLContext();
+  RequireProvider(context);
+  TmvOwned<TSQLFromSource> node;
+  try {
+    node = context->ParseDatasource(text);
+  } catch (const EmvSQLError&) {
+    throw EmvQueryBuilderError(text, MessageText(mvQBBadFromObjectExpression));
+  }
+  if (!node) throw EmvQueryBuilderError(text, MessageText(mvQBBadFromObjectExpression));
+  TmvOwned<TastTokenIdentifier> identifier;
+  if (!alias.empty()) identifier = context->ParseIdentifierQuoteIfNeed(alias);
+  TmvDatasource* datasource = AddFromExpressionAt(std::move(node), position, identifier.get());
+  ShowDatasource(this, datasource);
+  return datasource;
+}
+
+TmvDatasource* TmvUnionSubQuery::AddFromExpressionAt(TmvOwned<TSQLFromSource> node, TmvPoint position,
+                                                     const TastTokenIdentifier* alias) {
+  if (!Host() || !SQLContext() || !SQLContext()->SyntaxProvider() || !node) return nullptr;
+  if (alias) {
+    auto aliasNode = TastCreate<TSQLAliasObjectAlias>(SQLContext());
+    aliasNode->Name.Set(alias->CloneAs<TastTokenIdentifier>(SQLContext()));
+    node->Alias.Set(std::move(aliasNode));
+  }
+  const TmvClass& datasourceClass = TmvCast<TSQLFromObject>(node.get())  ? TmvDataSourceObject::StaticClass()
+                                    : TmvCast<TSQLFromQuery>(node.get()) ? TmvDatasourceQuery::StaticClass()
+                                                                         : TmvDatasource::StaticClass();
+  return AddDatasourceHelper(std::move(node), position, datasourceClass);
+}
+
+TmvDatasource* TmvUnionSubQuery::AddStoredProc(const WideString& name, const WideString& alias) {
+  return AddStoredProcAt(name, TmvPoint{}, alias);
+}
+
+TmvDatasource* TmvUnionSubQuery::AddStoredProcAt(const WideString& name, TmvPoint position, const WideString& alias) {
+  TmvBaseSQLContext* context = SQLContext();
+  RequireProvider(context);
+  TmvOwned<TSQLQualifiedName> parsed = context->ParseQualifiedName(name);
+  if (!parsed) throw EmvQueryBuilderError(name, MessageText(mvQBBadObjectName));
+  TmvQueryModelHost* host = Host();
+  WideString call;
+  if (host->OnQueryProcedureParameters) {
+    TmvMetadataContainer* container = context->MetadataContainer();
+    TmvMetadataProcedure* procedure = container ? container->FindProcedureByFullName(parsed.get()) : nullptr;
+    bool abort = false;
+    host->OnQueryProcedureParameters(host, name, procedure, call, abort);
+    if (abort) return nullptr;
+  }
+  // Without the host's answer the parameters dialog would ask; headless, that is a cancel.
+  if (call.empty()) return nullptr;
+  return AddFromExpressionAt(context->SyntaxProvider()->CreateWrapperForStoredProc(call), position, alias);
+}
+
+// --- Derived tables ---
+
+TmvDatasourceQuery* TmvUnionSubQuery::ConvertDatasourceToDerivedTable(TmvDatasource* datasource) {
+  TmvBaseSQLContext* context = SQLContext();
+  if (!datasource || !datasource->FromSource()) return nullptr;
+  TmvUpdateScope update(datasources_);
+  auto query = TastCreate<TSQLFromQuery>(context);
+  auto alias = TastCreate<TSQLAliasObjectAlias>(context);
+  alias->Name.Set(context->ParseIdentifierQuoteIfNeed(Host()->CreateUniqueQueryNameStr()));
+  query->Alias.Set(std::move(alias));
+  auto statement = TastCreate<TSQLSubSelectStatement>(context);
+  auto select = TastCreate<TSQLSubQuerySelectExpression>(context);
+  select->SelectItems.Set(TastCreate<TSQLSelectItems>(context));
+  select->FromClause.Set(TastCreate<TSQLFromClause>(context));
+  TmvOwned<TastNode> old = datasource->GetResultAST();
+  if (auto* source = TmvCast<TSQLFromSource>(old.get())) {
+    source->JoinKind.Reset();
+    source->JoinExpression.Reset();
+    std::vector<TSQLWithClauseItem*> cteList;
+    std::vector<TSQLFromSource*> fromSources;
+    GatherPrepareAndFixupContext(cteList, fromSources, false);
+    source->RestoreColumnPrefixRecursive(true);
+    source->PrepareAndFixupRecursive(cteList, fromSources);
+    old.release();
+    select->FromClause->Add(TmvOwned<TSQLFromSource>(source));
+  }
+  statement->Add(std::move(select));
+  query->SubQuery.Set(std::move(statement));
+  auto* derived = static_cast<TmvDatasourceQuery*>(
+      AddDatasourceHelper(std::move(query), TmvPoint{datasource->Left, datasource->Top}, TmvDatasourceQuery::StaticClass()));
+  if (!derived) return nullptr;
+  NotifyDatasourceReplaced(datasource, derived);
+  datasources_->TopGroup()->DestroyChild(datasource);
+  NotifySQLUpdatedRecursive();
+  return derived;
+}
+
+TmvDatasourceQuery* TmvUnionSubQuery::AddSubQueryEvent() {
+  TmvBaseSQLContext* context = SQLContext();
+  RequireProvider(context);
+  TmvUpdateScope update(this);
+  auto query = TastCreate<TSQLFromQuery>(context);
+  auto alias = TastCreate<TSQLAliasObjectAlias>(context);
+  alias->Name.Set(context->ParseIdentifierQuoteIfNeed(Host()->CreateUniqueQueryNameStr()));
+  query->Alias.Set(std::move(alias));
+  auto statement = TastCreate<TSQLSubSelectStatement>(context);
+  auto select = TastCreate<TSQLSubQuerySelectExpression>(context);
+  select->SelectItems.Set(TastCreate<TSQLSelectItems>(context));
+  select->FromClause.Set(TastCreate<TSQLFromClause>(context));
+  statement->Add(std::move(select));
+  query->SubQuery.Set(std::move(statement));
+  return static_cast<TmvDatasourceQuery*>(AddDatasourceHelper(std::move(query), TmvPoint{}, TmvDatasourceQuery::StaticClass()));
+}
+
+}  // namespace mv

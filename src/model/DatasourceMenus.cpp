@@ -1,0 +1,132 @@
+// The popup menus of datasources, as data, and the linked objects that the
+// foreign keys of a datasource's metadata object offer.
+#include <map>
+
+#include "metadata/MetadataObject.h"
+#include "metadata/MetadataQualifiedNamesList.h"
+#include "metadata/MetadataRelation.h"
+#include "model/Datasources.h"
+#include "model/ModelMessages.h"
+#include "model/QueryTree.h"
+#include "tree/QualifiedNames.h"
+
+namespace mv {
+
+void TmvDatasource::AddMenuItem(TmvMenu& menu, const char16_t* key, std::function<void()> action, bool enabled) {
+  TmvMenuItem item;
+  item.Key = key;
+  item.Caption = item.IsSeparator() ? WideString(u"-") : MessageText(key);
+  item.Enabled = enabled;
+  if (enabled) item.Action = std::move(action);
+  menu.push_back(std::move(item));
+}
+
+namespace {
+
+// The other end of a relation of `object`, or null.
+TmvMetadataObject* OtherSide(const TmvMetadataRelation* relation, const TmvMetadataObject* object) {
+  TmvMetadataObject* key = relation->GetKeyMetadataObject();
+  return key == object ? relation->GetChildMetadataObject() : key;
+}
+
+WideString ColumnsText(const TmvMetadataQualifiedNamesList* columns) {
+  WideString text;
+  for (int i = 0; i < columns->Count(); ++i) {
+    if (i > 0) text += u", ";
+    text += columns->Items(i)->GetQualifiedNameWithoutQuotes();
+  }
+  return text;
+}
+
+}  // namespace
+
+void TmvDatasource::AddLinkedObjectsMenu(TmvMenu& menu) {
+  TmvMetadataObject* object = GetMetadataObject();
+  if (!object) return;
+  TmvMenuItem linked;
+  linked.Key = mvQBAddLinkedObject;
+  linked.Caption = MessageText(mvQBAddLinkedObject);
+  TmvUnionSubQuery* member = UnionSubQuery();
+  // Relations that lead to another object: the objects that refer to this
+  // one, a line, then the objects this one refers to; one entry per target,
+  // or per relation with its columns where a target has several.
+  const std::vector<TmvMetadataRelation*> groups[2] = {object->GetReferencingRelations(),
+                                                       object->GetReferencedRelations()};
+  for (const auto& relations : groups) {
+    std::map<TmvMetadataObject*, std::vector<TmvMetadataRelation*>> byTarget;
+    std::vector<TmvMetadataObject*> order;
+    for (TmvMetadataRelation* relation : relations) {
+      TmvMetadataObject* target = OtherSide(relation, object);
+      if (!target || relation->KeyFields()->Count() == 0 || relation->ChildFields()->Count() == 0) continue;
+      if (!byTarget.count(target)) order.push_back(target);
+      byTarget[target].push_back(relation);
+    }
+    if (order.empty()) continue;
+    if (!linked.SubItems.empty()) {
+      TmvMenuItem line;
+      line.Key = line.Caption = u"-";
+      linked.SubItems.push_back(std::move(line));
+    }
+    for (TmvMetadataObject* target : order) {
+      const auto& list = byTarget[target];
+      for (TmvMetadataRelation* relation : list) {
+        TmvMenuItem entry;
+        entry.Key = mvQBAddLinkedObject;
+        entry.Caption = target->NameStrNotQuoted();
+        if (list.size() > 1) entry.Caption += u" (" + ColumnsText(relation->ChildFields()) + u")";
+        entry.Action = [member, target, this] {
+          // The other end is a datasource of the SELECT already, or it is added.
+          for (TmvDatasource* present : member->Datasources()->FindDatasourcesByMetadataObject(target))
+            if (present != this) return;
+          member->AddObject(target, nullptr);
+        };
+        linked.SubItems.push_back(std::move(entry));
+      }
+    }
+  }
+  if (linked.SubItems.empty()) {
+    TmvMenuItem none;
+    none.Key = mvQBNoLinkedObjects;
+    none.Caption = MessageText(mvQBNoLinkedObjects);
+    none.Enabled = false;
+    linked.SubItems.push_back(std::move(none));
+  }
+  menu.push_back(std::move(linked));
+}
+
+namespace {
+
+void AutofitHeight(TmvDatasource* datasource) {
+  if (auto* control = dynamic_cast<ImvDatasourceControl*>(datasource->GetControls(0))) control->TuneSize();
+}
+
+}  // namespace
+
+TmvMenu TmvDatasource::GetPopupMenu(ImvControl*) {
+  TmvMenu menu;
+  AddMenuItem(menu, mvQBRemove, [this] { RequestDestroy(); });
+  AddMenuItem(menu, mvQBAftofitHeight, [this] { AutofitHeight(this); });
+  AddLinkedObjectsMenu(menu);
+  return menu;
+}
+
+TmvMenu TmvDataSourceObject::GetPopupMenu(ImvControl*) {
+  TmvMenu menu;
+  AddMenuItem(menu, mvQBRemove, [this] { RequestDestroy(); });
+  if (TmvSubQuery* cte = CteSubQuery()) AddMenuItem(menu, mvQBDeleteCTE, [cte] { cte->RemoveCTEEvent(); });
+  AddLinkedObjectsMenu(menu);
+  AddMenuItem(menu, mvQBAftofitHeight, [this] { AutofitHeight(this); });
+  return menu;
+}
+
+TmvMenu TmvDatasourceQuery::GetPopupMenu(ImvControl*) {
+  TmvMenu menu;
+  AddMenuItem(menu, mvQBSwitchToDerivedTable, [this] {
+    if (SubQuery() && Host()) Host()->SetActiveSubQuery(SubQuery());
+  });
+  AddMenuItem(menu, mvQBRemove, [this] { RequestDestroy(); });
+  AddMenuItem(menu, mvQBAftofitHeight, [this] { AutofitHeight(this); });
+  return menu;
+}
+
+}  // namespace mv

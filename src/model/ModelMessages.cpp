@@ -1,0 +1,36 @@
+#include "model/ModelMessages.h"
+
+#include <mutex>
+
+namespace mv {
+
+void RegisterModelMessages() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    MessageCatalog().Register({
+        {mvQBDialectDontSupportUnions, u"The server doesn't support unions."},
+        {mvQBDialectDontSupportUnionsInSubQueries, u"The server doesn't support unions in sub-queries."},
+        {mvQBDialectDontSupportUnionsBrackets, u"The server doesn't support brackets in unions."},
+        {mvQBDialectDontSupportUnionsBracketsInSubQuery,
+         u"The server doesn't support brackets in unions in sub-queries."},
+        {mvQBCteRenameCaption, u"Rename CTE"},
+        {mvQBCteRenameEnterNewName, u"Enter new common table expression (CTE) name:"},
+        {mvQBCteRenameNewNameCannotBeEmpty, u"New common table expression name cannot be empty"},
+        {mvQBCteRenameNewNameConflict, u"Name %s conflicts with names already used in the query"},
+        {mvQBCteRemoveConfirm, u"Are you sure you want to delete this common table expression?"},
+        {mvQBDeleteCTE, u"Delete CTE"},
+        {mvQBRenameCTE, u"Rename CTE..."},
+        {mvQBMainQuery, u"Main"},
+        {mvQBNoLinkedObjects, u"No linked objects"},
+        {mvQBCheckAll, u"Check All"},
+        {mvQBUncheckAll, u"Uncheck All"},
+        {mvQBRemove, u"Remove"},
+        {mvQBEdit, u"Properties..."},
+        {mvQBAftofitHeight, u"Autofit Height"},
+        {mvQBAddLinkedObject, u"Add Linked Object"},
+        {mvQBSwitchToDerivedTable, u"Switch to Derived Table"},
+    });
+  });
+}
+
+}  // namespace mv

@@ -1,0 +1,40 @@
+// Message keys of the query model. Texts are read through the message
+// catalog, so a language can replace them; RegisterModelMessages gives the
+// English defaults (the host calls it when it is made).
+#pragma once
+
+#include "support/MessageCatalog.h"
+
+namespace mv {
+
+// Unions the dialect refuses.
+inline constexpr const char16_t* mvQBDialectDontSupportUnions = u"mvQBDialectDontSupportUnions";
+inline constexpr const char16_t* mvQBDialectDontSupportUnionsInSubQueries =
+    u"mvQBDialectDontSupportUnionsInSubQueries";
+inline constexpr const char16_t* mvQBDialectDontSupportUnionsBrackets = u"mvQBDialectDontSupportUnionsBrackets";
+inline constexpr const char16_t* mvQBDialectDontSupportUnionsBracketsInSubQuery =
+    u"mvQBDialectDontSupportUnionsBracketsInSubQuery";
+// Common table expressions.
+inline constexpr const char16_t* mvQBCteRenameCaption = u"mvQBCteRenameCaption";
+inline constexpr const char16_t* mvQBCteRenameEnterNewName = u"mvQBCteRenameEnterNewName";
+inline constexpr const char16_t* mvQBCteRenameNewNameCannotBeEmpty = u"mvQBCteRenameNewNameCannotBeEmpty";
+inline constexpr const char16_t* mvQBCteRenameNewNameConflict = u"mvQBCteRenameNewNameConflict";
+inline constexpr const char16_t* mvQBCteRemoveConfirm = u"mvQBCteRemoveConfirm";
+inline constexpr const char16_t* mvQBDeleteCTE = u"mvQBDeleteCTE";
+inline constexpr const char16_t* mvQBRenameCTE = u"mvQBRenameCTE";
+// Captions.
+inline constexpr const char16_t* mvQBMainQuery = u"mvQBMainQuery";
+inline constexpr const char16_t* mvQBNoLinkedObjects = u"mvQBNoLinkedObjects";
+// Menu entries of datasources (the key spellings are part of the interface).
+inline constexpr const char16_t* mvQBCheckAll = u"mvQBCheckAll";
+inline constexpr const char16_t* mvQBUncheckAll = u"mvQBUncheckAll";
+inline constexpr const char16_t* mvQBRemove = u"mvQBRemove";
+inline constexpr const char16_t* mvQBEdit = u"mvQBEdit";
+inline constexpr const char16_t* mvQBAftofitHeight = u"mvQBAftofitHeight";
+inline constexpr const char16_t* mvQBAddLinkedObject = u"mvQBAddLinkedObject";
+inline constexpr const char16_t* mvQBSwitchToDerivedTable = u"mvQBSwitchToDerivedTable";
+
+// Registers the English defaults; runs once, whoever calls it.
+void RegisterModelMessages();
+
+}  // namespace mv

@@ -1,0 +1,121 @@
+#include "model/QueryModelHost.h"
+
+#include <algorithm>
+
+#include "frontend/SQLContext.h"
+#include "model/Datasources.h"
+#include "model/ModelMessages.h"
+#include "model/QueryTree.h"
+
+namespace mv {
+
+MV_DEFINE_CLASS(TmvQueryModelHost, TmvObject)
+
+TmvQueryModelHost::TmvQueryModelHost() : context_(TmvCreate<TmvBaseSQLContext>()) {
+  RegisterModelMessages();
+  logHelper_.SetPrefix(WideFormat(u"TmvQueryBuilder(%p).", {static_cast<const void*>(this)}));
+}
+
+TmvQueryModelHost::~TmvQueryModelHost() = default;
+
+void TmvQueryModelHost::AfterConstruction() {
+  TmvObject::AfterConstruction();
+  query_ = TmvCreate<TmvQuery>(this, nullptr);
+  activeSubQuery_ = query_.get();
+  query_->LoadFromStatement(nullptr);
+}
+
+void TmvQueryModelHost::BeforeDestruction() {
+  destroying_ = true;
+  query_.reset();
+  activeSubQuery_ = nullptr;
+  TmvObject::BeforeDestruction();
+}
+
+TmvBaseSyntaxProvider* TmvQueryModelHost::SyntaxProvider() const { return context_->SyntaxProvider(); }
+
+void TmvQueryModelHost::SetSyntaxProvider(TmvBaseSyntaxProvider* provider) {
+  if (provider == SyntaxProvider()) return;
+  context_->SetSyntaxProvider(provider);
+  if (!query_) return;
+  BeginUpdate();
+  for (TmvSubQuery* subQuery : std::vector<TmvSubQuery*>(subQueries_))
+    for (TmvUnionSubQuery* member : subQuery->UnionSubQueries()) member->Datasources()->SyntaxProviderChanged();
+  query_->NotifySQLUpdatedRecursive();
+  EndUpdate();
+}
+
+TmvMetadataContainer* TmvQueryModelHost::MetadataContainer() const { return context_->MetadataContainer(); }
+
+void TmvQueryModelHost::RegisterSubQuery(TmvSubQuery* subQuery) {
+  if (std::find(subQueries_.begin(), subQueries_.end(), subQuery) == subQueries_.end())
+    subQueries_.push_back(subQuery);
+}
+
+void TmvQueryModelHost::UnregisterSubQuery(TmvSubQuery* subQuery) {
+  std::erase(subQueries_, subQuery);
+  if (activeSubQuery_ == subQuery) activeSubQuery_ = destroying_ ? nullptr : query_.get();
+}
+
+void TmvQueryModelHost::SetActiveSubQuery(TmvSubQuery* subQuery) {
+  if (subQuery == activeSubQuery_) return;
+  if (!settingSql_ && OnActiveSubQueryChanging) {
+    bool allow = true;
+    OnActiveSubQueryChanging(this, allow);
+    if (!allow) return;
+  }
+  activeSubQuery_ = subQuery;
+  if (OnActiveSubQueryChanged) OnActiveSubQueryChanged(this);
+}
+
+bool TmvQueryModelHost::NotifyActiveUnionSubQueryChanging(TmvSubQuery* subQuery) {
+  bool allow = true;
+  if (OnActiveUnionSubQueryChanging) OnActiveUnionSubQueryChanging(this, subQuery, allow);
+  return allow || settingSql_;
+}
+
+void TmvQueryModelHost::NotifyActiveUnionSubQueryChanged(TmvSubQuery* subQuery, TmvUnionSubQuery*) {
+  if (OnActiveUnionSubQueryChanged) OnActiveUnionSubQueryChanged(this, subQuery);
+}
+
+WideString TmvQueryModelHost::CreateUniqueQueryNameStr() {
+  for (;;) {
+    WideString name = u"Query" + IntToWide(uniqueQueryNameCounter_++);
+    if (IsUniqueQueryName(name)) return name;
+  }
+}
+
+bool TmvQueryModelHost::IsUniqueQueryName(const WideString& name) const {
+  for (TmvSubQuery* subQuery : subQueries_)
+    for (TmvUnionSubQuery* member : subQuery->UnionSubQueries())
+      if (!member->IsUniqueAlias(name)) return false;
+  return true;
+}
+
+void TmvQueryModelHost::BeginUpdate() {
+  if (query_) query_->BeginUpdate();
+}
+
+void TmvQueryModelHost::EndUpdate() {
+  if (query_) query_->EndUpdate();
+}
+
+bool TmvQueryModelHost::GetIsUpdating() const { return query_ && query_->GetIsUpdating(); }
+
+void TmvQueryModelHost::SQLUpdated() {
+  if (OnSQLUpdated) OnSQLUpdated(this);
+}
+
+void TmvQueryModelHost::CreateControls() {
+  if (hasControls_ || !controlFactory_ || !query_) return;
+  hasControls_ = true;
+  query_->CreateControl();
+}
+
+void TmvQueryModelHost::DestroyControls() {
+  if (!hasControls_) return;
+  if (query_) query_->DestroyControl();
+  hasControls_ = false;
+}
+
+}  // namespace mv

@@ -1,0 +1,156 @@
+// The object that holds a query model: its SQL context (dialect, metadata),
+// the main query, the registry of all sub-queries, the active sub-query, the
+// options the model reads, the control factory, and the events through which
+// the host takes part in editing (vetoes, captions, field lists). The query
+// builder component derives from it and adds text, layout and metadata
+// loading; the model itself needs no more than this.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "model/ModelControls.h"
+#include "support/Class.h"
+#include "support/LogHelper.h"
+#include "support/WideString.h"
+
+namespace mv {
+
+class TmvBaseSQLContext;
+class TmvBaseSyntaxProvider;
+class TmvMetadataContainer;
+class TmvMetadataProcedure;
+class TmvDatasource;
+class TmvQuery;
+class TmvSubQuery;
+class TmvUnionSubQuery;
+class TSQLFromSource;
+
+struct TmvPoint {
+  int X = 0, Y = 0;
+};
+
+// How the fields of a datasource are ordered.
+enum TmvFieldsListSortType { flsNone, flsName, flsDescription };
+
+// The options of the query builder that the model reads.
+struct TmvModelOptions {
+  bool UseAltNames = true;
+  bool TableChecksCountInCaption = false;
+  // Fields of datasources.
+  TmvFieldsListSortType SortType = flsNone;
+  bool KeyFieldsFirst = true;
+  bool HideAsteriskItem = false;
+  // Links.
+  bool CreateLinksByIdenticalFieldNames = false;
+};
+
+// Questions the model asks the user; a host without dialogs answers them
+// itself or leaves them unset (then the question is answered "no").
+class ImvUserInteraction {
+ public:
+  virtual ~ImvUserInteraction() = default;
+  // False when the user cancels; `value` holds the default on entry.
+  virtual bool InputBox(const WideString& caption, const WideString& prompt, WideString& value) = 0;
+  virtual bool Confirm(const WideString& message) = 0;
+};
+
+class TmvQueryModelHost : public TmvObject {
+  MV_DECLARE_CLASS()
+ public:
+  TmvQueryModelHost();
+  ~TmvQueryModelHost() override;
+  // Makes the main query with its one empty SELECT.
+  void AfterConstruction() override;
+  // Frees the model while the host is whole.
+  void BeforeDestruction() override;
+
+  TmvBaseSQLContext* SQLContext() const { return context_.get(); }
+  TmvBaseSyntaxProvider* SyntaxProvider() const;
+  void SetSyntaxProvider(TmvBaseSyntaxProvider* provider);
+  TmvMetadataContainer* MetadataContainer() const;
+
+  TmvQuery* Query() const { return query_.get(); }
+  bool IsDestroying() const { return destroying_; }
+
+  // --- Sub-queries ---
+  const std::vector<TmvSubQuery*>& SubQueries() const { return subQueries_; }
+  void RegisterSubQuery(TmvSubQuery* subQuery);
+  void UnregisterSubQuery(TmvSubQuery* subQuery);
+  TmvSubQuery* ActiveSubQuery() const { return activeSubQuery_; }
+  // Asks OnActiveSubQueryChanging first (not while text is being set).
+  void SetActiveSubQuery(TmvSubQuery* subQuery);
+  // Asked by a sub-query before its active member changes: false keeps the
+  // present one (not while text is being set).
+  bool NotifyActiveUnionSubQueryChanging(TmvSubQuery* subQuery);
+  void NotifyActiveUnionSubQueryChanged(TmvSubQuery* subQuery, TmvUnionSubQuery* oldMember);
+
+  // --- Names of sub-queries: "Query1", "Query2", ... free as an alias in
+  // every SELECT of every sub-query. ---
+  WideString CreateUniqueQueryNameStr();
+  bool IsUniqueQueryName(const WideString& name) const;
+  void ResetUniqueQueryNameCounter() { uniqueQueryNameCounter_ = 1; }
+
+  // --- Updates of the whole model ---
+  void BeginUpdate();
+  void EndUpdate();
+  bool GetIsUpdating() const;
+  // The model changed (called once at the end of the outermost update).
+  virtual void SQLUpdated();
+  // While new text is being loaded vetoes of the active parts are not asked.
+  bool IsSettingSql() const { return settingSql_; }
+  void SetSettingSql(bool value) { settingSql_ = value; }
+
+  // --- Controls ---
+  ImvControlFactory* ControlFactory() const { return controlFactory_; }
+  // Not owned; set it before CreateControls.
+  void SetControlFactory(ImvControlFactory* factory) { controlFactory_ = factory; }
+  bool HasControls() const { return hasControls_; }
+  // Makes the controls of the whole model (needs a factory).
+  void CreateControls();
+  void DestroyControls();
+
+  ImvUserInteraction* UserInteraction() const { return userInteraction_; }
+  void SetUserInteraction(ImvUserInteraction* interaction) { userInteraction_ = interaction; }
+
+  TmvModelOptions Options;
+  TmvLogHelper& LogHelper() { return logHelper_; }
+
+  // --- Events. Each takes the host first. ---
+  std::function<void(TmvQueryModelHost*)> OnSQLUpdated;
+  std::function<void(TmvQueryModelHost*, bool& allow)> OnActiveSubQueryChanging;
+  std::function<void(TmvQueryModelHost*)> OnActiveSubQueryChanged;
+  std::function<void(TmvQueryModelHost*, TmvSubQuery*, bool& allow)> OnActiveUnionSubQueryChanging;
+  std::function<void(TmvQueryModelHost*, TmvSubQuery*)> OnActiveUnionSubQueryChanged;
+  // A datasource is about to be added: the handler may move it, change the
+  // node or refuse (allow = false; the node is then freed).
+  std::function<void(TmvQueryModelHost*, TmvUnionSubQuery*, TmvPoint& position, bool& allow, TSQLFromSource*)>
+      OnBeforeAddDatasource;
+  std::function<void(TmvQueryModelHost*, TmvUnionSubQuery*, TmvDatasource*)> OnAfterAddDatasource;
+  // Asked once per datasource before it goes; allow = false keeps it.
+  std::function<void(TmvQueryModelHost*, TmvUnionSubQuery*, bool& allow, TmvDatasource*)> OnBeforeDeleteDatasource;
+  std::function<void(TmvQueryModelHost*, TmvUnionSubQuery*, TmvDatasource*, WideString& caption)>
+      OnCustomizeDatasourceCaption;
+  std::function<void(TmvQueryModelHost*, TmvUnionSubQuery*, TmvDatasource*)> OnCustomizeDatasourceFieldsList;
+  // Fills the call of a procedure added as a datasource, or aborts the adding.
+  std::function<void(TmvQueryModelHost*, const WideString& name, TmvMetadataProcedure*, WideString& resultExpression,
+                     bool& abort)>
+      OnQueryProcedureParameters;
+  std::function<void(TmvQueryModelHost*, TmvSubQuery*, WideString& caption)> OnGetTabHeaderText;
+
+ private:
+  TmvOwned<TmvBaseSQLContext> context_;
+  TmvOwned<TmvQuery> query_;
+  std::vector<TmvSubQuery*> subQueries_;
+  TmvSubQuery* activeSubQuery_ = nullptr;
+  int uniqueQueryNameCounter_ = 1;
+  bool settingSql_ = false;
+  bool destroying_ = false;
+  bool hasControls_ = false;
+  ImvControlFactory* controlFactory_ = nullptr;
+  ImvUserInteraction* userInteraction_ = nullptr;
+  TmvLogHelper logHelper_;
+};
+
+}  // namespace mv

@@ -1,0 +1,64 @@
+// The fixture of the query model's tests: a host on the reference dialect
+// whose capability answers a test can change, and short ways to load text
+// and read it back.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "ReferenceDialect.h"
+#include "dialects/EngineInit.h"
+#include "model/Datasources.h"
+#include "model/QueryModelHost.h"
+#include "model/QueryTree.h"
+#include "support/WideString.h"
+
+namespace mvtest {
+
+// The reference dialect with settable answers for the capabilities the
+// model asks before it changes anything.
+class TCapabilityProvider : public TReferenceDialectProvider {
+ public:
+  bool Unions = true, SubQueryUnions = true;
+  bool BracketsInUnions = true, SubQueryBracketsInUnions = true;
+  bool DerivedTables = true, SubQueryDerivedTables = true;
+  bool CTE = true, RecursiveCTE = true;
+  bool CrossJoin = true, LeftJoin = true, RightJoin = true, FullJoin = true;
+  bool FromClauseMandatory = false;
+
+  bool IsSupportUnions() const override { return Unions; }
+  bool IsSupportSubQueryUnions() const override { return SubQueryUnions; }
+  bool IsSupportBracketsInUnions() const override { return BracketsInUnions; }
+  bool IsSupportSubQueryBracketsInUnions() const override { return SubQueryBracketsInUnions; }
+  bool IsSupportDerivedTables() const override { return DerivedTables; }
+  bool IsSupportSubQueryDerivedTables() const override { return SubQueryDerivedTables; }
+  bool IsSupportCTE() const override { return CTE; }
+  bool IsSupportRecursiveCTE() const override { return RecursiveCTE; }
+  bool IsSupportCrossJoin() const override { return CrossJoin; }
+  bool IsSupportLeftANSIJoin() const override { return LeftJoin; }
+  bool IsSupportRightANSIJoin() const override { return RightJoin; }
+  bool IsSupportFullANSIJoin() const override { return FullJoin; }
+  bool IsFromClauseMandatory() const override { return FromClauseMandatory; }
+};
+
+inline std::string U8(const mv::WideString& text) { return mv::UTF8Encode(text); }
+inline mv::WideString U16(const std::string& text) { return mv::UTF8Decode(text); }
+
+class ModelTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { mv::InitializeEngine(); }
+  ModelTest() { host->SetSyntaxProvider(&provider); }
+
+  mv::TmvQuery* Query() const { return host->Query(); }
+  void Load(const std::string& sql) { Query()->SetSql(U16(sql)); }
+  std::string Sql() const { return U8(Query()->GetSql()); }
+  mv::TmvUnionSubQuery* Member(int index) const { return Query()->UnionSubQueries().at(index); }
+  mv::TmvUnionSubQuery* First() const { return Query()->FirstSelect(); }
+
+  // Declared first: the host, freed first, still sees its dialect.
+  TCapabilityProvider provider;
+  mv::TmvOwned<mv::TmvQueryModelHost> host = mv::TmvCreate<mv::TmvQueryModelHost>();
+};
+
+}  // namespace mvtest
