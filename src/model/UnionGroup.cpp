@@ -209,14 +209,32 @@ void TmvUnionGroup::DestroyIfEmpty() {
   if (items_.empty() && ParentQuery() && Parent()) Parent()->DestroyChild(this);
 }
 
+// The left bracket stands between a member's operator and the member, so
+// its moves hand the operators over: the text keeps each operator between
+// the two SELECTs it joined. (The right bracket stands after a member and
+// moves without that.)
 void TmvUnionGroup::MoveLeftForwardEvent() {
   TmvUnionGroup* parent = ParentQuery();
   const int index = parent ? parent->IndexOf(this) : -1;
-  if (index > 0) AddToBegin(parent->Items(index - 1));
+  if (index <= 0) return;
+  TmvQueryBase* left = parent->Items(index - 1);
+  TmvUpdateScope update(parent);
+  const WideString groupOperator = GetUnionOperatorFull();
+  if (!items_.empty()) items_.front()->SetUnionOperatorFull(groupOperator);
+  SetUnionOperatorFull(left->GetUnionOperatorFull());
+  AddToBegin(left);
 }
 
 void TmvUnionGroup::MoveLeftBackwardEvent() {
-  if (!items_.empty()) RemoveFromBegin(items_.front());
+  if (items_.empty()) return;
+  TmvQueryBase* first = items_.front();
+  {
+    TmvUpdateScope update(ParentQuery());
+    const WideString groupOperator = GetUnionOperatorFull();
+    if (items_.size() > 1) SetUnionOperatorFull(items_[1]->GetUnionOperatorFull());
+    first->SetUnionOperatorFull(groupOperator);
+    RemoveFromBegin(first);
+  }
   DestroyIfEmpty();
 }
 

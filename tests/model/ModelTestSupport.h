@@ -50,11 +50,19 @@ class ModelTest : public ::testing::Test {
   static void SetUpTestSuite() { mv::InitializeEngine(); }
   ModelTest() { host->SetSyntaxProvider(&provider); }
 
+ public:
+
   mv::TmvQuery* Query() const { return host->Query(); }
   void Load(const std::string& sql) { Query()->SetSql(U16(sql)); }
   std::string Sql() const { return U8(Query()->GetSql()); }
   mv::TmvUnionSubQuery* Member(int index) const { return Query()->UnionSubQueries().at(index); }
   mv::TmvUnionSubQuery* First() const { return Query()->FirstSelect(); }
+  mv::TmvUnionGroup* Group(int index) const { return mv::TmvCast<mv::TmvUnionGroup>(Query()->Items(index)); }
+  // The sub-query of the first SELECT's derived table at `index`.
+  mv::TmvSubQuery* Derived(int index = 0) const {
+    auto* table = mv::TmvCast<mv::TmvDatasourceQuery>(First()->Datasources()->Items(index));
+    return table ? table->SubQuery() : nullptr;
+  }
 
   // Declared first: the host, freed first, still sees its dialect.
   TCapabilityProvider provider;
