@@ -230,6 +230,11 @@ void TmvSubQuery::SetSql(const WideString& text) {
     statement = context->ParseSelect(text);
   else
     statement = context->ParseSubQuery(text);
+  // The sort of a query of one SELECT is that SELECT's, so that its names
+  // bind to the SELECT's sources.
+  if (statement->OrderBy && statement->GetCount() == 1)
+    if (auto* select = TmvCast<TSQLSubQuerySelectExpression>(statement->GetItems(0)); select && !select->OrderBy)
+      select->OrderBy.Set(statement->OrderBy.Release());
   std::vector<TSQLWithClauseItem*> cteList;
   std::vector<TSQLFromSource*> fromSources;
   GatherPrepareAndFixupContext(cteList, fromSources, false);

@@ -1,9 +1,12 @@
 // One SELECT of a union: the node it keeps, the tree it generates, and the
 // moves of its page's controls.
+#include <algorithm>
+
 #include "frontend/SQLContext.h"
 #include "model/Datasources.h"
 #include "model/QueryTree.h"
 #include "tree/FromClause.h"
+#include "tree/LogicalExpressions.h"
 #include "tree/SelectClauses.h"
 #include "tree/SelectStatement.h"
 
@@ -242,10 +245,53 @@ void TmvUnionSubQuery::CollectVisibleDatasources(TmvDatasourceList& list) {
   TmvQueryBase::CollectVisibleDatasources(list);
 }
 
+namespace {
+
+bool RefersTo(TastNodeBase* node, TSQLFromSource* source) {
+  TSQLFromSourceList sources;
+  node->GetReferencedDatasourcesRecursive(sources);
+  return std::find(sources.begin(), sources.end(), source) != sources.end();
+}
+
+void DropReferringItems(TastNodeList& items, TSQLFromSource* source) {
+  for (int i = items.Count() - 1; i >= 0; --i)
+    if (RefersTo(items.Item(i), source)) items.Delete(i);
+}
+
+// A condition loses the operands of its AND that refer to the source; any
+// other condition that refers to it goes whole.
+void DropReferringCondition(TastChild<TSQLExpressionItem>& condition, TSQLFromSource* source) {
+  if (!condition || !RefersTo(condition.get(), source)) return;
+  if (auto* conjunction = TmvCast<TSQLExpressionAnd>(condition.get())) {
+    DropReferringItems(conjunction->Items, source);
+    if (conjunction->Items.Count() > 0) return;
+  }
+  condition.Reset();
+}
+
+template <class List>
+void DropReferringListItems(TastChild<List>& list, TSQLFromSource* source) {
+  if (!list) return;
+  DropReferringItems(list->Items, source);
+  if (list->Items.Count() == 0) list.Reset();
+}
+
+}  // namespace
+
 bool TmvUnionSubQuery::NotifyDatasourceDestroyingInternal(TmvDatasource* datasource) {
-  if (!QueryAST() || !datasource->FromSource()) return false;
+  TSQLFromSource* source = datasource->FromSource();
+  if (!QueryAST() || !source) return false;
+  // The clauses the SELECT keeps lose what cannot stand without the source:
+  // select items, sort and grouping entries, and conditions.
+  if (TSQLSubQuerySelectExpression* select = SelectAST()) {
+    if (select->SelectItems) DropReferringItems(select->SelectItems->Items, source);
+    DropReferringCondition(select->Where, source);
+    DropReferringCondition(select->Having, source);
+    DropReferringListItems(select->GroupBy, source);
+    DropReferringListItems(select->OrderBy, source);
+  }
   NotifySQLUpdated();
-  return !QueryAST()->RemoveReferencesToDatasource(datasource->FromSource());
+  return !QueryAST()->RemoveReferencesToDatasource(source);
 }
 
 void TmvUnionSubQuery::NotifyDatasourceReplacedInternal(TmvDatasource* oldDatasource, TmvDatasource* newDatasource) {

@@ -9,6 +9,10 @@
 
 #include "ReferenceDialect.h"
 #include "dialects/EngineInit.h"
+#include "frontend/SQLContext.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataField.h"
+#include "metadata/MetadataObject.h"
 #include "model/Datasources.h"
 #include "model/QueryModelHost.h"
 #include "model/QueryTree.h"
@@ -49,6 +53,12 @@ class ModelTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { mv::InitializeEngine(); }
   ModelTest() { host->SetSyntaxProvider(&provider); }
+  // The container's names belong to the host's context: they go first.
+  ~ModelTest() override {
+    host->Query()->SetSql(u"");
+    host->SQLContext()->SetMetadataContainer(nullptr);
+    container.reset();
+  }
 
  public:
 
@@ -64,8 +74,25 @@ class ModelTest : public ::testing::Test {
     return table ? table->SubQuery() : nullptr;
   }
 
+  // Gives the host a container with one table of these fields (the first
+  // is the primary key).
+  mv::TmvMetadataTable* AddTable(const char16_t* name, std::initializer_list<const char16_t*> fields) {
+    if (!container) {
+      container = mv::TmvCreate<mv::TmvMetadataContainer>(nullptr, host->SQLContext());
+      host->SQLContext()->SetMetadataContainer(container.get());
+    }
+    mv::TmvMetadataTable* table = container->AddTable(name);
+    bool first = true;
+    for (const char16_t* field : fields) {
+      table->GetFields()->AddField(field)->SetPrimaryKey(first);
+      first = false;
+    }
+    return table;
+  }
+
   // Declared first: the host, freed first, still sees its dialect.
   TCapabilityProvider provider;
+  mv::TmvOwned<mv::TmvMetadataContainer> container;
   mv::TmvOwned<mv::TmvQueryModelHost> host = mv::TmvCreate<mv::TmvQueryModelHost>();
 };
 
