@@ -56,7 +56,12 @@ const std::vector<Command>& AllCommands() {
        "its lines with CR LF. A syntax error prints the parser's message on standard error\n"
        "and exits with 1; an unknown option or a bad value exits with 2.\n",
        RunFormat},
-      {"dialects", "list the dialects: provider class, short name, description", "mvsql dialects\n", RunDialects},
+      {"dialects", "list the dialects: provider class, short name, description",
+       "mvsql dialects [--capabilities]\n"
+       "  --capabilities  the capability answers under each provider's default settings: a header\n"
+       "                  row of short names, then one row per capability operation with T or F\n"
+       "                  per provider, tab-separated\n",
+       RunDialects},
       {"metadata", "read metadata from a metadata XML file or a SQLite database; summary or XML",
        "mvsql metadata --xml FILE [-o OUT.xml] [--summary] [--dialect NAME]\n"
        "       mvsql metadata --sqlite FILE [-o OUT.xml] [--summary] [--dialect NAME]\n"

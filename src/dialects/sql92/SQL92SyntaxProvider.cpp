@@ -10,7 +10,7 @@ namespace mv {
 
 MV_DEFINE_SYNTAX_PROVIDER(TmvSQL92SyntaxProvider, TmvBaseSyntaxProvider)
 
-TmvSQL92SyntaxProvider::TmvSQL92SyntaxProvider() { SetIdentCaseSens(icsNonSensitive); }
+TmvSQL92SyntaxProvider::TmvSQL92SyntaxProvider() : TmvMatrixSyntaxProvider("TmvSQL92SyntaxProvider") {}
 
 void TmvSQL92SyntaxProvider::RegisterDialect() {
   SyntaxProvidersList().RegisterSyntaxProvider(ProviderClass());
@@ -30,11 +30,6 @@ void TmvSQL92SyntaxProvider::GetBuiltinFunctionNames(TSQLQualifiedNamesList& lis
                                u"Extract", u"SubString", u"Upper", u"Lower", u"Convert", u"Translate", u"Trim",
                                u"Current_Time", u"Current_Timestamp", u"NullIf", u"Coalesce"})
     list.AddBuiltin(name);
-}
-
-void TmvSQL92SyntaxProvider::GetUnionOperatorsList(std::vector<WideString>& list) const {
-  TmvBaseSyntaxProvider::GetUnionOperatorsList(list);
-  list.insert(list.end(), {u"Except", u"Intersect"});
 }
 
 bool TmvSQL92SyntaxProvider::IsFixedSizeType(WideStringView typeName) const { return !IsAnsiSizedType(typeName); }

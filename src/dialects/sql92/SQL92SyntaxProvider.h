@@ -1,14 +1,14 @@
 // The ANSI SQL-92 provider: the reference dialect whose grammar all others
-// are told against. Its answers are the contract's defaults, with
-// case-insensitive names, Except and Intersect among the set operators, and
-// the SQL-92 built-in functions.
+// are told against. Its capability answers, texts and name lists are its row
+// of the capability matrix (case-insensitive names, Except and Intersect
+// among the set operators); its own are the SQL-92 built-in functions.
 #pragma once
 
-#include "frontend/SyntaxProvider.h"
+#include "dialects/matrix/MatrixSyntaxProvider.h"
 
 namespace mv {
 
-class TmvSQL92SyntaxProvider : public TmvBaseSyntaxProvider {
+class TmvSQL92SyntaxProvider : public TmvMatrixSyntaxProvider {
   MV_DECLARE_SYNTAX_PROVIDER()
  public:
   TmvSQL92SyntaxProvider();
@@ -22,9 +22,7 @@ class TmvSQL92SyntaxProvider : public TmvBaseSyntaxProvider {
   std::vector<int32_t> GetStringTokenIds() const override;
 
   void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
-  void GetUnionOperatorsList(std::vector<WideString>& list) const override;
   bool IsFixedSizeType(WideStringView typeName) const override;
-  WideString ServerName() const override { return u"ANSI SQL92"; }
 
   // Metadata from INFORMATION_SCHEMA queries; while false every metadata
   // operation is the base's.
