@@ -2,7 +2,10 @@
 // folders that names the concrete dialects of the build.
 #include "dialects/EngineInit.h"
 
+#include "dialects/sql2003/SQL2003SyntaxProvider.h"
+#include "dialects/sql89/SQL89SyntaxProvider.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
+#include "dialects/universal/UniversalSyntaxProvider.h"
 #include "frontend/SQLError.h"
 #include "metadata/MetadataMessages.h"
 
@@ -17,6 +20,9 @@ namespace {
 // when a provider is detected from a connection.
 constexpr void (*kDialects[])() = {
     &TmvSQL92SyntaxProvider::RegisterDialect,
+    &TmvSQL89SyntaxProvider::RegisterDialect,
+    &TmvSQL2003SyntaxProvider::RegisterDialect,
+    &TmvUniversalSyntaxProvider::RegisterDialect,
 };
 
 }  // namespace

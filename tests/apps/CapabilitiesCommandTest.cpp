@@ -1,5 +1,5 @@
-// mvsql dialects --capabilities against the capability matrix as the design
-// gives it (tests/data/dialects/capability-matrix.txt): for every provider of
+// mvsql dialects --capabilities against the capability matrix kept as test
+// data (tests/data/dialects/capability-matrix.txt): for every provider of
 // this build, every operation, cell by cell, with the letters of conditional
 // answers resolved under a new provider's settings.
 #include <gtest/gtest.h>
@@ -26,8 +26,8 @@ std::string Trim(const std::string& text) {
   return begin == std::string::npos ? "" : text.substr(begin, end - begin + 1);
 }
 
-// The design's table: rows of operations, the column headings mapped to
-// short names, and the default answer of each letter.
+// The matrix of the test data: rows of operations, the column headings
+// mapped to short names, and the default answer of each letter.
 struct ExpectedMatrix {
   std::vector<std::string> columns;  // short names, in the table's order
   std::vector<std::pair<std::string, std::vector<std::string>>> rows;
@@ -102,4 +102,13 @@ TEST(CapabilitiesCommand, AgreesWithTheMatrixCellByCell) {
     for (size_t i = 1; i < cells.size(); ++i)
       EXPECT_EQ(cells[i], expected.Answer(row, columnOf[i - 1])) << cells[0] << " of " << header[i];
   }
+}
+
+TEST(CapabilitiesCommand, ListsTheProvidersOfTheBuildByShortName) {
+  const auto result = mvtest::RunMvsql({"dialects"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  for (const char* line : {"TmvSQL92SyntaxProvider\tsql92\tANSI SQL92\n", "TmvSQL89SyntaxProvider\tsql89\tANSI SQL89\n",
+                           "TmvSQL2003SyntaxProvider\tsql2003\tANSI SQL2003\n",
+                           "TmvUniversalSyntaxProvider\tuniversal\tUniversal Syntax\n"})
+    EXPECT_NE(result.out.find(line), std::string::npos) << line << "in\n" << result.out;
 }

@@ -711,8 +711,15 @@ class Analyzer {
     std::set<std::string> seen;
     std::vector<std::string> work;
     for (const EntryPoint& e : g_.entries) work.push_back(e.rule);
-    // The goal rule, named after the parser's dialect, is kept though no entry uses it.
-    if (!g_.rules.empty()) work.push_back(g_.rules.front().name);
+    // The goal rule, named after the parser's dialect, is kept though no entry
+    // uses it; a grammar whose rules have no such name counts its first rule.
+    std::string goal = g_.parserClass;
+    if (goal.size() > 6 && goal.compare(goal.size() - 6, 6, "Parser") == 0) goal.resize(goal.size() - 6);
+    if (g_.FindRule(goal)) {
+      work.push_back(goal);
+    } else if (!g_.rules.empty()) {
+      work.push_back(g_.rules.front().name);
+    }
     while (!work.empty()) {
       std::string name = work.back();
       work.pop_back();

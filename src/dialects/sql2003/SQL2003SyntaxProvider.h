@@ -1,0 +1,43 @@
+// The ANSI SQL-2003 provider: common table expressions, NULLS FIRST and
+// LAST, universal expressions, a procedure as a source written in TABLE( ),
+// the SQL-2003 built-in functions and reserved words. Its capability answers,
+// texts and name lists are its row of the capability matrix.
+#pragma once
+
+#include "dialects/matrix/MatrixSyntaxProvider.h"
+
+namespace mv {
+
+class TmvSQL2003SyntaxProvider : public TmvMatrixSyntaxProvider {
+  MV_DECLARE_SYNTAX_PROVIDER()
+ public:
+  TmvSQL2003SyntaxProvider();
+
+  // Registers the provider class and its keyword resource with the engine;
+  // InitializeEngine calls it.
+  static void RegisterDialect();
+
+  const TmvScannerClass& GetScannerClass() const override;
+  const TmvParserClass& GetParserClass() const override;
+  std::vector<int32_t> GetStringTokenIds() const override;
+
+  void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
+  bool IsFixedSizeType(WideStringView typeName) const override;
+  // "TABLE(" + call + ")", and the same around a procedure source in print.
+  WideString CreateWrapperForStoredProc(WideStringView call) const override;
+  void BeginBuildWrapperForStoredProc(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) const override;
+  void EndBuildWrapperForStoredProc(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) const override;
+
+  // Metadata from INFORMATION_SCHEMA queries; while false every metadata
+  // operation is the base's.
+  bool GetUseInformationSchema() const { return useInformationSchema_; }
+  void SetUseInformationSchema(bool value) { useInformationSchema_ = value; }
+
+ private:
+  bool useInformationSchema_ = false;
+};
+
+// The reserved words of SQL-2003, separated by blanks.
+extern const char* const kSQL2003Keywords;
+
+}  // namespace mv
