@@ -106,6 +106,8 @@ TEST_F(StandardDialectsTest, WhatEachDialectReads) {
       {"TmvSQL2003SyntaxProvider", "select n'x', x'1f', u&'y', true, localtimestamp from t", "n'x', x'1f', u&'y'"},
       // No hexadecimal literal: the integer 0 and the name x1f.
       {"TmvSQL2003SyntaxProvider", "select 0x1f from t", "0 x1f"},
+      // TRUE is a constant where one may stand: a name so spelled keeps its quotes.
+      {"TmvSQL2003SyntaxProvider", "select \"true\", true from t", "\"true\", True"},
       {"TmvSQL2003SyntaxProvider", "select cast(a as time(3) wthout time zone) from t", "Wthout Time Zone"},
       {"TmvSQL2003SyntaxProvider", "select cast(a as time without time zone) from t", kRefused},
       {"TmvSQL2003SyntaxProvider", "select cast(a as character varying(10 octets) collate x), interval - '1' day from t",

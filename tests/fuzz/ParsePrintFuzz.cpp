@@ -1,16 +1,20 @@
-// Parsing and printing under SQL-92. Any input either fails with the
-// engine's own exceptions or parses; what parses keeps two promises:
+// Parsing and printing under every dialect of the build. A first byte below
+// the number of dialects picks the dialect, in the order of registration,
+// and is not part of the text; any other input is read under SQL-92, the
+// first. Any input either fails with the engine's own exceptions or parses;
+// what parses keeps two promises:
 // - its one-line print parses again to the same print;
 // - its formatted text formats again to the same text.
 // Crashes, hangs, sanitizer reports and other exceptions are failures too.
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "FuzzTarget.h"
 #include "dialects/EngineInit.h"
-#include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SQLError.h"
+#include "frontend/SyntaxProvidersList.h"
 #include "sqlgen/SQLBuilderPiped.h"
 #include "support/Exceptions.h"
 #include "support/TextFile.h"
@@ -23,16 +27,26 @@ namespace {
 // Longer inputs only slow the search down; the shapes that matter are small.
 constexpr size_t kMaxInput = 8192;
 
+// One context per dialect, each with its own provider.
 struct Engine {
+  struct Dialect {
+    TmvOwned<TmvBaseSyntaxProvider> provider;
+    TmvBaseSQLContext context;
+  };
+
   Engine() {
     InitializeEngine();
-    provider = TmvCreate<TmvSQL92SyntaxProvider>();
-    context.SetSyntaxProvider(provider.get());
+    for (const TmvSyntaxProviderClass* c : SyntaxProvidersList().Classes()) {
+      auto& dialect = *dialects.emplace_back(std::make_unique<Dialect>());
+      dialect.provider.reset(c->CreateRaw());
+      dialect.context.SetSyntaxProvider(dialect.provider.get());
+    }
   }
-  ~Engine() { context.SetSyntaxProvider(nullptr); }
+  ~Engine() {
+    for (auto& dialect : dialects) dialect->context.SetSyntaxProvider(nullptr);
+  }
 
-  TmvOwned<TmvSQL92SyntaxProvider> provider;
-  TmvBaseSQLContext context;
+  std::vector<std::unique_ptr<Dialect>> dialects;
 };
 
 Engine& TheEngine() {
@@ -49,7 +63,8 @@ WideString Reprint(TmvBaseSQLContext& context, const WideString& sql, TSQLBuilde
   try {
     return context.ParseSelect(sql)->SimpleSQL(builder);
   } catch (const Exception& e) {
-    mvfuzz::Fail("the engine's own print parses again", UTF8Encode(sql) + "\n--- error\n" + UTF8Encode(e.Message()));
+    mvfuzz::Fail("the engine's own print parses again", std::string(context.SyntaxProvider()->ClassName()) + "\n" +
+                                                            UTF8Encode(sql) + "\n--- error\n" + UTF8Encode(e.Message()));
   }
 }
 
@@ -58,23 +73,31 @@ WideString Reprint(TmvBaseSQLContext& context, const WideString& sql, TSQLBuilde
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > kMaxInput) return 0;
   Engine& engine = TheEngine();
+  size_t dialect = 0;
+  if (size > 0 && data[0] < engine.dialects.size()) {
+    dialect = data[0];
+    ++data;
+    --size;
+  }
+  TmvBaseSQLContext& context = engine.dialects[dialect]->context;
   WideString sql;
   TmvOwned<TSQLSelectStatement> tree;
   try {
     sql = DecodeText(std::string_view(reinterpret_cast<const char*>(data), size));
-    tree = engine.context.ParseSelect(sql);
+    tree = context.ParseSelect(sql);
   } catch (const Exception&) {
     return 0;  // a syntax error or undecodable text: reported, not a fault
   }
 
+  const std::string under = std::string(engine.dialects[dialect]->provider->ClassName()) + "\n";
   TSQLBuilderFast fast;
   const WideString line = tree->SimpleSQL(fast);
-  const WideString lineAgain = Reprint(engine.context, line, fast);
-  MV_FUZZ_CHECK(lineAgain == line, Show(line, lineAgain));
+  const WideString lineAgain = Reprint(context, line, fast);
+  MV_FUZZ_CHECK(lineAgain == line, under + Show(line, lineAgain));
 
   TSQLBuilderPiped piped;
   const WideString formatted = tree->SimpleSQL(piped);
-  const WideString formattedAgain = Reprint(engine.context, formatted, piped);
-  MV_FUZZ_CHECK(formattedAgain == formatted, Show(formatted, formattedAgain));
+  const WideString formattedAgain = Reprint(context, formatted, piped);
+  MV_FUZZ_CHECK(formattedAgain == formatted, under + Show(formatted, formattedAgain));
   return 0;
 }

@@ -64,6 +64,10 @@ void TmvSQL2003SyntaxProvider::GetBuiltinFunctionNames(TSQLQualifiedNamesList& l
     list.AddBuiltin(name);
 }
 
+bool TmvSQL2003SyntaxProvider::IsValidIdent(WideStringView text) const {
+  return !WideSameText(text, u"true") && !WideSameText(text, u"false");
+}
+
 bool TmvSQL2003SyntaxProvider::IsFixedSizeType(WideStringView typeName) const { return !IsAnsiSizedType(typeName); }
 
 WideString TmvSQL2003SyntaxProvider::CreateWrapperForStoredProc(WideStringView call) const {

@@ -22,6 +22,9 @@ class TmvSQL2003SyntaxProvider : public TmvMatrixSyntaxProvider {
   std::vector<int32_t> GetStringTokenIds() const override;
 
   void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
+  // TRUE and FALSE read as names only where no constant may stand, so a
+  // name spelled so is always quoted.
+  bool IsValidIdent(WideStringView text) const override;
   bool IsFixedSizeType(WideStringView typeName) const override;
   // "TABLE(" + call + ")", and the same around a procedure source in print.
   WideString CreateWrapperForStoredProc(WideStringView call) const override;

@@ -1,0 +1,1 @@
+SELECT a AS b, CAST(c AS DECIMAL(5, 2)) FROM t, u WHERE a = {fn f(1)} ORDER BY 1
