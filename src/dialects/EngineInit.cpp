@@ -5,6 +5,7 @@
 #include "dialects/sql2003/SQL2003SyntaxProvider.h"
 #include "dialects/sql89/SQL89SyntaxProvider.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
+#include "dialects/universal/AutoSyntaxProvider.h"
 #include "dialects/universal/UniversalSyntaxProvider.h"
 #include "frontend/SQLError.h"
 #include "metadata/MetadataMessages.h"
@@ -23,6 +24,8 @@ constexpr void (*kDialects[])() = {
     &TmvSQL89SyntaxProvider::RegisterDialect,
     &TmvSQL2003SyntaxProvider::RegisterDialect,
     &TmvUniversalSyntaxProvider::RegisterDialect,
+    // Not in that table: it stands for whichever of the others it detects.
+    &TmvAutoSyntaxProvider::RegisterDialect,
 };
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "dialects/sql2003/SQL2003SyntaxProvider.h"
 #include "dialects/sql89/SQL89SyntaxProvider.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
+#include "dialects/universal/AutoSyntaxProvider.h"
 #include "dialects/universal/UniversalSyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvidersList.h"
@@ -231,4 +232,39 @@ TEST_F(StandardDialectsTest, TheUniversalProviderChoosesItsServer) {
   provider.GetBuiltinFunctionNames(names);
   ASSERT_EQ(names.Count(), 1);
   EXPECT_EQ(names.Items(0)->GetQualifiedName(), u"IsNull");
+}
+
+TEST_F(StandardDialectsTest, TheAutomaticProviderForwardsToWhatItDetected) {
+  TmvAutoSyntaxProvider automatic;
+  // Before any connection: the shared universal provider, with its first
+  // descriptor's quotes, and the universal grammar.
+  EXPECT_FALSE(automatic.IsSyntaxProviderDetected());
+  EXPECT_EQ(automatic.GetQuoteBegin(), u"[");
+  EXPECT_NE(Print(automatic, "select [a] from t where x = @p").rfind("error", 0), 0u);
+  // Without a connected metadata provider nothing is detected.
+  TmvBaseSQLContext context;
+  EXPECT_THROW(automatic.LoadMetadataObjects(&context, nullptr, nullptr, nullptr, nullptr), Exception);
+  EXPECT_FALSE(automatic.IsSyntaxProviderDetected());
+  // A detection that finds no provider leaves a universal provider for an
+  // unknown server, and counts as done.
+  automatic.DetectSyntaxProvider(&context, nullptr);
+  EXPECT_TRUE(automatic.IsSyntaxProviderDetected());
+  EXPECT_EQ(automatic.GetSyntaxProviderInternalClass(), &TmvUniversalSyntaxProvider::ProviderClass());
+  EXPECT_EQ(automatic.GetQuoteBegin(), u"\"");
+  EXPECT_EQ(automatic.GetIdentCaseSens(), icsNonSensitive);
+  // Every answer is the inner provider's, whichever it is.
+  for (const TmvSyntaxProviderClass* c : SyntaxProvidersList().Classes()) {
+    if (c == &TmvAutoSyntaxProvider::ProviderClass()) continue;
+    automatic.SetSyntaxProviderInternalClass(c);
+    const TmvBaseSyntaxProvider& inner = *automatic.GetSyntaxProviderInternal();
+    EXPECT_EQ(inner.ClassName(), c->ClassName());
+    for (int i = 0; i < kCapabilityCount; ++i)
+      EXPECT_EQ(AskCapability(automatic, TmvCapability(i)), AskCapability(inner, TmvCapability(i)))
+          << c->ClassName() << " " << CapabilityName(TmvCapability(i));
+    EXPECT_EQ(&automatic.GetParserClass(), &inner.GetParserClass());
+    EXPECT_EQ(automatic.GetKeywords(), inner.GetKeywords());
+    EXPECT_EQ(automatic.ServerName(), inner.ServerName());
+  }
+  automatic.SetSyntaxProviderInternalClass(nullptr);
+  EXPECT_FALSE(automatic.IsSyntaxProviderDetected());
 }
