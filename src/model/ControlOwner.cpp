@@ -25,6 +25,12 @@ TmvUpdateScope::~TmvUpdateScope() noexcept(false) {
   }
 }
 
+void TmvDestroyWatch::Watch(TmvQueryBuilderControlOwner* object) {
+  if (object_) object_->OnDestroying().RemoveHandler(TmvHandlerId(this, 0));
+  object_ = object;
+  if (object_) object_->OnDestroying().AddHandler(TmvHandlerId(this, 0), [this](TmvObject*) { object_ = nullptr; });
+}
+
 TmvQueryBuilderControlOwner::TmvQueryBuilderControlOwner(TmvQueryModelHost* host, TmvQueryBuilderControlOwner* parent)
     : host_(host), context_(host ? host->SQLContext() : nullptr), parent_(parent) {}
 

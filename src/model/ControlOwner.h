@@ -201,4 +201,20 @@ class TmvUpdateScope {
   TmvQueryBuilderControlOwner* owner_;
 };
 
+// Tells whether an object was freed meanwhile: an operation that lets
+// handlers run (which may free anything) reads its result through it.
+class TmvDestroyWatch {
+ public:
+  TmvDestroyWatch() = default;
+  ~TmvDestroyWatch() { Watch(nullptr); }
+  TmvDestroyWatch(const TmvDestroyWatch&) = delete;
+  TmvDestroyWatch& operator=(const TmvDestroyWatch&) = delete;
+  void Watch(TmvQueryBuilderControlOwner* object);
+  // The object, or null once it is freed.
+  TmvQueryBuilderControlOwner* Get() const { return object_; }
+
+ private:
+  TmvQueryBuilderControlOwner* object_ = nullptr;
+};
+
 }  // namespace mv

@@ -23,12 +23,6 @@ void RequireProvider(TmvBaseSQLContext* context) {
   if (!context || !context->SyntaxProvider()) throw EmvQueryBuilderError(MessageText(mvQBNoSyntaxProvider));
 }
 
-void ShowDatasource(TmvUnionSubQuery* member, TmvDatasource* datasource) {
-  if (!datasource) return;
-  if (auto* page = dynamic_cast<ImvUnionSubQueryControl*>(member->GetControls(0)))
-    if (datasource->GetControls(0)) page->EnsureDatasourceVisible(datasource);
-}
-
 }  // namespace
 
 // --- Aliases ---
@@ -96,22 +90,34 @@ TmvDatasource* TmvUnionSubQuery::AddDatasourceHelper(TmvOwned<TSQLFromSource> no
     if (!allow) return nullptr;
     bind();  // the handler may have changed the node
   }
-  TmvDatasource* datasource;
+  // The news of the change is acted on at the end, when the handlers of the
+  // host may free anything: the result is read through a watch.
+  TmvDestroyWatch result;
   {
-    TmvUpdateScope update(datasources_);
-    if (datasourceClass.InheritsFrom(TmvDatasourceQuery::StaticClass()))
-      datasource = datasources_->CreateDatasource<TmvDatasourceQuery>(std::move(node));
-    else if (datasourceClass.InheritsFrom(TmvDataSourceObject::StaticClass()))
-      datasource = datasources_->CreateDatasource<TmvDataSourceObject>(std::move(node));
-    else
-      datasource = datasources_->CreateDatasource<TmvDatasource>(std::move(node));
-    datasource->Left = position.X;
-    datasource->Top = position.Y;
-    datasources_->NotifyReorderNeeded();
+    TmvUpdateScope update(host->Query());
+    TmvDatasource* datasource;
+    {
+      TmvUpdateScope groupUpdate(datasources_);
+      if (datasourceClass.InheritsFrom(TmvDatasourceQuery::StaticClass()))
+        datasource = datasources_->CreateDatasource<TmvDatasourceQuery>(std::move(node));
+      else if (datasourceClass.InheritsFrom(TmvDataSourceObject::StaticClass()))
+        datasource = datasources_->CreateDatasource<TmvDataSourceObject>(std::move(node));
+      else
+        datasource = datasources_->CreateDatasource<TmvDatasource>(std::move(node));
+      datasource->Left = position.X;
+      datasource->Top = position.Y;
+      datasources_->NotifyReorderNeeded();
+    }
+    result.Watch(datasource);
+    if (HasControls() && datasource->CanCreateControls()) datasource->CreateControl();
+    TmvDestroyWatch self;
+    self.Watch(this);
+    if (host->OnAfterAddDatasource) host->OnAfterAddDatasource(host, this, datasource);
+    if (!self.Get() || !result.Get()) return nullptr;
+    if (auto* page = dynamic_cast<ImvUnionSubQueryControl*>(GetControls(0)); page && datasource->GetControls(0))
+      page->EnsureDatasourceVisible(datasource);
   }
-  if (HasControls() && datasource->CanCreateControls()) datasource->CreateControl();
-  if (host->OnAfterAddDatasource) host->OnAfterAddDatasource(host, this, datasource);
-  return datasource;
+  return static_cast<TmvDatasource*>(result.Get());
 }
 
 // --- The forms ---
@@ -122,10 +128,8 @@ TmvDataSourceObject* TmvUnionSubQuery::AddObject(const WideString& name, const W
 
 TmvDataSourceObject* TmvUnionSubQuery::AddObjectAt(const WideString& name, TmvPoint position, const WideString& alias) {
   RequireProvider(SQLContext());
-  auto* datasource = static_cast<TmvDataSourceObject*>(
+  return static_cast<TmvDataSourceObject*>(
       AddDatasourceHelper(SQLContext()->CreateSQLFromObject(name, alias), position, TmvDataSourceObject::StaticClass()));
-  ShowDatasource(this, datasource);
-  return datasource;
 }
 
 TmvDataSourceObject* TmvUnionSubQuery::AddObject(const TSQLQualifiedName* name, const TastTokenIdentifier* alias) {
@@ -135,10 +139,8 @@ TmvDataSourceObject* TmvUnionSubQuery::AddObject(const TSQLQualifiedName* name, 
 TmvDataSourceObject* TmvUnionSubQuery::AddObjectAt(const TSQLQualifiedName* name, TmvPoint position,
                                                    const TastTokenIdentifier* alias) {
   RequireProvider(SQLContext());
-  auto* datasource = static_cast<TmvDataSourceObject*>(
+  return static_cast<TmvDataSourceObject*>(
       AddDatasourceHelper(SQLContext()->CreateSQLFromObject(name, alias), position, TmvDataSourceObject::StaticClass()));
-  ShowDatasource(this, datasource);
-  return datasource;
 }
 
 TmvDataSourceObject* TmvUnionSubQuery::AddObject(TmvMetadataObject* object, const TastTokenIdentifier* alias) {
@@ -169,9 +171,7 @@ TmvDatasource* TmvUnionSubQuery::AddFromExpressionAt(const WideString& text, Tmv
   if (!node) throw EmvQueryBuilderError(text, MessageText(mvQBBadFromObjectExpression));
   TmvOwned<TastTokenIdentifier> identifier;
   if (!alias.empty()) identifier = context->ParseIdentifierQuoteIfNeed(alias);
-  TmvDatasource* datasource = AddFromExpressionAt(std::move(node), position, identifier.get());
-  ShowDatasource(this, datasource);
-  return datasource;
+  return AddFromExpressionAt(std::move(node), position, identifier.get());
 }
 
 TmvDatasource* TmvUnionSubQuery::AddFromExpressionAt(TmvOwned<TSQLFromSource> node, TmvPoint position,

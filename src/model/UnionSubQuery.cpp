@@ -136,14 +136,17 @@ void TmvUnionSubQuery::MoveLeftEvent() {
   TmvUnionGroup* parent = ParentQuery();
   if (!parent) return;
   const int index = parent->IndexOf(this);
-  TmvUpdateScope update(parent);
   if (index == 0) {
     if (!parent->ParentQuery()) return;
-    SetUnionOperatorFull(parent->GetUnionOperatorFull());
-    parent->RemoveFromBegin(this);
+    {
+      TmvUpdateScope update(parent->ParentQuery());
+      SetUnionOperatorFull(parent->GetUnionOperatorFull());
+      parent->RemoveFromBegin(this);
+    }
     parent->DestroyIfEmpty();
     return;
   }
+  TmvUpdateScope update(parent);
   TmvQueryBase* left = parent->Items(index - 1);
   if (auto* group = TmvCast<TmvUnionGroup>(left)) {
     group->AddToEnd(this);
@@ -157,13 +160,13 @@ void TmvUnionSubQuery::MoveRightEvent() {
   TmvUnionGroup* parent = ParentQuery();
   if (!parent) return;
   const int index = parent->IndexOf(this);
-  TmvUpdateScope update(parent);
   if (index == parent->Count() - 1) {
     if (!parent->ParentQuery()) return;
     parent->RemoveFromEnd(this);
     parent->DestroyIfEmpty();
     return;
   }
+  TmvUpdateScope update(parent);
   TmvQueryBase* right = parent->Items(index + 1);
   if (auto* group = TmvCast<TmvUnionGroup>(right)) {
     if (group->Count() > 0) group->Items(0)->SetUnionOperatorFull(group->GetUnionOperatorFull());

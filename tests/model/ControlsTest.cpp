@@ -158,5 +158,22 @@ TEST_F(ModelTest, UpdateOnADatasourceHoldsBackTheQuerysNews) {
   EXPECT_EQ(updates, 1);
 }
 
+TEST_F(ModelTest, HandlersMayDeleteAndReloadWhatTheyAreTold) {
+  Load("SELECT * FROM x");
+  host->OnAfterAddDatasource = [](mv::TmvQueryModelHost*, mv::TmvUnionSubQuery*, mv::TmvDatasource* added) {
+    added->RequestDestroy();
+  };
+  EXPECT_EQ(First()->AddObject(u"t", u""), nullptr);
+  EXPECT_EQ(Sql(), "Select * From x");
+  host->OnAfterAddDatasource = nullptr;
+  // News of a change loads other text: the model it was about is gone.
+  int reloads = 0;
+  host->OnSQLUpdated = [&](mv::TmvQueryModelHost*) {
+    if (reloads++ == 0) Load("SELECT b FROM u UNION SELECT c FROM v");
+  };
+  First()->AddObject(u"t", u"");
+  EXPECT_EQ(Sql(), "Select b From u UNION Select c From v");
+}
+
 }  // namespace
 }  // namespace mvtest

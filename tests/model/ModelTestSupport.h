@@ -55,6 +55,12 @@ class ModelTest : public ::testing::Test {
   ModelTest() { host->SetSyntaxProvider(&provider); }
   // The container's names belong to the host's context: they go first.
   ~ModelTest() override {
+    // Handlers of a test may capture its locals, which are gone by now.
+    host->OnSQLUpdated = nullptr;
+    host->OnActiveUnionSubQueryChanging = nullptr;
+    host->OnActiveUnionSubQueryChanged = nullptr;
+    host->OnGetTabHeaderText = nullptr;
+    host->SetUserInteraction(nullptr);
     host->Query()->SetSql(u"");
     host->SQLContext()->SetMetadataContainer(nullptr);
     container.reset();
