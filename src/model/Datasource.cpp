@@ -2,6 +2,7 @@
 // and the two kinds that read a sub-query (a derived table, or an object
 // that names a common table expression).
 #include <algorithm>
+#include <unordered_map>
 
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvider.h"
@@ -182,13 +183,18 @@ void TmvDatasource::DoCustomizeDatasourceFieldsList() {
   switch (options.SortType) {
     case flsNone:
       if (TmvMetadataObject* object = GetMetadataObject(); object && object->GetFields()) {
-        // Metadata order; fields the object does not know keep their order behind.
+        // Metadata order (the fields are copies of the object's, names and
+        // all); fields the object does not know keep their order behind.
         TmvMetadataFieldsList* order = object->GetFields();
-        auto rank = [order](const TmvMetadataField* f) {
-          const int index = order->FindFieldByName(f->Name());
-          return index < 0 ? order->Count() : index;
+        std::unordered_map<WideString, int> ranks;
+        for (int i = 0; i < order->Count(); ++i) ranks.emplace(order->Items(i)->NameStr(), i);
+        auto rank = [&](const TmvMetadataField* f) {
+          auto found = ranks.find(f->NameStr());
+          return found == ranks.end() ? order->Count() : found->second;
         };
-        fields->Sort([&](auto* a, auto* b) { return rank(field(a)) - rank(field(b)); });
+        bool sorted = true;
+        for (int i = 1; i < fields->Count() && sorted; ++i) sorted = rank(fields->Items(i - 1)) <= rank(fields->Items(i));
+        if (!sorted) fields->Sort([&](auto* a, auto* b) { return rank(field(a)) - rank(field(b)); });
       }
       break;
     case flsName:

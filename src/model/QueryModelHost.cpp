@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "frontend/SQLContext.h"
+#include "metadata/MetadataContainer.h"
 #include "model/Datasources.h"
 #include "model/ModelMessages.h"
 #include "model/QueryTree.h"
@@ -13,6 +14,8 @@ MV_DEFINE_CLASS(TmvQueryModelHost, TmvObject)
 
 TmvQueryModelHost::TmvQueryModelHost() : context_(TmvCreate<TmvBaseSQLContext>()) {
   RegisterModelMessages();
+  container_ = TmvCreate<TmvMetadataContainer>(nullptr, context_.get());
+  context_->SetMetadataContainer(container_.get());
   logHelper_.SetPrefix(WideFormat(u"TmvQueryBuilder(%p).", {static_cast<const void*>(this)}));
 }
 
@@ -29,6 +32,9 @@ void TmvQueryModelHost::BeforeDestruction() {
   destroying_ = true;
   query_.reset();
   activeSubQuery_ = nullptr;
+  // The container's names belong to the context: they go first.
+  context_->SetMetadataContainer(nullptr);
+  container_.reset();
   TmvObject::BeforeDestruction();
 }
 
@@ -44,8 +50,6 @@ void TmvQueryModelHost::SetSyntaxProvider(TmvBaseSyntaxProvider* provider) {
   query_->NotifySQLUpdatedRecursive();
   EndUpdate();
 }
-
-TmvMetadataContainer* TmvQueryModelHost::MetadataContainer() const { return context_->MetadataContainer(); }
 
 void TmvQueryModelHost::RegisterSubQuery(TmvSubQuery* subQuery) {
   if (std::find(subQueries_.begin(), subQueries_.end(), subQuery) == subQueries_.end())

@@ -1,4 +1,5 @@
-// The object that holds a query model: its SQL context (dialect, metadata),
+// The object that holds a query model: its SQL context (dialect, metadata)
+// and metadata container,
 // the main query, the registry of all sub-queries, the active sub-query, the
 // options the model reads, the control factory, and the events through which
 // the host takes part in editing (vetoes, captions, field lists). The query
@@ -69,7 +70,8 @@ class TmvQueryModelHost : public TmvObject {
   TmvBaseSQLContext* SQLContext() const { return context_.get(); }
   TmvBaseSyntaxProvider* SyntaxProvider() const;
   void SetSyntaxProvider(TmvBaseSyntaxProvider* provider);
-  TmvMetadataContainer* MetadataContainer() const;
+  // The host's own container, made with it on its context.
+  TmvMetadataContainer* MetadataContainer() const { return container_.get(); }
 
   TmvQuery* Query() const { return query_.get(); }
   bool IsDestroying() const { return destroying_; }
@@ -141,6 +143,7 @@ class TmvQueryModelHost : public TmvObject {
 
  private:
   TmvOwned<TmvBaseSQLContext> context_;
+  TmvOwned<TmvMetadataContainer> container_;
   TmvOwned<TmvQuery> query_;
   std::vector<TmvSubQuery*> subQueries_;
   TmvSubQuery* activeSubQuery_ = nullptr;

@@ -53,7 +53,6 @@ class ModelTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { mv::InitializeEngine(); }
   ModelTest() { host->SetSyntaxProvider(&provider); }
-  // The container's names belong to the host's context: they go first.
   ~ModelTest() override {
     // Handlers of a test may capture its locals, which are gone by now.
     host->OnSQLUpdated = nullptr;
@@ -61,9 +60,6 @@ class ModelTest : public ::testing::Test {
     host->OnActiveUnionSubQueryChanged = nullptr;
     host->OnGetTabHeaderText = nullptr;
     host->SetUserInteraction(nullptr);
-    host->Query()->SetSql(u"");
-    host->SQLContext()->SetMetadataContainer(nullptr);
-    container.reset();
   }
 
  public:
@@ -80,14 +76,10 @@ class ModelTest : public ::testing::Test {
     return table ? table->SubQuery() : nullptr;
   }
 
-  // Gives the host a container with one table of these fields (the first
+  // Adds a table of these fields to the host's metadata (the first field
   // is the primary key).
   mv::TmvMetadataTable* AddTable(const char16_t* name, std::initializer_list<const char16_t*> fields) {
-    if (!container) {
-      container = mv::TmvCreate<mv::TmvMetadataContainer>(nullptr, host->SQLContext());
-      host->SQLContext()->SetMetadataContainer(container.get());
-    }
-    mv::TmvMetadataTable* table = container->AddTable(name);
+    mv::TmvMetadataTable* table = host->MetadataContainer()->AddTable(name);
     bool first = true;
     for (const char16_t* field : fields) {
       table->GetFields()->AddField(field)->SetPrimaryKey(first);
@@ -98,7 +90,6 @@ class ModelTest : public ::testing::Test {
 
   // Declared first: the host, freed first, still sees its dialect.
   TCapabilityProvider provider;
-  mv::TmvOwned<mv::TmvMetadataContainer> container;
   mv::TmvOwned<mv::TmvQueryModelHost> host = mv::TmvCreate<mv::TmvQueryModelHost>();
 };
 
