@@ -1,5 +1,8 @@
 // Common table expressions of a query: adding, naming, renaming, removing.
+#include <algorithm>
+
 #include "frontend/SQLContext.h"
+#include "frontend/SyntaxProvider.h"
 #include "model/Datasources.h"
 #include "model/ModelMessages.h"
 #include "model/QueryTree.h"
@@ -172,6 +175,37 @@ void TmvSubQuery::RemoveCTEEvent() {
     throw;
   }
   host->EndUpdate();
+}
+
+// --- Using expressions from a SELECT ---
+
+std::vector<TSQLWithClauseItem*> TmvUnionSubQuery::GetUsableCTEs() const {
+  std::vector<TSQLWithClauseItem*> items = WithItems(Host()->Query()->GetSubQueryAST());
+  TmvSubQuery* root = RootQuery();
+  if (!root || !root->IsSubQueryCTE()) return items;
+  const int index = root->SubQueryCTEIndex();
+  TmvBaseSyntaxProvider* provider = SQLContext()->SyntaxProvider();
+  const bool self = provider && provider->IsSupportRecursiveCTE() && root->FirstSelect() != this;
+  items.resize(std::min<size_t>(items.size(), index + (self ? 1 : 0)));
+  return items;
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddNewCTEEvent() {
+  TmvQueryModelHost* host = Host();
+  TmvQuery* main = host->Query();
+  TmvSubQuery* root = RootQuery();
+  const int count = main->GetSubQueryAST() && main->GetSubQueryAST()->With ? main->GetSubQueryAST()->With->Items.Count() : 0;
+  const int index = root && root->IsSubQueryCTE() ? root->SubQueryCTEIndex() : count;
+  TmvUpdateScope update(main);
+  TSQLWithClauseItem* item = main->InsertNewCTE(index, u"", host->CreateUniqueQueryNameStr());
+  return AddExistingCTEEvent(item);
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddExistingCTEEvent(TSQLWithClauseItem* item) {
+  if (!item || !item->Name) return nullptr;
+  const WideString name = item->Name->SimpleSQL(SQLContext()->SQLBuilderExpression());
+  const WideString alias = IsUniqueAlias(item->Name->Token) ? WideString() : CreateUniqueAlias(item->Name->Token);
+  return AddObject(name, alias);
 }
 
 TmvMenu TmvSubQuery::GetPopupMenu(ImvControl*) {

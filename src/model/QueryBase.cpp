@@ -116,8 +116,9 @@ void TmvQueryBase::InsertAfter(TmvQueryBase* other) {
     other->SetParentQuery(group);
     group->Move(group->IndexOf(other), IndexInParent() + 1);
   } else {
-    // `other` stands before this member: taking it out moves this one down.
-    group->Move(group->IndexOf(other), IndexInParent());
+    // Taking `other` out from before this member moves this one down.
+    const int from = group->IndexOf(other);
+    group->Move(from, from < IndexInParent() ? IndexInParent() : IndexInParent() + 1);
   }
   group->NotifySQLUpdated();
 }
@@ -127,7 +128,9 @@ void TmvQueryBase::InsertBefore(TmvQueryBase* other) {
   TmvUnionGroup* group = parentQuery_;
   TmvUpdateScope update(group);
   if (other->ParentQuery() != group) other->SetParentQuery(group);
-  group->Move(group->IndexOf(other), IndexInParent());
+  // Taking `other` out from before this member moves this one down.
+  const int from = group->IndexOf(other);
+  group->Move(from, from < IndexInParent() ? IndexInParent() - 1 : IndexInParent());
   group->NotifySQLUpdated();
 }
 

@@ -217,6 +217,17 @@ class TmvUnionSubQuery : public TmvQueryBase {
   // A new empty derived table named "QueryN".
   TmvDatasourceQuery* AddSubQueryEvent();
 
+  // --- Common table expressions from this SELECT's menu ---
+  // The expressions this SELECT may use: the main query's, up to the one it
+  // belongs to (that one too where recursion is allowed and this is not its
+  // first SELECT).
+  std::vector<TSQLWithClauseItem*> GetUsableCTEs() const;
+  // A new empty expression named "QueryN" (before the one this SELECT
+  // belongs to, else at the end), used by this SELECT.
+  TmvDataSourceObject* AddNewCTEEvent();
+  // This SELECT uses the expression, under a unique alias where its name is taken.
+  TmvDataSourceObject* AddExistingCTEEvent(TSQLWithClauseItem* item);
+
   // --- Aliases (compared without regard to case) ---
   bool IsUniqueAlias(const WideString& name) const;
   WideString CreateUniqueAlias(const WideString& base) const;

@@ -126,5 +126,50 @@ TEST_F(ModelTest, RemovingACommonTableExpressionRemovesTheObjectsLoadedFromIt) {
   EXPECT_EQ(Sql(), "Select * From x");
 }
 
+TEST_F(ModelTest, SelectsUseTheExpressionsDefinedBeforeThem) {
+  Load("SELECT * FROM x");
+  for (auto [text, name] : {std::pair{u"SELECT a FROM t", u"c"}, {u"SELECT b FROM u UNION SELECT b FROM w", u"d"},
+                            {u"SELECT c FROM v", u"e"}})
+    Query()->AddNewCTE(text, name);
+  auto cte = [&](const char* caption) {
+    for (TmvSubQuery* subQuery : host->SubQueries())
+      if (U8(subQuery->GetCaption()) == caption) return subQuery;
+    return static_cast<TmvSubQuery*>(nullptr);
+  };
+  auto names = [](const std::vector<mv::TSQLWithClauseItem*>& items) {
+    std::string text;
+    for (auto* item : items) text += U8(item->Name->Token);
+    return text;
+  };
+  TmvSubQuery* d = cte("CTE: d");
+  EXPECT_EQ(names(First()->GetUsableCTEs()), "cde");
+  EXPECT_EQ(names(d->FirstSelect()->GetUsableCTEs()), "c") << "its first SELECT cannot use it";
+  EXPECT_EQ(names(d->UnionSubQueries()[1]->GetUsableCTEs()), "cd") << "a recursive member can";
+  provider.RecursiveCTE = false;
+  EXPECT_EQ(names(d->UnionSubQueries()[1]->GetUsableCTEs()), "c");
+
+  auto* c = mv::TmvCast<mv::TSQLWithClauseItem>(Query()->GetSubQueryAST()->With->Items.Item(0));
+  First()->AddExistingCTEEvent(c);
+  First()->AddExistingCTEEvent(c);
+  d->FirstSelect()->AddNewCTEEvent();
+  EXPECT_EQ(Sql(),
+            "With c As (Select a From t), Query1 As (Select), d As (Select b From u, Query1 UNION Select b From w), "
+            "e As (Select c From v) Select * From x, c, c c1");
+}
+
+TEST_F(ModelTest, FieldsLoadedLaterReachTheDatasource) {
+  mv::TmvMetadataTable* orders = AddTable(u"Orders", {});
+  Load("SELECT Orders.id FROM Orders");
+  auto* datasource = mv::TmvCast<mv::TmvDatasource>(First()->Datasources()->Items(0));
+  EXPECT_EQ(datasource->GetFields()->Count(), 0);
+  EXPECT_TRUE(datasource->CheckedFields().empty());
+  orders->GetFields()->AddField(u"id");
+  orders->GetFields()->AddField(u"total");
+  datasource->RefreshMetadata();
+  EXPECT_EQ(datasource->GetFields()->Count(), 2);
+  ASSERT_EQ(datasource->CheckedFields().size(), 1u);
+  EXPECT_EQ(U8(datasource->CheckedFields()[0]->NameStr()), "id");
+}
+
 }  // namespace
 }  // namespace mvtest

@@ -86,6 +86,10 @@ INSTANTIATE_TEST_SUITE_P(
                   [](ModelTest& t) { t.Member(1)->RemoveEvent(); }, "Select a From t"},
         UnionEdit{"TheOnlySelectStays", "SELECT a FROM t", [](ModelTest& t) { t.Member(0)->RemoveEvent(); },
                   "Select a From t"},
+        UnionEdit{"InsertAfter", kThree, [](ModelTest& t) { t.Member(0)->InsertAfter(t.Member(2)); },
+                  "Select a From t UNION Select c From v UNION All Select b From u"},
+        UnionEdit{"InsertBefore", kThree, [](ModelTest& t) { t.Member(0)->InsertBefore(t.Member(2)); },
+                  "Select c From v Union Select a From t UNION All Select b From u"},
         UnionEdit{"OperatorTexts", kThree,
                   [](ModelTest& t) {
                     t.Member(1)->SetUnionOperator(u"Except ALL");  // the flag stays as it was
