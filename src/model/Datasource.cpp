@@ -238,7 +238,34 @@ void TmvDatasource::FieldsListChanged(TmvObject*) {
     Height = 0;
   }
   UpdateChecks();
+  TmvUpdateScope update(this);
+  if (IsCleanDeletedFields()) CleanDeletedFields();
   NotifySQLUpdated();
+}
+
+void TmvDatasource::CleanDeletedFields() {
+  TmvMetadataFieldsList* fields = GetFields();
+  std::vector<WideString> present;
+  for (int i = 0; fields && i < fields->Count(); ++i) present.push_back(fields->Items(i)->NameStrNotQuoted());
+  std::vector<WideString> deleted;
+  if (hasLastFields_)
+    for (const WideString& name : lastFields_)
+      if (std::none_of(present.begin(), present.end(), [&](const WideString& p) { return WideSameText(p, name); }))
+        deleted.push_back(name);
+  TSQLFromSource* source = FromSource();
+  if (!deleted.empty() && UnionSubQuery() && source) {
+    UnionSubQuery()->DropKeptReferences([&](TastNodeBase* node) {
+      TSQLObjectColumnList columns;
+      node->GetReferencedColumnsRecursive(columns);
+      return std::any_of(columns.begin(), columns.end(), [&](TSQLObjectColumn* column) {
+        if (column->FromSource != source || column->Items.Count() == 0) return false;
+        const WideString& name = column->Token(0)->Token;
+        return std::any_of(deleted.begin(), deleted.end(), [&](const WideString& d) { return WideSameText(d, name); });
+      });
+    });
+  }
+  lastFields_ = std::move(present);
+  hasLastFields_ = true;
 }
 
 void TmvDatasource::RefreshMetadata() {
@@ -303,6 +330,7 @@ void TmvDataSourceObject::LoadFromAST(TmvOwned<TSQLFromSource> node) {
   TmvUpdateScope update(this);
   TmvDatasource::LoadFromAST(std::move(node));
   BindToCte();
+  if (IsCleanDeletedFields()) CleanDeletedFields();  // the first look
 }
 
 void TmvDataSourceObject::BindToCte() {
@@ -396,6 +424,7 @@ void TmvDatasourceQuery::LoadFromAST(TmvOwned<TSQLFromSource> node) {
   if (!subQuery_) return;
   subQuery_->Fields()->GetOnUpdated().AddHandler(this, &TmvDatasourceQuery::SubqueryFieldsChanged);
   subQuery_->OnDestroying().AddHandler(TmvHandlerId(this, 3), [this](TmvObject*) { subQuery_ = nullptr; });
+  CleanDeletedFields();  // the first look
 }
 
 void TmvDatasourceQuery::Destroying() {

@@ -160,6 +160,9 @@ class TmvDatasource : public TmvDatasourceBase {
   virtual void RefreshMetadata();
   // Whether columns that vanish from the fields take what refers to them along.
   virtual bool IsCleanDeletedFields() const { return false; }
+  // Takes from the SELECT what refers to columns that left the fields since
+  // the last look (select items go, conditions lose them), then looks again.
+  void CleanDeletedFields();
 
   // --- Checks: the fields that the select list shows (null: "table.*") ---
   const std::vector<TmvMetadataField*>& CheckedFields() const { return checkedFields_; }
@@ -190,6 +193,9 @@ class TmvDatasource : public TmvDatasourceBase {
   mutable bool beforeDeleteDone_ = false;
   mutable bool deleteAllowed_ = true;
   TmvMetadataFieldsList* hookedFields_ = nullptr;
+  // The names of the fields as CleanDeletedFields last saw them.
+  std::vector<WideString> lastFields_;
+  bool hasLastFields_ = false;
 };
 
 class TmvDataSourceObject : public TmvDatasource {

@@ -250,49 +250,55 @@ void TmvUnionSubQuery::CollectVisibleDatasources(TmvDatasourceList& list) {
 
 namespace {
 
-bool RefersTo(TastNodeBase* node, TSQLFromSource* source) {
-  TSQLFromSourceList sources;
-  node->GetReferencedDatasourcesRecursive(sources);
-  return std::find(sources.begin(), sources.end(), source) != sources.end();
-}
+using TmvNodeTest = std::function<bool(TastNodeBase*)>;
 
-void DropReferringItems(TastNodeList& items, TSQLFromSource* source) {
+void DropReferringItems(TastNodeList& items, const TmvNodeTest& refers) {
   for (int i = items.Count() - 1; i >= 0; --i)
-    if (RefersTo(items.Item(i), source)) items.Delete(i);
+    if (refers(items.Item(i))) items.Delete(i);
 }
 
-// A condition loses the operands of its AND that refer to the source; any
-// other condition that refers to it goes whole.
-void DropReferringCondition(TastChild<TSQLExpressionItem>& condition, TSQLFromSource* source) {
-  if (!condition || !RefersTo(condition.get(), source)) return;
+// A condition loses the operands of its AND that refer; any other condition
+// that refers goes whole.
+void DropReferringCondition(TastChild<TSQLExpressionItem>& condition, const TmvNodeTest& refers) {
+  if (!condition || !refers(condition.get())) return;
   if (auto* conjunction = TmvCast<TSQLExpressionAnd>(condition.get())) {
-    DropReferringItems(conjunction->Items, source);
+    DropReferringItems(conjunction->Items, refers);
     if (conjunction->Items.Count() > 0) return;
   }
   condition.Reset();
 }
 
 template <class List>
-void DropReferringListItems(TastChild<List>& list, TSQLFromSource* source) {
+void DropReferringListItems(TastChild<List>& list, const TmvNodeTest& refers) {
   if (!list) return;
-  DropReferringItems(list->Items, source);
+  DropReferringItems(list->Items, refers);
   if (list->Items.Count() == 0) list.Reset();
 }
 
 }  // namespace
 
+bool TmvUnionSubQuery::DropKeptReferences(const std::function<bool(TastNodeBase*)>& refers) {
+  TSQLSubQuerySelectExpression* select = SelectAST();
+  if (!select) return false;
+  const WideString before = select->SimpleSQL(SQLContext()->SQLBuilderExpression());
+  if (select->SelectItems) DropReferringItems(select->SelectItems->Items, refers);
+  DropReferringCondition(select->Where, refers);
+  DropReferringCondition(select->Having, refers);
+  DropReferringListItems(select->GroupBy, refers);
+  DropReferringListItems(select->OrderBy, refers);
+  const bool changed = before != select->SimpleSQL(SQLContext()->SQLBuilderExpression());
+  if (changed) NotifySQLUpdated();
+  return changed;
+}
+
 bool TmvUnionSubQuery::NotifyDatasourceDestroyingInternal(TmvDatasource* datasource) {
   TSQLFromSource* source = datasource->FromSource();
   if (!QueryAST() || !source) return false;
-  // The clauses the SELECT keeps lose what cannot stand without the source:
-  // select items, sort and grouping entries, and conditions.
-  if (TSQLSubQuerySelectExpression* select = SelectAST()) {
-    if (select->SelectItems) DropReferringItems(select->SelectItems->Items, source);
-    DropReferringCondition(select->Where, source);
-    DropReferringCondition(select->Having, source);
-    DropReferringListItems(select->GroupBy, source);
-    DropReferringListItems(select->OrderBy, source);
-  }
+  DropKeptReferences([source](TastNodeBase* node) {
+    TSQLFromSourceList sources;
+    node->GetReferencedDatasourcesRecursive(sources);
+    return std::find(sources.begin(), sources.end(), source) != sources.end();
+  });
   NotifySQLUpdated();
   return !QueryAST()->RemoveReferencesToDatasource(source);
 }

@@ -51,8 +51,35 @@ TEST_F(ModelTest, EditsInsideADerivedTableReachTheOuterText) {
   auto* table = mv::TmvCast<mv::TmvDatasource>(First()->Datasources()->Items(0));
   EXPECT_EQ(table->GetFields()->Count(), 3);
   EXPECT_EQ(Sql(), "Select q.a From (Select a, b, c From t) q");
-  inner->SetSql(u"SELECT x FROM v UNION SELECT y FROM w");
-  EXPECT_EQ(Sql(), "Select q.a From (Select x From v UNION Select y From w) q");
+  inner->SetSql(u"SELECT a FROM v UNION SELECT y FROM w");
+  EXPECT_EQ(Sql(), "Select q.a From (Select a From v UNION Select y From w) q");
+}
+
+TEST_F(ModelTest, ColumnsThatLeaveASubQueryTakeTheirUsesAlong) {
+  struct Case {
+    const char* sql;
+    const char16_t* inner;
+    const char* expected;
+  } cases[] = {
+      {"SELECT q.a, q.b FROM (SELECT a, b FROM t) q WHERE q.a > 1 AND q.b < 2", u"SELECT a FROM t",
+       "Select q.a From (Select a From t) q Where q.a > 1"},
+      {"SELECT q.a FROM (SELECT a, b FROM t) q WHERE q.b < 2 OR q.a = 0 GROUP BY q.a, q.b", u"SELECT a, c FROM t",
+       "Select q.a From (Select a, c From t) q Group By q.a"},
+      {"SELECT q.a FROM (SELECT a, b FROM t) q", u"SELECT b, a FROM t", "Select q.a From (Select b, a From t) q"},
+  };
+  for (const Case& c : cases) {
+    Load(c.sql);
+    Derived()->FirstSelect()->SetSql(c.inner);
+    EXPECT_EQ(Sql(), c.expected) << c.sql;
+  }
+  // The same for an object named by a common table expression.
+  Load("SELECT c.a, c.b FROM x");
+  Query()->AddNewCTE(u"SELECT a, b FROM t", u"c");
+  mv::TmvDatasource* use = First()->AddObject(u"c", u"");
+  ASSERT_NE(use, nullptr);
+  First()->SetSql(u"SELECT c.a, c.b FROM x, c");
+  mv::TmvCast<mv::TmvDataSourceObject>(First()->Datasources()->Items(1))->CteSubQuery()->FirstSelect()->SetSql(u"SELECT b FROM t");
+  EXPECT_EQ(Sql(), "With c As (Select b From t) Select c.b From x, c");
 }
 
 TEST_F(ModelTest, TwoSubSelectsInOneExpressionAreTwoSubQueries) {
