@@ -122,6 +122,8 @@ TEST_F(StandardDialectsTest, WhatEachDialectReads) {
        "SubString(a From 1 For 2"},
       {"TmvUniversalSyntaxProvider", "select count(*), a from t inner join u on t.x = u.x", "Inner Join"},
       {"TmvUniversalSyntaxProvider", "select date '2001-01-01' from t", kRefused},
+      // A name that starts with a quote keeps quotes.
+      {"TmvUniversalSyntaxProvider", "select ```ab`, \"[c\" from t", "[`ab], [[c]"},
       {"TmvUniversalSyntaxProvider", "select extract(year from d) from t", kRefused},
   };
   for (const Case& c : cases) {

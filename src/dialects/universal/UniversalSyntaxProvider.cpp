@@ -49,6 +49,10 @@ bool TmvUniversalSyntaxProvider::IsFixedSizeType(WideStringView typeName) const 
   return !IsAnsiSizedType(typeName);
 }
 
+bool TmvUniversalSyntaxProvider::IsValidIdent(WideStringView text) const {
+  return text.empty() || WideString(u"\"[`").find(text.front()) == WideString::npos;
+}
+
 void TmvUniversalSyntaxProvider::GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const {
   TmvMatrixSyntaxProvider::GetBuiltinFunctionNames(list);
   for (const WideString& name : builtinFunctionNames_) list.AddBuiltin(name);

@@ -27,6 +27,9 @@ class TmvUniversalSyntaxProvider : public TmvMatrixSyntaxProvider {
   const TmvParserClass& GetParserClass() const override;
   std::vector<int32_t> GetStringTokenIds() const override;
   bool IsFixedSizeType(WideStringView typeName) const override;
+  // The scanner opens a quoted name with any server's quote, so a name that
+  // starts with one of them stands only in quotes.
+  bool IsValidIdent(WideStringView text) const override;
   // The base's names, then those of BuiltinFunctionNames.
   void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
 
