@@ -213,18 +213,31 @@ TmvDatasource* TmvUnionSubQuery::AddStoredProcAt(const WideString& name, TmvPoin
 
 // --- Derived tables ---
 
-TmvDatasourceQuery* TmvUnionSubQuery::ConvertDatasourceToDerivedTable(TmvDatasource* datasource) {
-  TmvBaseSQLContext* context = SQLContext();
-  if (!datasource || !datasource->FromSource()) return nullptr;
-  TmvUpdateScope update(datasources_);
+namespace {
+
+// An empty derived table named "QueryN": (SELECT FROM) QueryN.
+TmvOwned<TSQLFromQuery> NewDerivedTable(TmvQueryModelHost* host) {
+  TmvBaseSQLContext* context = host->SQLContext();
   auto query = TastCreate<TSQLFromQuery>(context);
   auto alias = TastCreate<TSQLAliasObjectAlias>(context);
-  alias->Name.Set(context->ParseIdentifierQuoteIfNeed(Host()->CreateUniqueQueryNameStr()));
+  alias->Name.Set(context->ParseIdentifierQuoteIfNeed(host->CreateUniqueQueryNameStr()));
   query->Alias.Set(std::move(alias));
   auto statement = TastCreate<TSQLSubSelectStatement>(context);
   auto select = TastCreate<TSQLSubQuerySelectExpression>(context);
   select->SelectItems.Set(TastCreate<TSQLSelectItems>(context));
   select->FromClause.Set(TastCreate<TSQLFromClause>(context));
+  statement->Add(std::move(select));
+  query->SubQuery.Set(std::move(statement));
+  return query;
+}
+
+}  // namespace
+
+TmvDatasourceQuery* TmvUnionSubQuery::ConvertDatasourceToDerivedTable(TmvDatasource* datasource) {
+  if (!datasource || !datasource->FromSource()) return nullptr;
+  TmvUpdateScope update(datasources_);
+  TmvOwned<TSQLFromQuery> query = NewDerivedTable(Host());
+  TSQLFromClause* from = query->SubQuery->FirstUnionSubQuery()->FromClause.get();
   TmvOwned<TastNode> old = datasource->GetResultAST();
   if (auto* source = TmvCast<TSQLFromSource>(old.get())) {
     source->JoinKind.Reset();
@@ -235,10 +248,8 @@ TmvDatasourceQuery* TmvUnionSubQuery::ConvertDatasourceToDerivedTable(TmvDatasou
     source->RestoreColumnPrefixRecursive(true);
     source->PrepareAndFixupRecursive(cteList, fromSources);
     old.release();
-    select->FromClause->Add(TmvOwned<TSQLFromSource>(source));
+    from->Add(TmvOwned<TSQLFromSource>(source));
   }
-  statement->Add(std::move(select));
-  query->SubQuery.Set(std::move(statement));
   auto* derived = static_cast<TmvDatasourceQuery*>(
       AddDatasourceHelper(std::move(query), TmvPoint{datasource->Left, datasource->Top}, TmvDatasourceQuery::StaticClass()));
   if (!derived) return nullptr;
@@ -249,20 +260,10 @@ TmvDatasourceQuery* TmvUnionSubQuery::ConvertDatasourceToDerivedTable(TmvDatasou
 }
 
 TmvDatasourceQuery* TmvUnionSubQuery::AddSubQueryEvent() {
-  TmvBaseSQLContext* context = SQLContext();
-  RequireProvider(context);
+  RequireProvider(SQLContext());
   TmvUpdateScope update(this);
-  auto query = TastCreate<TSQLFromQuery>(context);
-  auto alias = TastCreate<TSQLAliasObjectAlias>(context);
-  alias->Name.Set(context->ParseIdentifierQuoteIfNeed(Host()->CreateUniqueQueryNameStr()));
-  query->Alias.Set(std::move(alias));
-  auto statement = TastCreate<TSQLSubSelectStatement>(context);
-  auto select = TastCreate<TSQLSubQuerySelectExpression>(context);
-  select->SelectItems.Set(TastCreate<TSQLSelectItems>(context));
-  select->FromClause.Set(TastCreate<TSQLFromClause>(context));
-  statement->Add(std::move(select));
-  query->SubQuery.Set(std::move(statement));
-  return static_cast<TmvDatasourceQuery*>(AddDatasourceHelper(std::move(query), TmvPoint{}, TmvDatasourceQuery::StaticClass()));
+  return static_cast<TmvDatasourceQuery*>(
+      AddDatasourceHelper(NewDerivedTable(Host()), TmvPoint{}, TmvDatasourceQuery::StaticClass()));
 }
 
 }  // namespace mv

@@ -101,24 +101,18 @@ TmvUnionGroup* TmvUnionGroup::InsertGroup(int index) {
 
 namespace {
 
-// Makes a member of `cls` owned by the root of `group` and places it at the end of the group.
-template <class T>
-T* MakeMember(TmvUnionGroup* group) {
-  TmvSubQuery* root = group->RootQuery();
-  auto owned = TmvCreate<T>(group->Host(), root);
-  T* member = owned.get();
-  root->RegisterChild(std::move(owned));
-  member->SetParentQuery(group);
-  return member;
-}
-
-}  // namespace
-
-TmvUnionSubQuery* TmvUnionGroup::AddAST(TmvOwned<TSQLSubQuerySelectExpression> node) {
-  TmvUnionSubQuery* member;
+// A member of class T made from `node`, owned by the root of `group` and
+// placed at the end of the group, with its controls where it can have them.
+template <class T, class Node>
+T* AddMember(TmvUnionGroup* group, TmvOwned<Node> node) {
+  T* member;
   {
-    TmvUpdateScope update(this);
-    member = MakeMember<TmvUnionSubQuery>(this);
+    TmvUpdateScope update(group);
+    TmvSubQuery* root = group->RootQuery();
+    auto owned = TmvCreate<T>(group->Host(), root);
+    member = owned.get();
+    root->RegisterChild(std::move(owned));
+    member->SetParentQuery(group);
     TmvUpdateScope memberUpdate(member);
     member->LoadFromAST(std::move(node));
   }
@@ -126,16 +120,14 @@ TmvUnionSubQuery* TmvUnionGroup::AddAST(TmvOwned<TSQLSubQuerySelectExpression> n
   return member;
 }
 
+}  // namespace
+
+TmvUnionSubQuery* TmvUnionGroup::AddAST(TmvOwned<TSQLSubQuerySelectExpression> node) {
+  return AddMember<TmvUnionSubQuery>(this, std::move(node));
+}
+
 TmvUnionGroup* TmvUnionGroup::AddGroupAST(TmvOwned<TSQLSubQueryExpressions> node) {
-  TmvUnionGroup* group;
-  {
-    TmvUpdateScope update(this);
-    group = MakeMember<TmvUnionGroup>(this);
-    TmvUpdateScope groupUpdate(group);
-    group->LoadFromAST(std::move(node));
-  }
-  if (group->CanCreateControls()) group->CreateControl();
-  return group;
+  return AddMember<TmvUnionGroup>(this, std::move(node));
 }
 
 void TmvUnionGroup::Move(int from, int to) {
