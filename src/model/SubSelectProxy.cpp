@@ -32,6 +32,13 @@ void TmvSubSelectStatementProxy::AfterConstruction() {
   TSQLSubSelectStatementProxy::AfterConstruction();
   if (!ownerObject_) throw EmvQueryBuilderError(u"A sub-query proxy needs a model object as its owner");
   ownerObject_->RegisterSubQueryProxy(this);
+  // Nodes may be freed after their owner (a node freed while another free
+  // runs waits in its queue): the proxy forgets an owner that is gone, and
+  // the owner frees the sub-query with its other children.
+  ownerObject_->OnDestroying().AddHandler(TmvHandlerId(this, 0), [this](TmvObject*) {
+    ReleaseSubQuery();
+    ownerObject_ = nullptr;
+  });
   auto owned = TmvCreate<TmvSubQuery>(ownerObject_->Host(), ownerObject_);
   subQuery_ = owned.get();
   ownerObject_->RegisterChild(std::move(owned));
@@ -51,13 +58,19 @@ void TmvSubSelectStatementProxy::AfterConstruction() {
 
 TmvSubSelectStatementProxy::~TmvSubSelectStatementProxy() {
   if (!ownerObject_) return;
+  ownerObject_->OnDestroying().RemoveHandler(TmvHandlerId(this, 0));
   ownerObject_->UnregisterSubQueryProxy(this);
-  if (TmvSubQuery* subQuery = subQuery_) {
-    subQuery_ = nullptr;
+  if (TmvSubQuery* subQuery = ReleaseSubQuery()) ownerObject_->DestroyChild(subQuery);
+}
+
+TmvSubQuery* TmvSubSelectStatementProxy::ReleaseSubQuery() {
+  TmvSubQuery* subQuery = subQuery_;
+  subQuery_ = nullptr;
+  if (subQuery) {
     subQuery->OnDestroying().RemoveHandler(this, &TmvSubSelectStatementProxy::SubQueryDestroying);
     subQuery->OnUpdated().RemoveHandler(this, &TmvSubSelectStatementProxy::SubqueryChanged);
-    ownerObject_->DestroyChild(subQuery);
   }
+  return subQuery;
 }
 
 void TmvSubSelectStatementProxy::SubQueryDestroying(TmvObject*) { subQuery_ = nullptr; }

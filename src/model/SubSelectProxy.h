@@ -42,6 +42,8 @@ class TmvSubSelectStatementProxy : public TSQLSubSelectStatementProxy {
   // Keeps the sub-query's Fields equal to its output columns.
   void SubqueryChanged(TmvObject* sender);
   void SubQueryDestroying(TmvObject* sender);
+  // Unhooks from the sub-query and hands it back (null if there is none).
+  TmvSubQuery* ReleaseSubQuery();
 
   TmvQueryBuilderControlOwner* ownerObject_ = nullptr;
   TmvSubQuery* subQuery_ = nullptr;
