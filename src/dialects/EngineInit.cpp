@@ -2,6 +2,7 @@
 // folders that names the concrete dialects of the build.
 #include "dialects/EngineInit.h"
 
+#include "dialects/mssql/MSSQLSyntaxProvider.h"
 #include "dialects/sql2003/SQL2003SyntaxProvider.h"
 #include "dialects/sql89/SQL89SyntaxProvider.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
@@ -23,6 +24,8 @@ constexpr void (*kDialects[])() = {
     &TmvSQL92SyntaxProvider::RegisterDialect,
     &TmvSQL89SyntaxProvider::RegisterDialect,
     &TmvSQL2003SyntaxProvider::RegisterDialect,
+    // SQL Server and SQL Server Compact.
+    &TmvMSSQLSyntaxProvider::RegisterDialect,
     &TmvUniversalSyntaxProvider::RegisterDialect,
     // Not in that table: it stands for whichever of the others it detects.
     &TmvAutoSyntaxProvider::RegisterDialect,

@@ -1,0 +1,163 @@
+#include "dialects/mssql/MSSQLNodes.h"
+
+#include "frontend/SQLContext.h"
+#include "sqlgen/SQLBuilder.h"
+#include "sqlgen/SQLFormat.h"
+
+namespace mv {
+
+void TMSSQLCollate::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  builder.WriteKeyword(u"Collate");
+  builder.Space(3);
+  BuildASTField(Name.get(), builder, format);
+}
+
+void TSQLFromFullTextQuery::BuildExpression(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(FunctionName.get(), builder, format);
+  builder.WriteSymbol(u"(");
+  BuildASTField(Object.get(), builder, format);
+  builder.WriteSymbol(u",");
+  builder.Space(2);
+  if (Columns)
+    Columns->BuildSQL(builder, format);
+  else
+    builder.WriteSymbol(u"*");
+  builder.WriteSymbol(u",");
+  builder.Space(2);
+  BuildASTField(SearchText.get(), builder, format);
+  if (TopCount) {
+    builder.WriteSymbol(u",");
+    builder.Space(2);
+    TopCount->BuildSQL(builder, format);
+  }
+  builder.WriteSymbol(u")");
+}
+
+void TSQLComputeItem::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  BuildASTField(Name.get(), builder, format);
+  builder.WriteSymbol(u"(");
+  BuildASTField(Expression.get(), builder, format);
+  builder.WriteSymbol(u")");
+}
+
+void TSQLComputeClause::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+  builder.WriteKeyword(u"Compute");
+  builder.Space(3);
+  builder.AddIndent(format.IndentInPart());
+  BuildSQLList(builder, format, u",", nullptr);
+  if (By) {
+    builder.Space(3);
+    builder.WriteKeyword(u"By");
+    builder.Space(3);
+    By->BuildSQLList(builder, format, u",", nullptr);
+  }
+  builder.EndIndent();
+}
+
+void TMSSQLExpressionItemExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
+                                                   const TSQLBuilderSelectFormat& format) {
+  TastExtender::BuildSQLForNode(node, builder, format);
+  if (Collate) {
+    builder.Space(3);
+    Collate->BuildSQL(builder, format);
+  }
+}
+
+void TMSSQLSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
+                                                             const TSQLBuilderSelectFormat& format) {
+  auto* select = TmvCast<TSQLSubQuerySelectExpression>(node);
+  if (!select) {
+    TastExtender::BuildSQLForNode(node, builder, format);
+    return;
+  }
+  builder.WriteKeyword(u"Select");
+  builder.AddIndent(format.IndentInPart());
+  select->BuildSelectMode(builder, format);
+  if (Top) {
+    builder.Space(3);
+    Top->BuildSQL(builder, format);
+  }
+  if (format.NewLineAfterPartKeywords())
+    builder.NewLine();
+  else if (select->SelectItems && select->SelectItems->GetCount() > 0)
+    builder.Space(3);
+  select->BuildSelectListItems(builder, format);
+  builder.EndIndent();
+  if (IntoTable) {
+    builder.NewLineOrSpace(format.MainPartsFromNewLine(), 0);
+    builder.WriteKeyword(u"Into");
+    builder.AddIndent(format.IndentInPart());
+    builder.NewLineOrSpace(format.NewLineAfterPartKeywords(), 1);
+    IntoTable->BuildSQL(builder, format);
+    builder.EndIndent();
+  }
+  select->BuildFromClause(builder, format);
+  select->BuildWhereClause(builder, format);
+  select->BuildGroupByClause(builder, format);
+  select->BuildHavingClause(builder, format);
+  select->BuildOrderByClause(builder, format);
+  select->BuildResultOffsetClause(builder, format);
+  select->BuildFetchFirstClause(builder, format);
+}
+
+void TMSSQLGroupByListExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
+                                                const TSQLBuilderSelectFormat& format) {
+  if (All) {
+    builder.WriteKeyword(u"All");
+    builder.Space(3);
+  }
+  TastExtender::BuildSQLForNode(node, builder, format);
+  if (WithKind == 1 || WithKind == 2) {
+    builder.Space(3);
+    builder.WriteKeyword(u"With");
+    builder.Space(3);
+    builder.WriteKeyword(WithKind == 1 ? u"Cube" : u"Rollup");
+  }
+}
+
+void TMSSQLSubSelectStatementExtender::BuildStatement(TSQLSubSelectStatement& statement, TSQLBuilder& builder,
+                                                      const TSQLBuilderSelectFormat& format) {
+  statement.BuildWithClause(builder, format);
+  statement.BuildSelects(builder, format);
+  statement.BuildOrderByClause(builder, format);
+  statement.BuildResultOffsetClause(builder, format);
+  statement.BuildFetchFirstClause(builder, format);
+  for (TastNode* clause : {static_cast<TastNode*>(Compute.get()), static_cast<TastNode*>(For.get()),
+                           static_cast<TastNode*>(Option.get())}) {
+    if (!clause) continue;
+    builder.NewLineOrSpace(format.MainPartsFromNewLine(), 1);
+    clause->BuildSQL(builder, format);
+  }
+}
+
+void TMSSQLSubSelectStatementExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
+                                                       const TSQLBuilderSelectFormat& format) {
+  auto* statement = TmvCast<TSQLSubSelectStatement>(node);
+  if (statement)
+    BuildStatement(*statement, builder, format);
+  else
+    TastExtender::BuildSQLForNode(node, builder, format);
+}
+
+void TMSSQLSelectStatementExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
+                                                    const TSQLBuilderSelectFormat& format) {
+  auto* statement = TmvCast<TSQLSubSelectStatement>(node);
+  if (!statement) {
+    TastExtender::BuildSQLForNode(node, builder, format);
+    return;
+  }
+  builder.AddIndent(format.IndentGlobal());
+  BuildStatement(*statement, builder, format);
+  builder.EndIndent();
+}
+
+void TMSSQLFromSourceExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
+                                               const TSQLBuilderSelectFormat& format) {
+  TastExtender::BuildSQLForNode(node, builder, format);
+  if (Hints) {
+    builder.Space(3);
+    Hints->BuildSQL(builder, format);
+  }
+}
+
+}  // namespace mv
