@@ -1,6 +1,7 @@
 #include "model/ControlOwner.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "frontend/SQLContext.h"
 #include "model/Datasources.h"
@@ -117,32 +118,58 @@ void TmvQueryBuilderControlOwner::EndUpdateParent() {
     EndUpdateInternal();
 }
 
+const TmvQueryBuilderControlOwner* TmvQueryBuilderControlOwner::Top() const {
+  const TmvQueryBuilderControlOwner* top = this;
+  while (top->updateParent_) top = top->updateParent_;
+  return top;
+}
+
+TmvQueryBuilderControlOwner* TmvQueryBuilderControlOwner::Top() {
+  return const_cast<TmvQueryBuilderControlOwner*>(std::as_const(*this).Top());
+}
+
 void TmvQueryBuilderControlOwner::BeginUpdateInternal() {
   ++updateDepth_;
   ++internalUpdateCount_;
-  // The list may change under the walk (a child added by a handler): index-based.
-  for (size_t i = 0; i < updateChildren_.size(); ++i) updateChildren_[i]->BeginUpdateInternal();
 }
 
 void TmvQueryBuilderControlOwner::EndUpdateInternal() {
-  // Children finish before their parents.
-  std::vector<TmvQueryBuilderControlOwner*> children(updateChildren_);
-  for (auto it = children.rbegin(); it != children.rend(); ++it) {
-    if (std::find(updateChildren_.begin(), updateChildren_.end(), *it) != updateChildren_.end())
-      (*it)->EndUpdateInternal();
-  }
   --internalUpdateCount_;
-  if (updateDepth_ == 1) {
-    // A change made while the news is acted on comes round again here.
-    while (sqlUpdatedPending_ && !destroying_) {
-      DoSQLUpdated();
-      sqlUpdatedPending_ = false;
-      DestroyCachedResultASTs();
-      DoAfterUpdated();
-      onUpdated_.Fire(this);
-    }
-  }
+  if (updateDepth_ == 1) ProcessPendingChanges();
   --updateDepth_;
+}
+
+void TmvQueryBuilderControlOwner::ProcessPendingChanges() {
+  processing_ = true;
+  bool all = false;
+  do {
+    newsWhileProcessing_ = false;
+    ProcessPendingSubtree(all, ++pass_);
+    // News that came while acting may stand below an object acted on
+    // already: the next pass looks at every object.
+    all = true;
+  } while (newsWhileProcessing_ && !destroying_);
+  processing_ = false;
+}
+
+void TmvQueryBuilderControlOwner::ProcessPendingSubtree(bool all, int pass) {
+  // The news of a change climbs to the top, so an object without news has
+  // none below it, unless news came while acting (then `all`).
+  if (!all && !sqlUpdatedPending_ && updateParent_) return;
+  // Children first, last to first; a child freed meanwhile is skipped.
+  std::vector<TmvQueryBuilderControlOwner*> children(updateChildren_);
+  for (auto it = children.rbegin(); it != children.rend(); ++it)
+    if (std::find(updateChildren_.begin(), updateChildren_.end(), *it) != updateChildren_.end())
+      (*it)->ProcessPendingSubtree(all, pass);
+  // A change made while acting comes round again here.
+  if (sqlUpdatedPending_) processedPass_ = pass;
+  while (sqlUpdatedPending_ && !destroying_) {
+    DoSQLUpdated();
+    sqlUpdatedPending_ = false;
+    DestroyCachedResultASTs();
+    DoAfterUpdated();
+    onUpdated_.Fire(this);
+  }
 }
 
 void TmvQueryBuilderControlOwner::NotifySQLUpdated() {
@@ -150,6 +177,9 @@ void TmvQueryBuilderControlOwner::NotifySQLUpdated() {
   if (opened) BeginUpdate();
   sqlUpdatedPending_ = true;
   DestroyCachedResultASTs();
+  // News for an object acted on already in this pass needs another pass.
+  if (TmvQueryBuilderControlOwner* top = Top(); top->processing_ && processedPass_ == top->pass_)
+    top->newsWhileProcessing_ = true;
   if (updateParent_) updateParent_->NotifySQLUpdated();
   if (opened) EndUpdate();
 }
@@ -165,19 +195,27 @@ void TmvQueryBuilderControlOwner::NotifySQLUpdatedRecursive() {
 void TmvQueryBuilderControlOwner::SetUpdateParent(TmvQueryBuilderControlOwner* parent) {
   TmvQueryBuilderControlOwner* old = updateParent_;
   if (parent == old) return;
+  const bool wasUpdating = GetIsUpdating();
   if (old) old->updateChildren_.erase(std::find(old->updateChildren_.begin(), old->updateChildren_.end(), this));
+  updateParent_ = nullptr;
   // The open updates that passed this object now pass the new parent.
   for (int i = 0; i < parentUpdateCount_; ++i) {
     if (parent) parent->BeginUpdateParent();
     if (old) old->EndUpdateParent();
   }
-  // This subtree takes the depth of its new tree; as a top of its own, the
-  // depth of the updates opened inside it.
-  const int target = parent ? parent->internalUpdateCount_ : parentUpdateCount_;
-  while (internalUpdateCount_ < target) BeginUpdateInternal();
-  while (internalUpdateCount_ > target) EndUpdateInternal();
+  // As a top of its own, the object counts the updates opened inside its tree.
+  internalUpdateCount_ = updateDepth_ = parent ? 0 : parentUpdateCount_;
   updateParent_ = parent;
   if (parent) parent->updateChildren_.push_back(this);
+  // News of this subtree not acted on yet goes on to the new tree (and is
+  // acted on now if that tree has no update open); a subtree that left open
+  // updates to stand alone acts on its news now.
+  if (sqlUpdatedPending_ && parent) {
+    parent->NotifySQLUpdated();
+  } else if (!parent && wasUpdating && !GetIsUpdating()) {
+    BeginUpdateInternal();
+    EndUpdateInternal();
+  }
 }
 
 // --- Result tree ---

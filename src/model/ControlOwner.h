@@ -6,7 +6,9 @@
 //   many changes an update held and wherever it was opened (three counters:
 //   UpdateCount for BeginUpdate on the object, ParentUpdateCount for the open
 //   updates that passed it on the way up, InternalUpdateCount/UpdateDepth for
-//   the updates open anywhere in its tree);
+//   the updates open anywhere in its tree, kept once, at its top, so that
+//   opening an update costs the depth of the object, not the size of the
+//   tree);
 // - a cache of the syntax tree the object generates, dropped on each change
 //   so that only what changed is generated again;
 // - optional visual controls, reached only through the interfaces of
@@ -79,7 +81,7 @@ class TmvQueryBuilderControlOwner : public TmvObject {
   // --- Update protocol ---
   void BeginUpdate();
   void EndUpdate();
-  bool GetIsUpdating() const { return updateDepth_ > 0; }
+  bool GetIsUpdating() const { return Top()->updateDepth_ > 0; }
   // Marks the object changed: drops its cache and climbs to the update
   // parent; the change is acted on at the end of the outermost update.
   void NotifySQLUpdated();
@@ -91,8 +93,8 @@ class TmvQueryBuilderControlOwner : public TmvObject {
   void SetUpdateParent(TmvQueryBuilderControlOwner* parent);
   int UpdateCount() const { return updateCount_; }
   int ParentUpdateCount() const { return parentUpdateCount_; }
-  int InternalUpdateCount() const { return internalUpdateCount_; }
-  int UpdateDepth() const { return updateDepth_; }
+  int InternalUpdateCount() const { return Top()->internalUpdateCount_; }
+  int UpdateDepth() const { return Top()->updateDepth_; }
   bool SQLUpdatedPending() const { return sqlUpdatedPending_; }
 
   // --- Result tree ---
@@ -162,8 +164,18 @@ class TmvQueryBuilderControlOwner : public TmvObject {
  private:
   void BeginUpdateParent();
   void EndUpdateParent();
+  // The top of this object's update tree.
+  const TmvQueryBuilderControlOwner* Top() const;
+  TmvQueryBuilderControlOwner* Top();
+  // On a top: an update opens or closes anywhere in its tree.
   void BeginUpdateInternal();
   void EndUpdateInternal();
+  // On a top at the end of its outermost update: acts on the news of every
+  // changed object, children before parents, until no news is left.
+  void ProcessPendingChanges();
+  // One pass: the changed objects of the subtree; with `all`, every object
+  // is looked at, else only below objects that changed.
+  void ProcessPendingSubtree(bool all, int pass);
 
   TmvQueryModelHost* host_;
   TmvBaseSQLContext* context_;
@@ -180,8 +192,14 @@ class TmvQueryBuilderControlOwner : public TmvObject {
   std::vector<TmvQueryBuilderControlOwner*> updateChildren_;
   int updateCount_ = 0;
   int parentUpdateCount_ = 0;
+  // Meaningful on a top only.
   int internalUpdateCount_ = 0;
   int updateDepth_ = 0;
+  bool processing_ = false;
+  bool newsWhileProcessing_ = false;
+  int pass_ = 0;
+  // The pass of its top in which this object's news was last acted on.
+  int processedPass_ = -1;
   bool sqlUpdatedPending_ = false;
 };
 
