@@ -3,6 +3,8 @@
 // a change of provider on a parsed tree.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "MSSQLPars.h"
 #include "dialects/EngineInit.h"
 #include "dialects/mssql/MSSQLNodes.h"
@@ -126,6 +128,10 @@ TEST_F(MSSQLDialectTest, VersionSettings) {
   for (TmvQBServerVersionMSSQL version : kVersions) {
     provider.SetServerVersion(version);
     EXPECT_EQ(provider.IsSupportLimitOffset(), version >= svMSSQL2005) << version;
+    std::vector<WideString> unions;
+    provider.GetUnionOperatorsList(unions);
+    const bool exceptIntersect = std::find(unions.begin(), unions.end(), u"Except") != unions.end();
+    EXPECT_EQ(exceptIntersect, version >= svMSSQL2005) << version;
   }
   TmvMSSQLCESyntaxProvider compact;
   EXPECT_FALSE(compact.CanDetectServerVersion());
