@@ -12,6 +12,7 @@
 #include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataProvider.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/DateTime.h"
 #include "support/Exceptions.h"
@@ -140,6 +141,23 @@ TEST_F(MSSQLDialectTest, VersionSettings) {
             std::string("TmvMSSQLCESyntaxProvider"));
   EXPECT_FALSE(provider.IsFixedSizeType(u"NVarChar"));
   EXPECT_TRUE(provider.IsFixedSizeType(u"int"));
+}
+
+TEST_F(MSSQLDialectTest, DefaultSchemaJoinsTheMetadataProvidersAnswer) {
+  Use(svMSSQL2008);
+  TmvConnectionMetadataProvider metadata;
+  context_.SetMetadataProvider(&metadata);
+  auto names = TastCreate<TSQLIdentifiersCollection>(&context_);
+  names->AddIdentifier(u"DBO");
+  provider_.GetDefaultSchemaNames(&context_, nullptr, *names);
+  EXPECT_EQ(names->GetCount(), 1);
+  names->Clear();
+  provider_.SetDefaultSchema(u"sales");
+  provider_.GetDefaultSchemaNames(&context_, nullptr, *names);
+  ASSERT_EQ(names->GetCount(), 1);
+  EXPECT_EQ(names->Identifier(0)->Token, u"sales");
+  provider_.SetDefaultSchema(u"dbo");
+  context_.SetMetadataProvider(nullptr);
 }
 
 TEST_F(MSSQLDialectTest, DenyIntoClauseRefusesInto) {

@@ -224,6 +224,12 @@ bool TmvMSSQLSyntaxProvider::IsQueryWithIntoClause(const TSQLSubSelectStatement*
   return extender && extender->IntoTable;
 }
 
+void TmvMSSQLSyntaxProvider::GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                   TSQLIdentifiersCollection& names) {
+  TmvMatrixSyntaxProvider::GetDefaultSchemaNames(context, connection, names);
+  if (!defaultSchema_.empty() && !names.ContainsSameIdStr(defaultSchema_)) names.AddIdentifier(defaultSchema_);
+}
+
 // --- Limits ---
 
 bool TmvMSSQLSyntaxProvider::GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset,

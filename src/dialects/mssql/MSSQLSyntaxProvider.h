@@ -55,6 +55,9 @@ class TmvMSSQLSyntaxProvider : public TmvMatrixSyntaxProvider {
   bool IsValidIdent(WideStringView text) const override;
   bool IsFixedSizeType(WideStringView typeName) const override;
   bool IsQueryWithIntoClause(const TSQLSubSelectStatement* statement) const override;
+  // The metadata provider's answer, and DefaultSchema ("dbo") beside it.
+  void GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                             TSQLIdentifiersCollection& names) override;
 
   bool GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset, WideString& count) const override;
   TmvOwned<TSQLSubSelectStatement> TransformQueryLimits(const TSQLSubSelectStatement* statement,
