@@ -207,7 +207,9 @@ void TmvMSSQLSyntaxProvider::GetBuiltinFunctionNames(TSQLQualifiedNamesList& lis
 }
 
 bool TmvMSSQLSyntaxProvider::IsValidIdent(WideStringView text) const {
-  return text.empty() || (text.front() != u'@' && !(text.size() > 1 && text[0] == u'0' && (text[1] | 0x20) == u'x'));
+  // A name that starts with a quote would read back as a quoted one.
+  return text.empty() || (text.front() != u'@' && text.front() != u'"' && text.front() != u'[' &&
+                          !(text.size() > 1 && text[0] == u'0' && (text[1] | 0x20) == u'x'));
 }
 
 bool TmvMSSQLSyntaxProvider::IsFixedSizeType(WideStringView typeName) const {
