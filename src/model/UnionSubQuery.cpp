@@ -252,27 +252,34 @@ namespace {
 
 using TmvNodeTest = std::function<bool(TastNodeBase*)>;
 
-void DropReferringItems(TastNodeList& items, const TmvNodeTest& refers) {
+// Each answers whether it took something out.
+bool DropReferringItems(TastNodeList& items, const TmvNodeTest& refers) {
+  bool dropped = false;
   for (int i = items.Count() - 1; i >= 0; --i)
-    if (refers(items.Item(i))) items.Delete(i);
+    if (refers(items.Item(i))) {
+      items.Delete(i);
+      dropped = true;
+    }
+  return dropped;
 }
 
 // A condition loses the operands of its AND that refer; any other condition
 // that refers goes whole.
-void DropReferringCondition(TastChild<TSQLExpressionItem>& condition, const TmvNodeTest& refers) {
-  if (!condition || !refers(condition.get())) return;
+bool DropReferringCondition(TastChild<TSQLExpressionItem>& condition, const TmvNodeTest& refers) {
+  if (!condition || !refers(condition.get())) return false;
   if (auto* conjunction = TmvCast<TSQLExpressionAnd>(condition.get())) {
     DropReferringItems(conjunction->Items, refers);
-    if (conjunction->Items.Count() > 0) return;
+    if (conjunction->Items.Count() > 0) return true;
   }
   condition.Reset();
+  return true;
 }
 
 template <class List>
-void DropReferringListItems(TastChild<List>& list, const TmvNodeTest& refers) {
-  if (!list) return;
-  DropReferringItems(list->Items, refers);
+bool DropReferringListItems(TastChild<List>& list, const TmvNodeTest& refers) {
+  if (!list || !DropReferringItems(list->Items, refers)) return false;
   if (list->Items.Count() == 0) list.Reset();
+  return true;
 }
 
 }  // namespace
@@ -280,13 +287,11 @@ void DropReferringListItems(TastChild<List>& list, const TmvNodeTest& refers) {
 bool TmvUnionSubQuery::DropKeptReferences(const std::function<bool(TastNodeBase*)>& refers) {
   TSQLSubQuerySelectExpression* select = SelectAST();
   if (!select) return false;
-  const WideString before = select->SimpleSQL(SQLContext()->SQLBuilderExpression());
-  if (select->SelectItems) DropReferringItems(select->SelectItems->Items, refers);
-  DropReferringCondition(select->Where, refers);
-  DropReferringCondition(select->Having, refers);
-  DropReferringListItems(select->GroupBy, refers);
-  DropReferringListItems(select->OrderBy, refers);
-  const bool changed = before != select->SimpleSQL(SQLContext()->SQLBuilderExpression());
+  bool changed = select->SelectItems && DropReferringItems(select->SelectItems->Items, refers);
+  changed |= DropReferringCondition(select->Where, refers);
+  changed |= DropReferringCondition(select->Having, refers);
+  changed |= DropReferringListItems(select->GroupBy, refers);
+  changed |= DropReferringListItems(select->OrderBy, refers);
   if (changed) NotifySQLUpdated();
   return changed;
 }
