@@ -29,6 +29,23 @@ void RegisterModelMessages() {
         {mvQBAftofitHeight, u"Autofit Height"},
         {mvQBAddLinkedObject, u"Add Linked Object"},
         {mvQBSwitchToDerivedTable, u"Switch to Derived Table"},
+        {mvQBBadFieldName, u"Invalid field name: %s"},
+        {mvQBBadExpression, u"\"%s\" is not valid expression"},
+        {mvQBLinksToFirstDatasource, u"Links cannot be added to the first datasource of the group"},
+        {mvQBCantSelectExpression, u"This expression is not selectable"},
+        {mvQBColumnNameAlreadyUsed, u"The column with same name already exists in the current sub-query."},
+        {mvQBDeletingAliasCauseConflict,
+         u"Deleting an alias has led to duplicated column names in the current sub-query."},
+        {mvQBSelectingExpressionCauseConflict,
+         u"Adding this expression has led to duplicated column names in the current sub-query."},
+        {mvQBSortTypeAscending, u"Ascending"},
+        {mvQBSortTypeDescending, u"Descending"},
+        {mvQBConditionsTypeWhere, u"Where"},
+        {mvQBConditionsTypeHaving, u"Having"},
+        {mvQBMoveUp, u"Move Up"},
+        {mvQBMoveDown, u"Move Down"},
+        {mvQBRemoveItem, u"Remove Item"},
+        {mvQBInsertEmtyItem, u"Insert Empty Item"},
     });
   });
 }

@@ -34,6 +34,25 @@ inline constexpr const char16_t* mvQBAftofitHeight = u"mvQBAftofitHeight";
 inline constexpr const char16_t* mvQBAddLinkedObject = u"mvQBAddLinkedObject";
 inline constexpr const char16_t* mvQBSwitchToDerivedTable = u"mvQBSwitchToDerivedTable";
 
+// Links.
+inline constexpr const char16_t* mvQBBadFieldName = u"mvQBBadFieldName";
+inline constexpr const char16_t* mvQBBadExpression = u"mvQBBadExpression";
+inline constexpr const char16_t* mvQBLinksToFirstDatasource = u"mvQBLinksToFirstDatasource";
+// Select list.
+inline constexpr const char16_t* mvQBCantSelectExpression = u"mvQBCantSelectExpression";
+inline constexpr const char16_t* mvQBColumnNameAlreadyUsed = u"mvQBColumnNameAlreadyUsed";
+inline constexpr const char16_t* mvQBDeletingAliasCauseConflict = u"mvQBDeletingAliasCauseConflict";
+inline constexpr const char16_t* mvQBSelectingExpressionCauseConflict = u"mvQBSelectingExpressionCauseConflict";
+inline constexpr const char16_t* mvQBSortTypeAscending = u"mvQBSortTypeAscending";
+inline constexpr const char16_t* mvQBSortTypeDescending = u"mvQBSortTypeDescending";
+inline constexpr const char16_t* mvQBConditionsTypeWhere = u"mvQBConditionsTypeWhere";
+inline constexpr const char16_t* mvQBConditionsTypeHaving = u"mvQBConditionsTypeHaving";
+// Menu of a row of the select list (the key spellings are part of the interface).
+inline constexpr const char16_t* mvQBMoveUp = u"mvQBMoveUp";
+inline constexpr const char16_t* mvQBMoveDown = u"mvQBMoveDown";
+inline constexpr const char16_t* mvQBRemoveItem = u"mvQBRemoveItem";
+inline constexpr const char16_t* mvQBInsertEmtyItem = u"mvQBInsertEmtyItem";
+
 // Registers the English defaults; runs once, whoever calls it.
 void RegisterModelMessages();
 

@@ -7,6 +7,7 @@
 #include "model/Datasources.h"
 #include "model/ModelMessages.h"
 #include "model/QueryTree.h"
+#include "support/Exceptions.h"
 
 namespace mv {
 
@@ -108,6 +109,21 @@ bool TmvQueryModelHost::GetIsUpdating() const { return query_ && query_->GetIsUp
 
 void TmvQueryModelHost::SQLUpdated() {
   if (OnSQLUpdated) OnSQLUpdated(this);
+}
+
+void TmvQueryModelHost::DoUserMessage(TmvUserMessageId id) {
+  const char16_t* key = nullptr;
+  switch (id) {
+    case mvMsgColumnNameAlreadyUsed: key = mvQBColumnNameAlreadyUsed; break;
+    case mvMsgDeletingAliasCauseConflict: key = mvQBDeletingAliasCauseConflict; break;
+    case mvMsgSelectingExpressionCauseConflict: key = mvQBSelectingExpressionCauseConflict; break;
+  }
+  if (!key) throw Exception(u"Unknown user message ID: " + IntToWide(static_cast<int>(id)));
+  TmvUserMessageParams params{id, MessageText(key)};
+  if (OnUserMessage)
+    OnUserMessage(this, params);
+  else
+    logHelper_.Warn(params.MessageText);
 }
 
 void TmvQueryModelHost::CreateControls() {

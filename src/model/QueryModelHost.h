@@ -21,7 +21,10 @@ namespace mv {
 class TmvBaseSQLContext;
 class TmvBaseSyntaxProvider;
 class TmvMetadataContainer;
+class TmvLink;
+class TmvMetadataField;
 class TmvMetadataProcedure;
+class TmvMetadataRelation;
 class TmvDatasource;
 class TmvQuery;
 class TmvSubQuery;
@@ -44,7 +47,32 @@ struct TmvModelOptions {
   bool KeyFieldsFirst = true;
   bool HideAsteriskItem = false;
   // Links.
+  bool CreateLinksFromRelations = true;
   bool CreateLinksByIdenticalFieldNames = false;
+  // New links print in WHERE (where the dialect has outer marks there).
+  bool CreateWhereJoinsByDefault = false;
+  // Loading text: equality conditions between two datasources of a SELECT
+  // in its WHERE clause become links.
+  bool LoadJoinsFromWhereClause = true;
+  // The FROM clause is put in a valid order at the end of each update.
+  bool CanReorderDatasources = true;
+  // Select list.
+  bool UseMSStyleGrouping = false;
+  bool CreateColumnAliasesFromAltNames = false;
+  bool CreateColumnAliasesForUnnamedColumns = true;
+  bool ResolveColumnNamingConflictsAutomatically = false;
+};
+
+// Messages the model shows the user (the grid's conflicts of column names).
+enum TmvUserMessageId {
+  mvMsgColumnNameAlreadyUsed,
+  mvMsgDeletingAliasCauseConflict,
+  mvMsgSelectingExpressionCauseConflict
+};
+
+struct TmvUserMessageParams {
+  TmvUserMessageId MessageId;
+  WideString MessageText;
 };
 
 // Questions the model asks the user; a host without dialogs answers them
@@ -140,6 +168,19 @@ class TmvQueryModelHost : public TmvObject {
                      bool& abort)>
       OnQueryProcedureParameters;
   std::function<void(TmvQueryModelHost*, TmvSubQuery*, WideString& caption)> OnGetTabHeaderText;
+  // A link is about to be made between two fields (from a relation, equal
+  // names, or a drop); allow = false refuses it. Fields and relation may be null.
+  std::function<void(TmvQueryModelHost*, TmvUnionSubQuery*, TmvDatasource* fromDatasource,
+                     TmvMetadataField* fromField, TmvDatasource* toDatasource, TmvMetadataField* toField,
+                     TmvMetadataRelation* relation, bool& allow)>
+      OnLinkCreating;
+  std::function<void(TmvQueryModelHost*, TmvLink*)> OnLinkCreated;
+  // Takes over the model's messages to the user; without it they go to the
+  // log as warnings (there is no dialog without a designer).
+  std::function<void(TmvQueryModelHost*, const TmvUserMessageParams&)> OnUserMessage;
+  // Shows a message through OnUserMessage (or the log); an id outside the
+  // enumeration raises "Unknown user message ID: " with its number.
+  void DoUserMessage(TmvUserMessageId id);
 
  private:
   TmvOwned<TmvBaseSQLContext> context_;
