@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "model/ControlOwner.h"
+#include "model/Links.h"
 #include "model/QueryModelHost.h"
 #include "tree/FromClause.h"
 
@@ -32,6 +33,8 @@ class TSQLExpressionItem;
 class TSQLFromGroup;
 class TSQLFromObject;
 class TSQLFromSource;
+class TSQLExpressionAnd;
+class TSQLJoinKind;
 
 enum TmvDatasourceType { dtTable, dtView, dtStoredProc, dtFunction, dtSubQuery, dtOther };
 
@@ -63,8 +66,31 @@ class TmvDatasourceBase : public TmvQueryBuilderControlOwner {
   // The dialect changed.
   virtual void SyntaxProviderChanged() {}
 
+  // --- Joins ---
+  // Splits an ON condition into links owned by this entry: simple links for
+  // the operands of AND that compare two columns, one more link for the
+  // rest. Raises mvQBLinksToFirstDatasource for the first entry of a group.
+  std::vector<TmvLink*> AddLinksFromExpression(TmvOwned<TSQLExpressionItem> expression);
+  // The join kind of the node (null: a comma, or the first entry).
+  TSQLJoinKind* GetJoinKind() const;
+  TastNodeClassRef GetJoinKindClass() const;
+  // Sets the kind, the sides of the owned links follow; a right join on a
+  // dialect without right joins becomes a left one by moving the entry.
+  void SetJoinKind(TmvOwned<TSQLJoinKind> kind);
+  // The same with a new kind of the class that keeps the old one's details.
+  void SetJoinKindClass(TastNodeClassRef kindClass);
+  // Replaces the node's join kind and nothing else.
+  void SetFromSourceJoinKind(TmvOwned<TSQLJoinKind> kind);
+  // The links of the group that this entry owns.
+  std::vector<TmvLink*> GetOwnedLinks() const;
+  void RealignLinks();
+  void InvalidateLinks();
+  // Makes links of PendingJoinExpression; a group passes the call on.
+  virtual void LoadJoins();
+
  protected:
-  // The node with the pending ON expression put back (a clone).
+  // The node with its ON clause: the owned lpFrom links (or the pending
+  // expression while no link is made of it).
   TmvOwned<TastNode> CreateResultAST() override;
   TmvOwned<TSQLFromSource> TakeFromSource();
   void SetGroup(TmvDatasourceGroup* group) { group_ = group; }
@@ -111,6 +137,30 @@ class TmvDatasourceGroup : public TmvDatasourceBase {
 
   bool ReorderNeeded() const { return reorderNeeded_; }
   void NotifyReorderNeeded();
+  // Whether the FROM order breaks what the links ask; the reorder.
+  bool IsReorderRequired() const;
+  void ReorderDatasourcesInternal();
+
+  // --- Links (owned) ---
+  int LinksCount() const { return static_cast<int>(links_.size()); }
+  TmvLink* Links(int index) const;
+  const std::vector<TmvLink*>& GetLinks() const { return links_; }
+  // This group's links and those of the groups below, depth first.
+  void GetLinksRecursive(std::vector<TmvLink*>& list) const;
+  // A new empty link of this group.
+  TmvLink* CreateLink();
+  // A link of the expression (owned from now), under `owner`, or where the
+  // group chains of its datasources say when null. An expression that
+  // reaches fewer than two datasources of the SELECT raises a list index error.
+  TmvLink* AddLinkAST(TmvDatasourceBase* owner, TmvOwned<TSQLExpressionItem> expression, bool isNew,
+                      TmvQueryBuilderLinkPlace place);
+  // Takes the join conditions of WHERE out as where-links; returns the rest.
+  TmvOwned<TSQLExpressionItem> LoadWhereJoins(TmvOwned<TSQLExpressionItem> where);
+  // Clones of the lpWhere links' expressions of this group and below.
+  void GetWhereJoinConditions(TSQLExpressionAnd& conditions) const;
+  // `where` with the where-links in front.
+  TmvOwned<TSQLExpressionItem> AddWhereJoinConditions(TmvOwned<TSQLExpressionItem> where) const;
+  void LoadJoins() override;
 
   // Takes the entries of a FROM group node, in order.
   void LoadFromAST(TmvOwned<TSQLFromSource> node) override;
@@ -124,7 +174,11 @@ class TmvDatasourceGroup : public TmvDatasourceBase {
   TmvOwned<TastNode> CreateResultAST() override;
 
  private:
+  friend class TmvLink;
+  void RegisterLink(TmvLink* link);
+  void UnregisterLink(TmvLink* link);
   std::vector<TmvDatasourceBase*> items_;
+  std::vector<TmvLink*> links_;
   bool reorderNeeded_ = false;
 };
 
@@ -168,6 +222,12 @@ class TmvDatasource : public TmvDatasourceBase {
   const std::vector<TmvMetadataField*>& CheckedFields() const { return checkedFields_; }
   bool IsFieldSelected(const TmvMetadataField* field) const;
   void UpdateChecks() override;
+  // Every field becomes a selected row of the select list, or leaves it.
+  void CheckAllFields();
+  void UncheckAllFields();
+  // The check box of a field (null: "table.*") set by the user: a selected
+  // row of the field, or its rows unselected.
+  void SetFieldChecked(TmvMetadataField* field, bool checked);
 
   // --- Position while no control shows the datasource ---
   int Left = 0, Top = 0, Width = 0, Height = 0;

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "model/ControlOwner.h"
+#include "model/Links.h"
 #include "model/QueryModelHost.h"
 #include "support/WideString.h"
 #include "tree/SelectStatement.h"
@@ -251,6 +252,41 @@ class TmvUnionSubQuery : public TmvQueryBase {
   // items, sort and grouping entries, the operands of an AND condition (a
   // condition of another kind goes whole). True when something went.
   bool DropKeptReferences(const std::function<bool(TastNodeBase*)>& refers);
+
+  // --- Links. The forms without a place put the link where UseANSIJoins
+  // says; names as text go through ParseQualifiedNameQuoteIfNeed. Each
+  // returns the new link (null when none was made). ---
+  TmvLink* AddLink(TmvDatasource* fromDatasource, const TSQLQualifiedName* fromFieldName,
+                   const TSQLQualifiedName* toFieldName, TmvDatasource* toDatasource);
+  TmvLink* AddLink(TmvDatasource* fromDatasource, const TSQLQualifiedName* fromFieldName,
+                   const TSQLQualifiedName* toFieldName, TmvDatasource* toDatasource, TmvQueryBuilderLinkPlace place);
+  TmvLink* AddLink(TmvDatasource* fromDatasource, const WideString& fromFieldName, const WideString& toFieldName,
+                   TmvDatasource* toDatasource);
+  TmvLink* AddLink(TmvDatasource* fromDatasource, const WideString& fromFieldName, const WideString& toFieldName,
+                   TmvDatasource* toDatasource, TmvQueryBuilderLinkPlace place);
+  TmvLink* AddLink(TmvDatasource* fromDatasource, TmvDatasource* toDatasource, const WideString& expression);
+  TmvLink* AddLink(TmvDatasource* fromDatasource, TmvDatasource* toDatasource, const WideString& expression,
+                   TmvQueryBuilderLinkPlace place);
+  // The expression is cloned and bound to this SELECT first.
+  TmvLink* AddLink(TmvDatasource* fromDatasource, TmvDatasource* toDatasource, const TSQLExpressionItem* expression,
+                   TmvQueryBuilderLinkPlace place);
+  // Splits the condition as a loaded ON clause is split, under the later of the two.
+  std::vector<TmvLink*> AddLinksFromExpression(TmvDatasource* datasource1, TmvDatasource* datasource2,
+                                               const TSQLExpressionItem* expression);
+  std::vector<TmvLink*> AddLinksFromExpression(TmvDatasource* datasource1, TmvDatasource* datasource2,
+                                               const WideString& expression);
+  // Links from the relations of the metadata and from equal field names;
+  // each returns the number of links made.
+  int AddFKLinksForObject(TmvDataSourceObject* object);
+  int AddIdenticalFieldsLinksForObject(TmvDataSourceObject* object);
+  // A simple link from datasource1's field to datasource2's, in this direction.
+  TmvLink* FindLink(TmvDatasource* datasource1, const TSQLQualifiedName* name1, const TSQLQualifiedName* name2,
+                    TmvDatasource* datasource2) const;
+  TmvLink* FindLink(TmvDatasource* datasource1, const WideString& name1, const WideString& name2,
+                    TmvDatasource* datasource2) const;
+  bool HaveAnsiJoins() const;
+  bool HaveWhereJoins() const;
+  bool UseANSIJoins() const;
 
  protected:
   void Destroying() override;
