@@ -35,6 +35,7 @@ class TmvDatasourceQuery;
 class TmvMetadataObject;
 class TSQLQualifiedName;
 class TmvMetadataFieldsList;
+class TmvSelectList;
 class TmvUnionGroup;
 class TmvUnionSubQuery;
 class TmvSubQuery;
@@ -171,6 +172,8 @@ class TmvUnionSubQuery : public TmvQueryBase {
   void AfterConstruction() override;
 
   TmvDatasourceGroup* Datasources() const { return datasources_; }
+  // The rows: select items, conditions, grouping and sort of this SELECT.
+  TmvSelectList* SelectList() const { return selectList_; }
   TSQLSubQuerySelectExpression* SelectAST() const;
 
   void LoadFromAST(TmvOwned<TSQLSubQueryExpression> node) override;
@@ -297,6 +300,7 @@ class TmvUnionSubQuery : public TmvQueryBase {
  private:
   WideString ClauseText(const std::function<TastNode*(TSQLSubQuerySelectExpression*)>& clause);
   TmvDatasourceGroup* datasources_ = nullptr;
+  TmvSelectList* selectList_ = nullptr;
 };
 
 // A list of sub-queries (not owned).

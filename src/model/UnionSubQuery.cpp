@@ -5,6 +5,7 @@
 #include "frontend/SQLContext.h"
 #include "model/Datasources.h"
 #include "model/QueryTree.h"
+#include "model/SelectList.h"
 #include "tree/FromClause.h"
 #include "tree/LogicalExpressions.h"
 #include "tree/SelectClauses.h"
@@ -20,6 +21,10 @@ void TmvUnionSubQuery::AfterConstruction() {
   datasources_ = group.get();
   RegisterChild(std::move(group));
   datasources_->SetUpdateParent(this);
+  auto list = TmvCreate<TmvSelectList>(Host(), this);
+  selectList_ = list.get();
+  RegisterChild(std::move(list));
+  selectList_->SetUpdateParent(this);
   if (TmvSubQuery* root = RootQuery()) root->RegisterUnionSubQuery(this);
 }
 
