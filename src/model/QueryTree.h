@@ -385,6 +385,9 @@ class TmvSubQuery : public TmvUnionGroup {
   // members of this group.
   void LoadFromStatement(TmvOwned<TSQLSubSelectStatement> statement);
   void LoadFromAST(TmvOwned<TSQLSubQueryExpression> node) override;
+  // The statement's sort (or the first SELECT's own) goes to the rows of
+  // the first SELECT.
+  void LoadOrderBy();
 
   ImvUnionOperatorControl* GetUnionOperatorControl() const override { return nullptr; }
   int GetControlsCount() const override { return 1; }

@@ -246,6 +246,8 @@ class TmvSelectItem : public TmvQueryBuilderControlOwner {
   void MoveDownEvent();
   void RemoveEvent();
   void InsertEmptyEvent();
+  // The entries above as data, each enabled by its Can... test.
+  TmvMenu GetPopupMenu(ImvControl* control) override;
 
  protected:
   void Destroying() override;

@@ -8,6 +8,7 @@
 #include "model/Datasources.h"
 #include "model/ModelMessages.h"
 #include "model/QueryTree.h"
+#include "model/SelectList.h"
 #include "tree/FromClause.h"
 #include "tree/SelectClauses.h"
 #include "tree/SelectStatement.h"
@@ -276,14 +277,40 @@ void TmvSubQuery::LoadFromAST(TmvOwned<TSQLSubQueryExpression> node) {
   if (TSQLSubSelectStatement* statement = GetSubQueryAST(); statement && statement->With)
     LoadSubQueries(statement->With.get());
   LoadMembers();
+  LoadOrderBy();
   if (!activeUnionSubQuery_) activeUnionSubQuery_ = FirstSelect();
   NotifySQLUpdated();
 }
 
+void TmvSubQuery::LoadOrderBy() {
+  TmvUnionSubQuery* first = FirstSelect();
+  TSQLSubSelectStatement* statement = GetSubQueryAST();
+  if (!first || !statement) return;
+  TSQLSubQuerySelectExpression* select = first->SelectAST();
+  // The rows of the first SELECT hold the sort of the whole query.
+  if (statement->OrderBy) {
+    if (select && select->OrderBy && !IsQueryWithUnions()) select->OrderBy.Reset();
+    first->SelectList()->LoadOrderByListFromAST(statement->OrderBy.Release());
+  } else if (select && select->OrderBy) {
+    first->SelectList()->LoadOrderByListFromAST(select->OrderBy.Release());
+  }
+}
+
 TmvOwned<TastNode> TmvSubQuery::CreateResultAST() {
   TmvOwned<TastNode> tree = TmvUnionGroup::CreateResultAST();
-  if (auto* statement = TmvCast<TSQLSubSelectStatement>(tree.get()))
-    if (statement->With && statement->With->Items.Count() == 0) statement->With.Reset();
+  auto* statement = TmvCast<TSQLSubSelectStatement>(tree.get());
+  if (!statement) return tree;
+  if (statement->With && statement->With->Items.Count() == 0) statement->With.Reset();
+  // The sort of the whole query, from the first SELECT's rows: a lone
+  // SELECT takes it itself.
+  if (TmvUnionSubQuery* first = FirstSelect()) {
+    TmvOwned<TSQLOrderByClause> orderBy = first->SelectList()->GetOrderByClause();
+    auto* only = statement->GetCount() == 1 ? TmvCast<TSQLSubQuerySelectExpression>(statement->GetItems(0)) : nullptr;
+    if (only)
+      only->OrderBy.Set(std::move(orderBy));
+    else
+      statement->OrderBy.Set(std::move(orderBy));
+  }
   return tree;
 }
 

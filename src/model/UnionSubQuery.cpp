@@ -43,7 +43,18 @@ void TmvUnionSubQuery::LoadFromAST(TmvOwned<TSQLSubQueryExpression> node) {
   TmvQueryBase::LoadFromAST(std::move(node));
   TSQLSubQuerySelectExpression* select = SelectAST();
   if (!select) return;
-  if (select->FromClause) datasources_->LoadFromAST(select->FromClause.Release());
+  // Each clause leaves the node as it is taken, so that the node cannot
+  // free what the model now owns.
+  const bool hasFrom = static_cast<bool>(select->FromClause);
+  if (hasFrom) datasources_->LoadFromAST(select->FromClause.Release());
+  selectList_->LoadSelectListFromAST(select->SelectItems.Release());
+  selectList_->StartConditionsLoading();
+  // Links from ON expressions and from WHERE come here, once every
+  // datasource and row is in.
+  selectList_->LoadGroupByListFromAST(select->GroupBy.Release());
+  if (select->Where) selectList_->LoadConditionFromAST(select->Where.Release(), ctWhere);
+  if (select->Having) selectList_->LoadConditionFromAST(select->Having.Release(), ctHaving);
+  selectList_->FinalizeLoading();
   // What stays on the node keeps its sub-selects as sub-queries of the model.
   LoadSubQueries(select);
   NotifySQLUpdated();
@@ -58,6 +69,7 @@ bool TmvUnionSubQuery::MakeVisible(int index) const { return index != 0; }
 TmvOwned<TastNode> TmvUnionSubQuery::CreateResultAST() {
   if (!SelectAST()) return nullptr;
   auto select = SelectAST()->CloneAs<TSQLSubQuerySelectExpression>(SQLContext());
+  select->SelectItems.Set(selectList_->GetSelectItemsTree());
   if (datasources_->Count() > 0) {
     TmvOwned<TastNode> from = datasources_->GetResultAST();
     if (auto* clause = TmvCast<TSQLFromClause>(from.get())) {
@@ -65,6 +77,11 @@ TmvOwned<TastNode> TmvUnionSubQuery::CreateResultAST() {
       select->FromClause.Set(TmvOwned<TSQLFromClause>(clause));
     }
   }
+  select->Where.Set(selectList_->GetConditionTree({ctWhere}));
+  select->GroupBy.Set(selectList_->GetGroupByTree());
+  select->Having.Set(selectList_->GetConditionTree({ctHaving}));
+  // The sort keys of the rows belong to the whole query, which prints them;
+  // a member's own ORDER BY that stayed on its node prints from there.
   return select;
 }
 
@@ -80,10 +97,9 @@ WideString TmvUnionSubQuery::GetSql() {
   TmvOwned<TSQLSubQuerySelectExpression> select = GetResultQueryAST();
   if (!select || !SQLContext()) return {};
   TmvSubQuery* root = RootQuery();
-  TSQLSubSelectStatement* statement = root ? root->GetSubQueryAST() : nullptr;
-  // The sort of the whole query belongs to its first SELECT when shown alone.
-  if (!select->OrderBy && statement && statement->OrderBy && root->FirstSelect() == this)
-    select->OrderBy.Set(statement->OrderBy->CloneAs<TSQLOrderByClause>(SQLContext()));
+  // The sort of the whole query is held by its first SELECT's rows, and
+  // shown with it when it stands alone.
+  if (!select->OrderBy && root && root->FirstSelect() == this) select->OrderBy.Set(selectList_->GetOrderByClause());
   return select->SimpleSQL(SQLContext()->SQLBuilderExpression());
 }
 
@@ -106,7 +122,10 @@ void TmvUnionSubQuery::SetSql(const WideString& text) {
   node->UnionAll = GetUnionAllFlag();
   TmvUpdateScope update(this);
   datasources_->Clear();
+  selectList_->Clear();
   LoadFromAST(std::move(node));
+  if (TSQLSubQuerySelectExpression* select = SelectAST(); select && select->OrderBy)
+    selectList_->LoadOrderByListFromAST(select->OrderBy.Release());
   NotifySQLUpdatedRecursive();
 }
 
@@ -304,11 +323,7 @@ bool TmvUnionSubQuery::DropKeptReferences(const std::function<bool(TastNodeBase*
 bool TmvUnionSubQuery::NotifyDatasourceDestroyingInternal(TmvDatasource* datasource) {
   TSQLFromSource* source = datasource->FromSource();
   if (!QueryAST() || !source) return false;
-  DropKeptReferences([source](TastNodeBase* node) {
-    TSQLFromSourceList sources;
-    node->GetReferencedDatasourcesRecursive(sources);
-    return std::find(sources.begin(), sources.end(), source) != sources.end();
-  });
+  // The rows and links hear of it themselves; this is for what stays on the node.
   NotifySQLUpdated();
   return !QueryAST()->RemoveReferencesToDatasource(source);
 }

@@ -153,7 +153,7 @@ TEST_F(ModelTest, UpdateOnADatasourceHoldsBackTheQuerysNews) {
   EXPECT_EQ(updates, 1);
   // The text is made when it is read, once.
   EXPECT_FALSE(Query()->HasCachedResultAST());
-  EXPECT_EQ(Sql(), "Select y.x From a y, b, c Union Select");
+  EXPECT_EQ(Sql(), "Select y.x From a y, b, c Union Select *");
   EXPECT_TRUE(Query()->HasCachedResultAST());
   EXPECT_EQ(updates, 1);
 }

@@ -26,7 +26,7 @@ TEST_F(ModelTest, DerivedTablesAreNamedQueryOrByTheRunningCounter) {
   EXPECT_EQ(U8(First()->AddSubQueryEvent()->GetAlias()), "Query1");
   EXPECT_EQ(U8(First()->AddFromExpression(u"(SELECT a FROM t)", u"")->GetAlias()), "Query");
   EXPECT_EQ(U8(First()->AddFromExpression(u"(SELECT a FROM t)", u"")->GetAlias()), "Query2");
-  EXPECT_EQ(Sql(), "Select * From x, (Select) Query1, (Select a From t) Query, (Select a From t) Query2");
+  EXPECT_EQ(Sql(), "Select * From x, (Select *) Query1, (Select a From t) Query, (Select a From t) Query2");
   EXPECT_EQ(host->SubQueries().size(), 4u);
 }
 
@@ -168,7 +168,7 @@ TEST_F(ModelTest, ConvertingADatasourceMovesItIntoADerivedTable) {
   auto* orders = mv::TmvCast<TmvDatasource>(First()->Datasources()->Items(0));
   mv::TmvDatasourceQuery* derived = First()->ConvertDatasourceToDerivedTable(orders);
   ASSERT_NE(derived, nullptr);
-  EXPECT_EQ(Sql(), "Select Query1.id From (Select From orders o) Query1 Where Query1.id > 1");
+  EXPECT_EQ(Sql(), "Select Query1.id From (Select * From orders o) Query1 Where Query1.id > 1");
 }
 
 TEST_F(ModelTest, MenusAreData) {

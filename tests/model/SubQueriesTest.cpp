@@ -3,6 +3,7 @@
 // follows their edits.
 #include "ModelTestSupport.h"
 #include "Thrown.h"
+#include "model/SelectList.h"
 #include "model/SubSelectProxy.h"
 #include "tree/SelectClauses.h"
 
@@ -64,7 +65,7 @@ TEST_F(ModelTest, ColumnsThatLeaveASubQueryTakeTheirUsesAlong) {
       {"SELECT q.a, q.b FROM (SELECT a, b FROM t) q WHERE q.a > 1 AND q.b < 2", u"SELECT a FROM t",
        "Select q.a From (Select a From t) q Where q.a > 1"},
       {"SELECT q.a FROM (SELECT a, b FROM t) q WHERE q.b < 2 OR q.a = 0 GROUP BY q.a, q.b", u"SELECT a, c FROM t",
-       "Select q.a From (Select a, c From t) q Group By q.a"},
+       "Select q.a From (Select a, c From t) q Where q.a = 0 Group By q.a"},
       {"SELECT q.a FROM (SELECT a, b FROM t) q", u"SELECT b, a FROM t", "Select q.a From (Select b, a From t) q"},
   };
   for (const Case& c : cases) {
@@ -85,7 +86,8 @@ TEST_F(ModelTest, ColumnsThatLeaveASubQueryTakeTheirUsesAlong) {
 TEST_F(ModelTest, TwoSubSelectsInOneExpressionAreTwoSubQueries) {
   Load("SELECT a FROM t WHERE (SELECT 1 FROM u) = (SELECT 2 FROM v)");
   EXPECT_EQ(host->SubQueries().size(), 3u);
-  EXPECT_EQ(First()->SubQueryProxies().size(), 2u);
+  // Both hang on the row of the left side, one in its expression, one in its condition.
+  EXPECT_EQ(First()->SelectList()->Items(1)->SubQueryProxies().size(), 2u);
   host->SubQueries()[2]->FirstSelect()->AddObject(u"w", u"");
   EXPECT_EQ(Sql(), "Select a From t Where (Select 1 From u) = (Select 2 From v, w)");
 }
@@ -103,7 +105,7 @@ TEST_F(ModelTest, CommonTableExpressionsAreAddedNamedAndUsed) {
   TmvSubQuery* cte = use->CteSubQuery();
   ASSERT_NE(cte, nullptr);
   EXPECT_EQ(cte->SubQueryCTEIndex(), 1);
-  EXPECT_EQ(Sql(), "With early As (Select), c As (Select a From t) Select * From x, c");
+  EXPECT_EQ(Sql(), "With early As (Select *), c As (Select a From t) Select * From x, c");
   // Its fields are the expression's output columns, and follow them.
   cte->FirstSelect()->SetSql(u"SELECT a, b FROM t");
   EXPECT_EQ(use->GetFields()->Count(), 2);
@@ -180,7 +182,7 @@ TEST_F(ModelTest, SelectsUseTheExpressionsDefinedBeforeThem) {
   First()->AddExistingCTEEvent(c);
   d->FirstSelect()->AddNewCTEEvent();
   EXPECT_EQ(Sql(),
-            "With c As (Select a From t), Query1 As (Select), d As (Select b From u, Query1 UNION Select b From w), "
+            "With c As (Select a From t), Query1 As (Select *), d As (Select b From u, Query1 UNION Select b From w), "
             "e As (Select c From v) Select * From x, c, c c1");
 }
 

@@ -101,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(
                     mv::TmvUnionSubQuery* added = t.Query()->Insert(0);
                     added->AddObject(u"w", u"");
                   },
-                  "Select From w Union Select a From t"}),
+                  "Select * From w Union Select a From t"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(ModelTest, GroupIndexErrorsAreListErrors) {
