@@ -376,6 +376,8 @@ class TmvSubQuery : public TmvUnionGroup {
   // --- Captions and text ---
   WideString GetCaption();
   void UpdateCaption();
+  // A sub-select in a row's expression is named by the row's alias.
+  WideString SelectItemCaption() const;
   WideString GetSql();
   void SetSql(const WideString& text);
   void ClearInternal();

@@ -177,10 +177,13 @@ TmvOwned<TastNode> TmvSelectItem::GetExpression() const {
   TmvBaseSQLContext* context = SQLContext();
   if (!aggregate_) return TmvOwned<TastNode>(static_cast<TastNode*>(expression_->Clone(context).release()));
   auto aggregate = aggregate_->CloneAs<TSQLExpressionAggregate>(context);
-  if (TmvCast<TSQLExpressionItem>(expression_.get()))
-    aggregate->Argument.Set(TmvOwned<TastNode>(static_cast<TastNode*>(expression_->Clone(context).release())));
-  else
-    aggregate->Argument.Reset();
+  aggregate->Argument.Reset();
+  // The argument in a list of one, as the parser gives it.
+  if (TmvCast<TSQLExpressionItem>(expression_.get())) {
+    auto arguments = TastCreate<TSQLExpressionsList>(context);
+    arguments->Items.Add(TmvOwned<TastNode>(static_cast<TastNode*>(expression_->Clone(context).release())));
+    aggregate->Argument.Set(std::move(arguments));
+  }
   return aggregate;
 }
 
@@ -390,6 +393,7 @@ void TmvSelectItem::SetAggregateString(const WideString& text) {
   if (!found) return;
   auto aggregate = TastCreate<TSQLExpressionAggregate>(SQLContext());
   aggregate->Name.Set(found->CloneAs<TSQLQualifiedName>(SQLContext()));
+  SQLContext()->AggregateNormalize(aggregate->Name.get());
   aggregate->Mode = mode;
   SetAggregate(aggregate.get());
 }
@@ -409,6 +413,7 @@ void TmvSelectItem::SetAggregateName(const WideString& name) {
   if (!found) return;
   auto aggregate = TastCreate<TSQLExpressionAggregate>(SQLContext());
   aggregate->Name.Set(found->CloneAs<TSQLQualifiedName>(SQLContext()));
+  SQLContext()->AggregateNormalize(aggregate->Name.get());
   aggregate->Mode = isPrefixed ? GetAggregatePrefix() : apNone;
   SetAggregate(aggregate.get());
 }

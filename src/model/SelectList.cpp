@@ -222,11 +222,16 @@ void TmvSelectList::FinalizeLoading() {
     auto* aggregate = TmvCast<TSQLExpressionAggregate>(row->Expression());
     const bool claimable = (row->GetConditionsCount() == 0 && row->ConditionsType() == ctNone) ||
                            row->ConditionsType() == ctHaving;
-    const bool oneArgument = aggregate && (!aggregate->Argument || TmvCast<TSQLExpressionItem>(aggregate->Argument.get()));
+    // The argument list of an aggregate as the parser makes it: none for Name(*).
+    auto* arguments = aggregate ? TmvCast<TastNodeWithList>(aggregate->Argument.get()) : nullptr;
+    const bool oneArgument =
+        aggregate && (!aggregate->Argument || (arguments && arguments->Items.Count() == 1 &&
+                                               TmvCast<TSQLExpressionItem>(arguments->Items.Item(0))));
     if (aggregate && !row->Grouping() && claimable && oneArgument && !row->aggregate_) {
       // The aggregate goes apart from what it aggregates; COUNT(*) keeps "*".
-      TmvOwned<TastNode> argument = aggregate->Argument.Release();
-      if (!argument) argument = TastCreate<TSQLSelectItemAllColumns>(SQLContext());
+      TmvOwned<TastNode> argument =
+          arguments ? arguments->Items.Extract(0) : TmvOwned<TastNode>(TastCreate<TSQLSelectItemAllColumns>(SQLContext()));
+      aggregate->Argument.Reset();
       TmvOwned<TastNode> node = std::move(row->expression_);
       row->aggregate_.reset(static_cast<TSQLExpressionAggregate*>(node.release()));
       row->expression_ = std::move(argument);

@@ -9,6 +9,7 @@
 #include "model/ModelMessages.h"
 #include "model/QueryTree.h"
 #include "model/SelectList.h"
+#include "model/SubSelectProxy.h"
 #include "tree/FromClause.h"
 #include "tree/SelectClauses.h"
 #include "tree/SelectStatement.h"
@@ -170,6 +171,8 @@ WideString TmvSubQuery::GetCaption() {
     caption = u"CTE: " + cteItem_->Name->Token;
   } else if (derivedTable_ && !derivedTable_->GetAlias().empty()) {
     caption = derivedTable_->GetAlias();
+  } else if (WideString alias = SelectItemCaption(); !alias.empty()) {
+    caption = alias;
   } else {
     caption = GetSql();
     caption = WideStringReplace(caption, u"SELECT ", u"SEL ", rfReplaceAll | rfIgnoreCase);
@@ -178,6 +181,22 @@ WideString TmvSubQuery::GetCaption() {
   }
   if (Host() && Host()->OnGetTabHeaderText) Host()->OnGetTabHeaderText(Host(), this, caption);
   return caption;
+}
+
+WideString TmvSubQuery::SelectItemCaption() const {
+  auto* row = TmvCast<TmvSelectItem>(parentSelectItem_);
+  if (!row || !row->IsSupportsAlias()) return {};
+  WideString alias = row->GetAliasString();
+  if (alias.empty()) return alias;
+  // Sub-queries that hang on one row are told apart by their place.
+  std::vector<const TmvSubQuery*> siblings;
+  for (TmvSubSelectStatementProxy* proxy : row->SubQueryProxies())
+    if (proxy->SubQuery() && proxy->SubQuery()->ParentSelectItem() == row) siblings.push_back(proxy->SubQuery());
+  if (siblings.size() >= 2) {
+    auto found = std::find(siblings.begin(), siblings.end(), this);
+    if (found != siblings.end()) alias += u"[" + IntToWide(found - siblings.begin() + 1) + u"]";
+  }
+  return alias;
 }
 
 void TmvSubQuery::UpdateCaption() {

@@ -3,6 +3,8 @@
 #include "metadata/MetadataField.h"
 #include "model/Datasources.h"
 #include "model/QueryTree.h"
+#include "model/SelectList.h"
+#include "tree/Expressions.h"
 #include "tree/FromClause.h"
 #include "tree/SelectClauses.h"
 
@@ -49,6 +51,8 @@ void TmvSubSelectStatementProxy::AfterConstruction() {
     subQuery_->SetKind(item, nullptr, nullptr);
   else if (TmvCast<TSQLFromQuery>(root) && TmvCast<TmvDatasourceQuery>(ownerObject_))
     subQuery_->SetKind(nullptr, static_cast<TmvDatasourceQuery*>(ownerObject_), nullptr);
+  else if (TmvCast<TSQLExpressionSelect>(root) && TmvCast<TmvSelectItem>(ownerObject_))
+    subQuery_->SetKind(nullptr, nullptr, ownerObject_);
 
   TmvUpdateScope update(subQuery_);
   subQuery_->OnUpdated().AddHandler(this, &TmvSubSelectStatementProxy::SubqueryChanged);
