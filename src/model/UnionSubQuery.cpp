@@ -151,7 +151,12 @@ WideString TmvUnionSubQuery::GetHavingClauseString() {
   return ClauseText([](TSQLSubQuerySelectExpression* s) { return s->Having.get(); });
 }
 WideString TmvUnionSubQuery::GetOrderByClauseString() {
-  return ClauseText([](TSQLSubQuerySelectExpression* s) { return s->OrderBy.get(); });
+  WideString text = ClauseText([](TSQLSubQuerySelectExpression* s) { return s->OrderBy.get(); });
+  // The rows' sort is the whole query's, and prints with it.
+  if (text.empty() && SQLContext())
+    if (TmvOwned<TSQLOrderByClause> clause = selectList_->GetOrderByClause())
+      text = clause->SimpleSQL(SQLContext()->SQLBuilderExpression());
+  return text;
 }
 
 // --- Moves of the page's controls ---

@@ -117,6 +117,7 @@ TEST_F(SelectListTest, PlainSettersChangeOneRow) {
   b->SetGrouping(true);
   a->SetAggregateName(u"MAX");
   EXPECT_EQ(Lower(Sql()), "select max(a), b from t group by b order by max(a), b desc");
+  EXPECT_EQ(Lower(U8(First()->GetOrderByClauseString())), "max(a), b desc");
   EXPECT_EQ(U8(b->GetSortOrderString()), "2");
   EXPECT_EQ(U8(b->GetSortTypeString()), "Descending");
   a->SetAggregateName(u"Max");  // the same name again takes it off
