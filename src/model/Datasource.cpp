@@ -11,6 +11,7 @@
 #include "model/Datasources.h"
 #include "model/ModelMessages.h"
 #include "model/QueryTree.h"
+#include "model/SelectList.h"
 #include "model/SubSelectProxy.h"
 #include "tree/Expressions.h"
 #include "tree/FromClause.h"
@@ -254,7 +255,7 @@ void TmvDatasource::CleanDeletedFields() {
         deleted.push_back(name);
   TSQLFromSource* source = FromSource();
   if (!deleted.empty() && UnionSubQuery() && source) {
-    UnionSubQuery()->DropKeptReferences([&](TastNodeBase* node) {
+    auto refers = [&](TastNodeBase* node) {
       TSQLObjectColumnList columns;
       node->GetReferencedColumnsRecursive(columns);
       return std::any_of(columns.begin(), columns.end(), [&](TSQLObjectColumn* column) {
@@ -262,7 +263,22 @@ void TmvDatasource::CleanDeletedFields() {
         const WideString& name = column->Token(0)->Token;
         return std::any_of(deleted.begin(), deleted.end(), [&](const WideString& d) { return WideSameText(d, name); });
       });
-    });
+    };
+    UnionSubQuery()->DropKeptReferences(refers);
+    // Rows of a vanished column go with their conditions; conditions of
+    // other rows that name one are emptied.
+    if (TmvSelectList* list = UnionSubQuery()->SelectList()) {
+      TmvUpdateScope update(list);
+      for (int i = list->Count() - 1; i >= 0; --i) {
+        TmvSelectItem* row = list->Items(i);
+        if (row->Expression() && refers(row->Expression())) {
+          list->Delete(i);
+          continue;
+        }
+        for (int c = 0; c < row->ConditionsListCount(); ++c)
+          if (row->Conditions(c) && refers(row->Conditions(c))) row->SetASTCondition(c, nullptr);
+      }
+    }
   }
   lastFields_ = std::move(present);
   hasLastFields_ = true;
@@ -297,29 +313,73 @@ bool TmvDatasource::IsFieldSelected(const TmvMetadataField* field) const {
 void TmvDatasource::UpdateChecks() {
   checkedFields_.clear();
   TSQLFromSource* node = FromSource();
-  TSQLSubQuerySelectExpression* select = UnionSubQuery() ? UnionSubQuery()->SelectAST() : nullptr;
-  TSQLSelectItems* items = select ? select->SelectItems.get() : nullptr;
+  TmvSelectList* list = UnionSubQuery() ? UnionSubQuery()->SelectList() : nullptr;
   TmvBaseSyntaxProvider* provider = SQLContext() ? SQLContext()->SyntaxProvider() : nullptr;
-  if (node && items && provider) {
+  if (node && list && provider) {
+    // The selected rows of this datasource: "table.*" checks the asterisk
+    // row, a column the field of its name.
     if (provider->IsSupportAllTableFieldsSelection() && !Host()->Options.HideAsteriskItem)
-      for (int i = 0; i < items->Items.Count(); ++i)
-        if (auto* all = TmvCast<TSQLSelectItemAllTableColumns>(items->Items.Item(i));
-            all && all->Object && all->Object->FromSource == node) {
+      for (int i = 0; i < list->Count(); ++i) {
+        TmvSelectItem* row = list->Items(i);
+        if (row->Select() && row->ExpressionFromSource() == node &&
+            TmvCast<TSQLSelectItemAllTableColumns>(row->Expression())) {
           checkedFields_.push_back(nullptr);
           break;
         }
+      }
     TmvMetadataFieldsList* fields = GetFields();
-    for (int i = 0; i < items->Items.Count(); ++i) {
-      auto* item = TmvCast<TSQLSelectItemExpression>(items->Items.Item(i));
-      auto* expression = item ? TmvCast<TSQLExpressionColumn>(item->Expression.get()) : nullptr;
-      TSQLObjectColumn* column = expression ? expression->Column.get() : nullptr;
-      if (!column || column->FromSource != node || !fields) continue;
-      const int index = provider->FindFieldInFieldsList(column, fields);
-      if (index >= 0 && !IsFieldSelected(fields->Items(index))) checkedFields_.push_back(fields->Items(index));
+    for (int f = 0; fields && f < fields->Count(); ++f) {
+      TmvMetadataField* field = fields->Items(f);
+      if (!field->Name()) continue;
+      for (int i = 0; i < list->Count(); ++i) {
+        TmvSelectItem* row = list->Items(i);
+        if (row->Select() && row->ExpressionFromSource() == node && row->ExpressionFieldName() &&
+            SQLContext()->CompareQualifiedNames(row->ExpressionFieldName(), field->Name()) == 0) {
+          checkedFields_.push_back(field);
+          break;
+        }
+      }
     }
   }
   if (auto* control = dynamic_cast<ImvDatasourceControl*>(GetControls(0))) control->UpdateChecksOnFields();
   UpdateCaption();
+}
+
+void TmvDatasource::CheckAllFields() {
+  TmvSelectList* list = UnionSubQuery() ? UnionSubQuery()->SelectList() : nullptr;
+  TmvMetadataFieldsList* fields = GetFields();
+  if (!list || !fields) return;
+  TmvUpdateScope update(list);
+  for (int i = 0; i < fields->Count(); ++i) {
+    const TSQLQualifiedName* name = fields->Items(i)->Name();
+    if (!name) continue;
+    TmvSelectItem* row = list->FindField(this, name);
+    if (!row) row = list->AddField(this, name);
+    if (row && row->IsCanSelect()) row->SetSelect(true);
+  }
+}
+
+void TmvDatasource::UncheckAllFields() {
+  TmvSelectList* list = UnionSubQuery() ? UnionSubQuery()->SelectList() : nullptr;
+  TmvMetadataFieldsList* fields = GetFields();
+  if (!list || !fields) return;
+  TmvUpdateScope update(list);
+  for (int i = 0; i < fields->Count(); ++i)
+    if (const TSQLQualifiedName* name = fields->Items(i)->Name()) list->RemoveFields(this, name);
+}
+
+void TmvDatasource::SetFieldChecked(TmvMetadataField* field, bool checked) {
+  TmvSelectList* list = UnionSubQuery() ? UnionSubQuery()->SelectList() : nullptr;
+  if (!list || (field && !field->Name())) return;
+  const TSQLQualifiedName* name = field ? field->Name() : nullptr;
+  TmvUpdateScope update(list);
+  if (!checked) {
+    list->RemoveFields(this, name);
+    return;
+  }
+  TmvSelectItem* row = list->FindField(this, name);
+  if (!row) row = list->AddField(this, name);
+  if (row && row->IsCanSelect() && !row->Select()) row->SetSelectUI(true);
 }
 
 // --- TmvDataSourceObject ---

@@ -104,6 +104,9 @@ void AutofitHeight(TmvDatasource* datasource) {
 
 TmvMenu TmvDatasource::GetPopupMenu(ImvControl*) {
   TmvMenu menu;
+  AddMenuItem(menu, mvQBCheckAll, [this] { CheckAllFields(); });
+  AddMenuItem(menu, mvQBUncheckAll, [this] { UncheckAllFields(); });
+  AddMenuItem(menu, u"-", nullptr);
   AddMenuItem(menu, mvQBRemove, [this] { RequestDestroy(); });
   AddMenuItem(menu, mvQBAftofitHeight, [this] { AutofitHeight(this); });
   AddLinkedObjectsMenu(menu);
@@ -112,6 +115,9 @@ TmvMenu TmvDatasource::GetPopupMenu(ImvControl*) {
 
 TmvMenu TmvDataSourceObject::GetPopupMenu(ImvControl*) {
   TmvMenu menu;
+  AddMenuItem(menu, mvQBCheckAll, [this] { CheckAllFields(); });
+  AddMenuItem(menu, mvQBUncheckAll, [this] { UncheckAllFields(); });
+  AddMenuItem(menu, u"-", nullptr);
   AddMenuItem(menu, mvQBRemove, [this] { RequestDestroy(); });
   if (TmvSubQuery* cte = CteSubQuery()) AddMenuItem(menu, mvQBDeleteCTE, [cte] { cte->RemoveCTEEvent(); });
   AddLinkedObjectsMenu(menu);
@@ -121,6 +127,9 @@ TmvMenu TmvDataSourceObject::GetPopupMenu(ImvControl*) {
 
 TmvMenu TmvDatasourceQuery::GetPopupMenu(ImvControl*) {
   TmvMenu menu;
+  AddMenuItem(menu, mvQBCheckAll, [this] { CheckAllFields(); });
+  AddMenuItem(menu, mvQBUncheckAll, [this] { UncheckAllFields(); });
+  AddMenuItem(menu, u"-", nullptr);
   AddMenuItem(menu, mvQBSwitchToDerivedTable, [this] {
     if (SubQuery() && Host()) Host()->SetActiveSubQuery(SubQuery());
   });

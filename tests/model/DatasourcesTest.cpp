@@ -177,13 +177,14 @@ TEST_F(ModelTest, MenusAreData) {
   mv::TmvMenu menu = mv::TmvCast<TmvDatasource>(First()->Datasources()->Items(0))->GetPopupMenu(nullptr);
   std::vector<std::string> keys;
   for (const auto& item : menu) keys.push_back(U8(item.Key));
-  EXPECT_EQ(keys, (std::vector<std::string>{"mvQBRemove", "mvQBAddLinkedObject", "mvQBAftofitHeight"}));
-  const mv::TmvMenuItem& linked = menu[1];
+  EXPECT_EQ(keys, (std::vector<std::string>{"mvQBCheckAll", "mvQBUncheckAll", "-", "mvQBRemove", "mvQBAddLinkedObject",
+                                            "mvQBAftofitHeight"}));
+  const mv::TmvMenuItem& linked = menu[4];
   ASSERT_EQ(linked.SubItems.size(), 1u);
   EXPECT_EQ(U8(linked.SubItems[0].Caption), "No linked objects");
   EXPECT_FALSE(linked.SubItems[0].Enabled);
   menu = mv::TmvCast<TmvDatasource>(First()->Datasources()->Items(1))->GetPopupMenu(nullptr);
-  menu[1].Action();  // mvQBRemove of the derived table
+  menu[4].Action();  // mvQBRemove of the derived table
   EXPECT_EQ(Sql(), "Select * From Orders");
 }
 
