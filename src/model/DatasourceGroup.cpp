@@ -197,8 +197,17 @@ TmvDatasource* TmvDatasourceGroup::FindDatasourceByMetadataObject(const TmvMetad
 }
 
 void TmvDatasourceGroup::NotifyReorderNeeded() {
-  reorderNeeded_ = true;
-  NotifySQLUpdated();
+  for (TmvDatasourceGroup* group = this; group; group = group->Group()) {
+    group->reorderNeeded_ = true;
+    group->NotifySQLUpdated();
+  }
+}
+
+void TmvDatasourceGroup::DoSQLUpdated() {
+  if (!reorderNeeded_) return;
+  ReorderDatasourcesInternal();
+  // What the reorder itself asked of this group is done with it.
+  reorderNeeded_ = false;
 }
 
 void TmvDatasourceGroup::SyntaxProviderChanged() {

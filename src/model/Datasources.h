@@ -140,6 +140,9 @@ class TmvDatasourceGroup : public TmvDatasourceBase {
   // Whether the FROM order breaks what the links ask; the reorder.
   bool IsReorderRequired() const;
   void ReorderDatasourcesInternal();
+  // The reorders that changed a FROM order since the program started (a
+  // measure for tests: one per group and update at most).
+  static int ReorderCount();
 
   // --- Links (owned) ---
   int LinksCount() const { return static_cast<int>(links_.size()); }
@@ -172,6 +175,8 @@ class TmvDatasourceGroup : public TmvDatasourceBase {
  protected:
   void Destroying() override;
   TmvOwned<TastNode> CreateResultAST() override;
+  // Runs the reorder that NotifyReorderNeeded asked for.
+  void DoSQLUpdated() override;
 
  private:
   friend class TmvLink;
