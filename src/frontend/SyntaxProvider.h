@@ -40,6 +40,11 @@ class TSQLExpressionFunction;
 class TSQLObjectColumn;
 class TSQLDatabaseObject;
 class TSQLSubSelectStatement;
+class TSQLSubQueryExpression;
+class TSQLSubQuerySelectExpression;
+class TSQLSelectItemExpression;
+class TSQLFromSource;
+class TSQLFromGroup;
 class TSQLQualifiedName;
 class TSQLIdentifiersCollection;
 class TastTokenIdentifier;
@@ -265,6 +270,48 @@ class TmvBaseSyntaxProvider : public TmvPersistent {
   // A new statement with the limit applied in the dialect's way. The base raises.
   virtual TmvOwned<TSQLSubSelectStatement> TransformQueryLimits(const TSQLSubSelectStatement* statement,
                                                                 WideStringView offset, WideStringView count) const;
+
+  // --- Query tools (metadata/SyntaxProviderQueryTools.cpp): what a limit,
+  // a result grid or a hidden column needs to put a statement one level down
+  // and still name its columns from outside. ---
+  // "Select * From (statement) q", taking the statement over. Its WITH clause
+  // and its ORDER BY move to the outer level, each column of the order bound
+  // to q under the name the statement gives it. Prepare the result before
+  // expanding its star.
+  TmvOwned<TSQLSubSelectStatement> WrapQuery(TmvOwned<TSQLSubSelectStatement> statement) const;
+  // In the first select of `expression`: "*" and "t.*" become a column per
+  // field of their sources (a star whose sources offer no known columns stays),
+  // and every item gets a name unique without regard to case: its alias, else
+  // its column name, else "Column1", "Column2"...; a clash appends the next
+  // number, and an item whose name changed, or that had none, gets it as alias.
+  // Returns the names in the order of the items.
+  std::vector<WideString> ExpandQueryColumns(TSQLSubQueryExpression* expression) const;
+  // The names of the first select's columns as they stand (the fields of the
+  // sources for a star); empty for an expression without alias.
+  std::vector<WideString> GetQueryColumnNames(const TSQLSubQueryExpression* expression) const;
+  // Whether two of those names are equal without regard to case.
+  bool IsQueryHaveDuplicatedColumnNames(const TSQLSubQueryExpression* expression) const;
+  // The sources of a FROM tree, nested groups depth first.
+  static std::vector<TSQLFromSource*> GetFromSources(const TSQLFromGroup* group);
+  // The names of the columns a source offers (virtual calculated fields left
+  // out), appended to `names`.
+  static void CollectFromSourceColumnNames(const TSQLFromSource* source, std::vector<WideString>& names);
+  // A select item per column of `source`, bound to it, inserted from `index`
+  // on; returns how many.
+  int SelectAllFromSourceFields(TSQLSubQuerySelectExpression* select, TSQLFromSource* source, int index) const;
+  // `name` when no entry of `names` equals it in upper case; else `name`
+  // with the first number from 1 that makes it so ("Column" for no name).
+  static WideString CreateUniqueColumnName(WideStringView name, const std::vector<WideString>& names);
+  // Gives the item a unique name among `names` (its alias when it had to
+  // change or was missing), appends it, and returns it.
+  WideString RenameSelectItemExpressionIfConflict(TSQLSelectItemExpression* item, std::vector<WideString>& names) const;
+  // The last part of a column (brackets around it stripped); empty for any
+  // other expression.
+  static WideString GetColumnNameFromExpression(const TSQLExpressionItem* expression);
+  // The alias (a string alias by its value), else the column name.
+  static WideString GetColumnNameSelectItemExpression(const TSQLSelectItemExpression* item);
+  // The alias WrapQuery gives the statement it wraps.
+  static constexpr const char16_t* kWrapQueryAlias = u"q";
 
   // --- Dates and times as SQL literals. ---
   virtual WideString GetDateString(TmvDateTime value) const;      // cast('yyyy-mm-dd' as date)

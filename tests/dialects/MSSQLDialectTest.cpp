@@ -223,8 +223,17 @@ TEST_F(MSSQLDialectTest, LimitTexts) {
       {svMSSQL2012, u"select a from t", u"10", u"5",
        "Select a From t Order By 'a' Offset 10 Rows Fetch First 5 Rows Only"},
       {svMSSQL2008, u"select a from t order by a", u"10", u"5",
-       "Select MVRowNumbered.a From (Select a, ROW_NUMBER() Over (Order By a) As RNColumn From t) MVRowNumbered "
-       "Where (MVRowNumbered.RNColumn > 10) And (MVRowNumbered.RNColumn <= 10 + 5)"},
+       "Select q.a From (Select a, ROW_NUMBER() Over (Order By a) As RNColumn From t) q "
+       "Where (q.RNColumn > 10) And (q.RNColumn <= 10 + 5) Order By q.a"},
+      {svMSSQL2005, u"select a x, b from t", u"10", u"",
+       "Select q.x, q.b From (Select a x, b, ROW_NUMBER() Over (Order By @@version) As RNColumn From t) q "
+       "Where (q.RNColumn > 10)"},
+      {svMSSQL2008, u"select a from t union select b from u order by 1", u"", u"5",
+       "Select Top 5 * From (Select a From t union Select b From u) q Order By 1"},
+      {svMSSQL2008, u"select a from t union select b from u order by a", u"10", u"5",
+       "Select q.a From (Select q.a, ROW_NUMBER() Over (Order By q.a) As RNColumn "
+       "From (Select a From t union Select b From u) q) q Where (q.RNColumn > 10) And (q.RNColumn <= 10 + 5) "
+       "Order By q.a"},
   };
   for (const Case& c : cases) {
     Use(c.version);

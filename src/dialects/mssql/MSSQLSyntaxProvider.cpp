@@ -69,42 +69,18 @@ bool ReadTop(const TSQLSubQuerySelectExpression* select, WideString& count) {
   return true;
 }
 
-// The name a select item gives its column in a derived table, or empty
-// when it has none (an expression without an alias, a star).
-WideString OutputName(const TastNode* item) {
-  auto* selected = TmvCast<TSQLSelectItemExpression>(item);
-  if (!selected) return {};
-  if (selected->Alias && selected->Alias->Name) return ServerText(selected->Alias->Name.get());
-  auto* column = TmvCast<TSQLExpressionColumn>(selected->Expression.get());
-  if (column && column->Column && column->Column->GetCount() > 0)
-    return ServerText(column->Column->GetItems(0));
-  return {};
-}
-
-// The output names of a select, "*" when any item has none.
-WideString OutputList(const TSQLSubQuerySelectExpression* select) {
-  WideString list;
-  if (!select || !select->SelectItems || select->SelectItems->GetCount() == 0) return u"*";
-  for (int i = 0; i < select->SelectItems->GetCount(); ++i) {
-    WideString name = OutputName(select->SelectItems->GetItems(i));
-    if (name.empty()) return u"*";
-    if (!list.empty()) list += u", ";
-    list += name;
+// The clone of a statement, prepared; a union or a group put one level
+// down first, its columns named so that the outer level can refer to them.
+TmvOwned<TSQLSubSelectStatement> CloneForLimits(const TmvBaseSyntaxProvider& provider,
+                                                const TSQLSubSelectStatement& statement) {
+  auto result = statement.CloneAs<TSQLSubSelectStatement>(statement.SQLContext());
+  result->PrepareAndFixupRecursive();
+  if (!OnlySelect(result.get())) {
+    provider.ExpandQueryColumns(result.get());
+    result = provider.WrapQuery(std::move(result));
+    result->PrepareAndFixupRecursive();
   }
-  return list;
-}
-
-// "Select <columns> From (<statement>) MVWrapped", the statement's own
-// ORDER BY carried to the outer level (a derived table may not have one).
-TmvOwned<TSQLSubSelectStatement> WrapQuery(TSQLSubSelectStatement& statement) {
-  TmvBaseSQLContext* context = statement.SQLContext();
-  WideString order;
-  if (statement.OrderBy) {
-    order = u" Order By " + ServerText(statement.OrderBy.get());
-    statement.OrderBy.Reset();
-  }
-  const WideString columns = OutputList(statement.FirstUnionSubQuery());
-  return context->ParseSubQuery(u"Select " + columns + u" From (" + ServerText(&statement) + u") MVWrapped" + order);
+  return result;
 }
 
 }  // namespace
@@ -251,9 +227,7 @@ TmvOwned<TSQLSubSelectStatement> TmvMSSQLSyntaxProvider::TransformQueryLimits(co
                                                                               WideStringView count) const {
   if (!statement) return nullptr;
   TmvBaseSQLContext* context = statement->SQLContext();
-  auto result = statement->CloneAs<TSQLSubSelectStatement>(context);
-  result->PrepareAndFixupRecursive();
-  if (!OnlySelect(result.get())) result = WrapQuery(*result);
+  auto result = CloneForLimits(*this, *statement);
   TSQLSubQuerySelectExpression* select = OnlySelect(result.get());
   auto* extender = MSSQLExtenderOf<TMSSQLSubQuerySelectExpressionExtender>(select);
   extender->Top.Reset();
@@ -265,16 +239,19 @@ TmvOwned<TSQLSubSelectStatement> TmvMSSQLSyntaxProvider::TransformQueryLimits(co
   if (!offsetText.empty()) {
     if (serverVersion_ == svMSSQL2005 || serverVersion_ == svMSSQL2008) {
       // Row numbers over the order of the query, counted on the outer level.
+      ExpandQueryColumns(select);
       TSQLOrderByClause* order = result->OrderBy ? result->OrderBy.get() : select->OrderBy.get();
-      const WideString orderText = order ? u"order by " + ServerText(order) : WideString(u"order by @@version");
-      const WideString columns = OutputList(select);
-      result->OrderBy.Reset();
-      select->OrderBy.Reset();
+      const WideString orderText =
+          order ? u"order by " + order->SimpleSQL(context->SQLBuilderExpression()) : WideString(u"order by @@version");
       select->SelectItems->Add(context->ParseSelectItem(u"ROW_NUMBER() OVER (" + orderText + u") as RNColumn"));
+      result = WrapQuery(std::move(result));
       WideString where = u"(RNColumn > " + offsetText + u")";
       if (!countText.empty()) where += u" And (RNColumn <= " + offsetText + u" + " + countText + u")";
-      result = context->ParseSubQuery(u"Select " + columns + u" From (" + ServerText(result.get()) +
-                                      u") MVRowNumbered Where " + where);
+      TSQLSubQuerySelectExpression* outer = OnlySelect(result.get());
+      outer->Where.Set(context->ParseLogicalExpression(where));
+      result->PrepareAndFixupRecursive();
+      ExpandQueryColumns(outer);
+      if (outer->SelectItems->GetCount() > 1) outer->SelectItems->Delete(outer->SelectItems->GetCount() - 1);
     } else {
       result->ResultOffset.Set(TastCreate<TSQLResultOffsetClause>(context));
       result->ResultOffset->Offset.Set(context->ParseExpression(offsetText));
@@ -362,9 +339,7 @@ TmvOwned<TSQLSubSelectStatement> TmvMSSQLCESyntaxProvider::TransformQueryLimits(
     const TSQLSubSelectStatement* statement, WideStringView, WideStringView count) const {
   if (!statement) return nullptr;
   TmvBaseSQLContext* context = statement->SQLContext();
-  auto result = statement->CloneAs<TSQLSubSelectStatement>(context);
-  result->PrepareAndFixupRecursive();
-  if (!OnlySelect(result.get())) result = WrapQuery(*result);
+  auto result = CloneForLimits(*this, *statement);
   auto* extender = MSSQLExtenderOf<TMSSQLSubQuerySelectExpressionExtender>(OnlySelect(result.get()));
   extender->Top.Reset();
   if (!count.empty()) {
