@@ -39,7 +39,7 @@ TmvOwned<TSQLFromSource> TmvDatasourceBase::TakeFromSource() {
 TmvOwned<TastNode> TmvDatasourceBase::CreateResultAST() {
   if (!fromSource_) return nullptr;
   auto source = fromSource_->CloneAs<TSQLFromSource>(SQLContext());
-  if (pendingJoinExpression_) source->JoinExpression.Set(pendingJoinExpression_->CloneAs<TSQLExpressionItem>(SQLContext()));
+  if (TmvOwned<TSQLExpressionItem> on = CreateJoinExpression()) source->JoinExpression.Set(std::move(on));
   return source;
 }
 

@@ -92,6 +92,8 @@ class TmvDatasourceBase : public TmvQueryBuilderControlOwner {
   // The node with its ON clause: the owned lpFrom links (or the pending
   // expression while no link is made of it).
   TmvOwned<TastNode> CreateResultAST() override;
+  // The AND of the owned lpFrom links' expressions, simplified; null for none.
+  TmvOwned<TSQLExpressionItem> CreateJoinExpression() const;
   TmvOwned<TSQLFromSource> TakeFromSource();
   void SetGroup(TmvDatasourceGroup* group) { group_ = group; }
 

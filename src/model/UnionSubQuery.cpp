@@ -51,6 +51,13 @@ void TmvUnionSubQuery::LoadFromAST(TmvOwned<TSQLSubQueryExpression> node) {
   selectList_->StartConditionsLoading();
   // Links from ON expressions and from WHERE come here, once every
   // datasource and row is in.
+  if (hasFrom) {
+    datasources_->LoadJoins();
+    if (select->Where) {
+      TmvOwned<TSQLExpressionItem> rest = datasources_->LoadWhereJoins(select->Where.Release());
+      if (rest) select->Where.Set(std::move(rest));
+    }
+  }
   selectList_->LoadGroupByListFromAST(select->GroupBy.Release());
   if (select->Where) selectList_->LoadConditionFromAST(select->Where.Release(), ctWhere);
   if (select->Having) selectList_->LoadConditionFromAST(select->Having.Release(), ctHaving);
@@ -77,7 +84,8 @@ TmvOwned<TastNode> TmvUnionSubQuery::CreateResultAST() {
       select->FromClause.Set(TmvOwned<TSQLFromClause>(clause));
     }
   }
-  select->Where.Set(selectList_->GetConditionTree({ctWhere}));
+  // Where-links print first in WHERE.
+  select->Where.Set(datasources_->AddWhereJoinConditions(selectList_->GetConditionTree({ctWhere})));
   select->GroupBy.Set(selectList_->GetGroupByTree());
   select->Having.Set(selectList_->GetConditionTree({ctHaving}));
   // The sort keys of the rows belong to the whole query, which prints them;

@@ -1,0 +1,323 @@
+// Links: ON clauses split into links and printed back, where-links taken
+// out of WHERE and printed first, outer sides in the three ways dialects
+// write them, the AddLink family, errors, and links going with datasources.
+#include <algorithm>
+#include <cctype>
+
+#include "ModelTestSupport.h"
+#include "Thrown.h"
+#include "model/Links.h"
+#include "model/ModelMessages.h"
+#include "tree/Expressions.h"
+#include "tree/FromClause.h"
+#include "tree/LogicalExpressions.h"
+
+namespace mvtest {
+namespace {
+
+using namespace mv;
+
+// The reference dialect with settable answers on joins.
+class TJoinsProvider : public TCapabilityProvider {
+ public:
+  bool ANSI = true, Oracle = false, TransactSQL = false;
+  bool IsSupportANSIJoins() const override { return ANSI; }
+  bool IsSupportOracleJoins() const override { return Oracle; }
+  bool IsSupportTransactSQLJoins() const override { return TransactSQL; }
+};
+
+std::string Lower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+  return text;
+}
+
+class LinksTest : public ModelTest {
+ protected:
+  LinksTest() { host->SetSyntaxProvider(&joins); }
+  ~LinksTest() override { host->SetSyntaxProvider(&provider); }
+
+ public:
+  TmvDatasourceGroup* From() const { return First()->Datasources(); }
+  TmvDatasource* Source(int index) const { return TmvCast<TmvDatasource>(From()->Items(index)); }
+  std::vector<TmvLink*> AllLinks() const {
+    std::vector<TmvLink*> links;
+    From()->GetLinksRecursive(links);
+    return links;
+  }
+  static std::string Name(TmvDatasourceBase* datasource) {
+    auto* source = TmvCast<TmvDatasource>(datasource);
+    return source ? U8(source->GetNameInQuery()) : datasource ? "(group)" : "-";
+  }
+  // One line per link: expression, place, simple or not, ends with their
+  // outer marks, owner.
+  std::vector<std::string> Links() const {
+    std::vector<std::string> lines;
+    for (TmvLink* link : AllLinks()) {
+      std::string line = U8(link->GetLinkExpressionString());
+      line += link->LinkPlace() == lpWhere ? " where" : " on";
+      if (link->IsSimple()) line += " simple";
+      line += " " + Name(link->LeftDatasource()) + (link->LeftType() == ltOuter ? "+" : "");
+      line += ">" + Name(link->RightDatasource()) + (link->RightType() == ltOuter ? "+" : "");
+      line += " @" + Name(link->JoinOwner());
+      lines.push_back(line);
+    }
+    return lines;
+  }
+  // A condition bound to the first SELECT, for hand-made marks.
+  TmvOwned<TSQLExpressionItem> Condition(const char16_t* text) {
+    TmvOwned<TSQLExpressionItem> expression = host->SQLContext()->ParseLogicalExpression(text);
+    std::vector<TSQLWithClauseItem*> cte;
+    std::vector<TSQLFromSource*> sources;
+    First()->GatherPrepareAndFixupContext(cte, sources, true);
+    expression->PrepareAndFixupRecursive(cte, sources);
+    return expression;
+  }
+
+ protected:
+  TJoinsProvider joins;
+};
+
+// --- Loading and printing back ---
+
+struct LoadCase {
+  const char* name;
+  const char* sql;
+  std::vector<std::string> links;
+  const char* printed = nullptr;  // null: the text comes back as it was
+  bool whereJoins = true;         // LoadJoinsFromWhereClause
+};
+
+class LoadTest : public LinksTest, public ::testing::WithParamInterface<LoadCase> {};
+
+TEST_P(LoadTest, MakesLinksAndPrintsBack) {
+  const LoadCase& c = GetParam();
+  host->Options.LoadJoinsFromWhereClause = c.whereJoins;
+  Load(c.sql);
+  EXPECT_EQ(Links(), c.links);
+  EXPECT_EQ(Lower(Sql()), Lower(c.printed ? c.printed : c.sql));
+}
+
+const LoadCase kLoadCases[] = {
+    {"InnerJoin", "SELECT * FROM a INNER JOIN b ON a.x = b.y", {"a.x = b.y on simple a>b @b"}},
+    {"LeftJoin", "SELECT * FROM a LEFT OUTER JOIN b ON a.x = b.y", {"a.x = b.y on simple a+>b @b"}},
+    {"RightJoin", "SELECT * FROM a RIGHT OUTER JOIN b ON b.y = a.x", {"b.y = a.x on simple a>b+ @b"}},
+    {"FullJoin", "SELECT * FROM a FULL OUTER JOIN b ON a.x = b.y", {"a.x = b.y on simple a+>b+ @b"}},
+    {"AndSplits",
+     "SELECT * FROM a INNER JOIN b ON a.x = b.y AND a.z = b.z",
+     {"a.x = b.y on simple a>b @b", "a.z = b.z on simple a>b @b"}},
+    {"NoMerging",
+     "SELECT * FROM a INNER JOIN b ON a.x = b.y AND a.x = b.y",
+     {"a.x = b.y on simple a>b @b", "a.x = b.y on simple a>b @b"}},
+    {"OrStaysWhole", "SELECT * FROM a INNER JOIN b ON a.x = b.y OR a.z = b.z", {"a.x = b.y Or a.z = b.z on a>b @b"}},
+    {"OneDatasourceIsNotSimple", "SELECT * FROM a INNER JOIN b ON a.x = a.y", {"a.x = a.y on a>b @b"}},
+    {"RestAfterTheSimpleLinks",
+     "SELECT * FROM a INNER JOIN b ON a.z > 1 AND a.x = b.y",
+     {"a.x = b.y on simple a>b @b", "a.z > 1 on a>b @b"},
+     "SELECT * FROM a INNER JOIN b ON a.x = b.y AND a.z > 1"},
+    {"NestedAnd",
+     "SELECT * FROM a INNER JOIN b ON a.x = b.y AND (a.z = b.z AND (a.w = 1 OR b.w = a.v))",
+     {"a.x = b.y on simple a>b @b", "a.z = b.z on simple a>b @b", "((a.w = 1 Or b.w = a.v)) on a>b @b"},
+     "SELECT * FROM a INNER JOIN b ON a.x = b.y AND a.z = b.z AND (a.w = 1 OR b.w = a.v)"},
+    // Any operand of two columns of the two sides makes a simple link, an OR too.
+    {"OrOfTwoColumnsInAnAnd",
+     "SELECT * FROM a INNER JOIN b ON a.x = b.y AND (a.w = 1 OR b.w = 2)",
+     {"a.x = b.y on simple a>b @b", "(a.w = 1 Or b.w = 2) on simple a>b @b"}},
+    {"Chain",
+     "SELECT * FROM a INNER JOIN b ON a.x = b.x LEFT OUTER JOIN c ON b.y = c.y",
+     {"a.x = b.x on simple a>b @b", "b.y = c.y on simple b+>c @c"}},
+    {"NestedGroup",
+     "SELECT * FROM a INNER JOIN (b INNER JOIN c ON b.x = c.x) ON a.x = b.x",
+     {"a.x = b.x on simple a>b @(group)", "b.x = c.x on simple b>c @c"}},
+    {"WhereLinkFirst",
+     "SELECT * FROM a, b WHERE a.x = b.y AND a.z = 1",
+     {"a.x = b.y where simple a>b @b"}},
+    {"WhereLinkMovesToTheFront",
+     "SELECT * FROM a, b WHERE a.z = 1 AND a.x = b.y",
+     {"a.x = b.y where simple a>b @b"},
+     "SELECT * FROM a, b WHERE a.x = b.y AND a.z = 1"},
+    {"WhereLinkAlone", "SELECT * FROM a, b WHERE a.x = b.y", {"a.x = b.y where simple a>b @b"}},
+    {"WhereOrIsNoLink", "SELECT * FROM a, b WHERE a.x = b.y OR a.z = 1", {}},
+    {"WhereSameSourceIsNoLink", "SELECT * FROM a, b WHERE a.x = a.y", {}},
+    {"WhereJoinsOff", "SELECT * FROM a, b WHERE a.x = b.y", {}, nullptr, false},
+    {"NoJoins", "SELECT * FROM a, b", {}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, LoadTest, ::testing::ValuesIn(kLoadCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// --- Outer sides of where-links ---
+
+struct SideCase {
+  const char* name;
+  bool oracle, transactSQL;
+  const char* mark;  // "a", "b": "(+)" on that side's column; "*=", "=*": the operator
+  const char* sides;
+};
+
+class WhereSideTest : public LinksTest, public ::testing::WithParamInterface<SideCase> {};
+
+TEST_P(WhereSideTest, MarksGiveTheOuterSide) {
+  const SideCase& c = GetParam();
+  joins.Oracle = c.oracle;
+  joins.TransactSQL = c.transactSQL;
+  Load("SELECT * FROM a, b");
+  TmvOwned<TSQLExpressionItem> expression = Condition(u"a.x = b.y");
+  auto* binary = ExpressionGetTompostBinaryOperator(expression.get());
+  const std::string mark = c.mark;
+  if (mark == "*=" || mark == "=*") binary->Operator->Text = U16(mark);
+  TSQLExpressionItem* side = mark == "a" ? binary->Expression.get() : mark == "b" ? binary->Right.get() : nullptr;
+  if (auto* column = TmvCast<TSQLExpressionColumn>(side)) column->Column->OuterJoinMark = true;
+  First()->AddLink(Source(0), Source(1), expression.get(), lpWhere);
+  ASSERT_EQ(AllLinks().size(), 1u);
+  TmvLink* link = AllLinks().front();
+  std::string sides = std::string(link->LeftType() == ltOuter ? "outer" : "inner") + "/" +
+                      (link->RightType() == ltOuter ? "outer" : "inner");
+  EXPECT_EQ(sides, c.sides);
+}
+
+const SideCase kSideCases[] = {
+    {"PlusOnRight", true, false, "b", "outer/inner"},
+    {"PlusOnLeft", true, false, "a", "inner/outer"},
+    {"StarEquals", false, true, "*=", "outer/inner"},
+    {"EqualsStar", false, true, "=*", "inner/outer"},
+    {"NoMark", true, true, "none", "inner/inner"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, WhereSideTest, ::testing::ValuesIn(kSideCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// --- Setting an outer side ---
+
+struct SetSideCase {
+  const char* name;
+  bool oracle, transactSQL;
+  const char* sql;  // with one where-link a.x = b.y
+  bool left, right;
+  const char* printed;
+  const char* sides;
+};
+
+class SetSideTest : public LinksTest, public ::testing::WithParamInterface<SetSideCase> {};
+
+TEST_P(SetSideTest, GoesIntoTheExpressionAsTheDialectWritesIt) {
+  const SetSideCase& c = GetParam();
+  joins.Oracle = c.oracle;
+  joins.TransactSQL = c.transactSQL;
+  Load(c.sql);
+  ASSERT_EQ(AllLinks().size(), 1u);
+  TmvLink* link = AllLinks().front();
+  link->SetLeftType(c.left ? ltOuter : ltInner);
+  link->SetRightType(c.right ? ltOuter : ltInner);
+  EXPECT_EQ(Lower(Sql()), Lower(c.printed));
+  std::string sides = std::string(link->LeftType() == ltOuter ? "outer" : "inner") + "/" +
+                      (link->RightType() == ltOuter ? "outer" : "inner");
+  EXPECT_EQ(sides, c.sides);
+}
+
+const SetSideCase kSetSideCases[] = {
+    {"OracleLeft", true, false, "SELECT * FROM a, b WHERE a.x = b.y", true, false,
+     "SELECT * FROM a, b WHERE a.x = b.y(+)", "outer/inner"},
+    {"OracleRight", true, false, "SELECT * FROM a, b WHERE a.x = b.y", false, true,
+     "SELECT * FROM a, b WHERE a.x(+) = b.y", "inner/outer"},
+    {"TransactSQLLeft", false, true, "SELECT * FROM a, b WHERE a.x = b.y", true, false,
+     "SELECT * FROM a, b WHERE a.x *= b.y", "outer/inner"},
+    {"TransactSQLRight", false, true, "SELECT * FROM a, b WHERE a.x = b.y", false, true,
+     "SELECT * FROM a, b WHERE a.x =* b.y", "inner/outer"},
+    {"NeitherFamilyStaysInner", false, false, "SELECT * FROM a, b WHERE a.x = b.y", true, false,
+     "SELECT * FROM a, b WHERE a.x = b.y", "inner/inner"},
+    {"AnsiGoesToTheJoinKind", false, false, "SELECT * FROM a INNER JOIN b ON a.x = b.y", true, false,
+     "SELECT * FROM a LEFT JOIN b ON a.x = b.y", "outer/inner"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, SetSideTest, ::testing::ValuesIn(kSetSideCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// --- Making links by program ---
+
+TEST_F(LinksTest, AddLinkPlacesByDialectAndOptionsAndIsFound) {
+  Load("SELECT * FROM a, b");
+  EXPECT_TRUE(First()->UseANSIJoins());
+  TmvLink* link = First()->AddLink(Source(0), u"x", u"y", Source(1));
+  ASSERT_NE(link, nullptr);
+  EXPECT_EQ(Links(), std::vector<std::string>{"a.x = b.y on simple a>b @b"});
+  EXPECT_EQ(First()->FindLink(Source(0), u"x", u"y", Source(1)), link);
+  EXPECT_EQ(First()->FindLink(Source(1), u"y", u"x", Source(0)), nullptr);
+  EXPECT_TRUE(First()->HaveAnsiJoins());
+  EXPECT_FALSE(First()->HaveWhereJoins());
+
+  host->Options.CreateWhereJoinsByDefault = true;
+  Load("SELECT * FROM a, b");
+  EXPECT_FALSE(First()->UseANSIJoins());
+  First()->AddLink(Source(0), Source(1), u"a.z = b.z");
+  EXPECT_EQ(Lower(Sql()), "select * from a, b where a.z = b.z");
+  joins.ANSI = false;
+  host->Options.CreateWhereJoinsByDefault = false;
+  EXPECT_FALSE(First()->UseANSIJoins());
+}
+
+TEST_F(LinksTest, AddLinksFromExpressionSplitsUnderTheLaterDatasource) {
+  Load("SELECT * FROM a INNER JOIN b ON a.x = b.x");
+  std::vector<TmvLink*> made = First()->AddLinksFromExpression(Source(1), Source(0), u"a.y = b.y AND a.z > b.z + 1");
+  EXPECT_EQ(made.size(), 2u);
+  EXPECT_EQ(Lower(Sql()), "select * from a inner join b on a.x = b.x and a.y = b.y and a.z > b.z + 1");
+}
+
+struct ErrorCase {
+  const char* name;
+  std::function<void(LinksTest&)> action;
+  const char* message;  // null: a list index error
+};
+
+class LinkErrors : public LinksTest, public ::testing::WithParamInterface<ErrorCase> {};
+
+TEST_P(LinkErrors, RaiseAndMakeNothing) {
+  const ErrorCase& c = GetParam();
+  Load("SELECT * FROM a, b");
+  if (c.message) {
+    EXPECT_EQ(U8(ThrownMessage([&] { c.action(*this); })), c.message);
+  } else {
+    EXPECT_THROW(c.action(*this), EListError);
+  }
+  EXPECT_TRUE(AllLinks().empty());
+  EXPECT_EQ(Lower(Sql()), "select * from a, b");
+}
+
+const ErrorCase kErrorCases[] = {
+    {"FirstDatasource",
+     [](LinksTest& t) { t.Source(0)->AddLinksFromExpression(t.Condition(u"a.x = b.y")); },
+     "Links cannot be added to the first datasource of the group"},
+    {"BadFieldName", [](LinksTest& t) { t.First()->AddLink(t.Source(0), u"x\"y", u"y", t.Source(1)); },
+     "Invalid field name: x\"y"},
+    {"BadExpression", [](LinksTest& t) { t.First()->AddLink(t.Source(0), t.Source(1), u"a.x = "); },
+     "\"a.x = \" is not valid expression"},
+    {"OneDatasource", [](LinksTest& t) { t.First()->AddLink(t.Source(0), t.Source(1), u"a.x = a.y"); }, nullptr},
+    {"NoDatasource", [](LinksTest& t) { t.First()->AddLink(t.Source(0), t.Source(1), u"1 = 1"); }, nullptr},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, LinkErrors, ::testing::ValuesIn(kErrorCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// --- Datasources going ---
+
+TEST_F(LinksTest, ADatasourceTakesItsLinksAlong) {
+  Load("SELECT * FROM a INNER JOIN b ON a.x = b.x INNER JOIN c ON b.y = c.y AND a.z = 1");
+  ASSERT_EQ(AllLinks().size(), 3u);
+  ASSERT_TRUE(From()->Remove(Source(2)));
+  EXPECT_EQ(Links(), std::vector<std::string>{"a.x = b.x on simple a>b @b"});
+  EXPECT_EQ(Lower(Sql()), "select * from a inner join b on a.x = b.x");
+  // With two entries left, a link goes with either.
+  ASSERT_TRUE(From()->Remove(Source(1)));
+  EXPECT_TRUE(AllLinks().empty());
+  EXPECT_EQ(Lower(Sql()), "select * from a");
+}
+
+TEST_F(LinksTest, SubSelectsInALinkBelongToTheLink) {
+  Load("SELECT * FROM a INNER JOIN b ON a.x = b.x AND b.y IN (SELECT y FROM c)");
+  std::vector<TmvLink*> links = AllLinks();
+  ASSERT_EQ(links.size(), 2u);
+  EXPECT_EQ(links[1]->SubQueryProxies().size(), 1u);
+  EXPECT_EQ(Lower(Sql()), "select * from a inner join b on a.x = b.x and b.y in (select y from c)");
+}
+
+}  // namespace
+}  // namespace mvtest
