@@ -232,6 +232,47 @@ const SetSideCase kSetSideCases[] = {
 INSTANTIATE_TEST_SUITE_P(Cases, SetSideTest, ::testing::ValuesIn(kSetSideCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// --- Join kinds ---
+
+struct JoinKindCase {
+  const char* name;
+  const char* sql;
+  const TastNodeClass* kind;  // set on the second entry; null: a comma
+  bool rightJoins;
+  std::vector<std::string> links;
+  const char* printed;
+};
+
+class JoinKindTest : public LinksTest, public ::testing::WithParamInterface<JoinKindCase> {};
+
+TEST_P(JoinKindTest, SidesFollowTheKind) {
+  const JoinKindCase& c = GetParam();
+  joins.RightJoin = c.rightJoins;
+  Load(c.sql);
+  From()->Items(1)->SetJoinKindClass(c.kind);
+  EXPECT_EQ(Links(), c.links);
+  EXPECT_EQ(Lower(Sql()), Lower(c.printed));
+}
+
+const char* const kJoined = "SELECT * FROM a INNER JOIN b ON a.x = b.y";
+
+const JoinKindCase kJoinKindCases[] = {
+    {"Left", kJoined, &TSQLJoinKindLeft::StaticClass(), true, {"a.x = b.y on simple a+>b @b"},
+     "SELECT * FROM a LEFT JOIN b ON a.x = b.y"},
+    {"Right", kJoined, &TSQLJoinKindRight::StaticClass(), true, {"a.x = b.y on simple a>b+ @b"},
+     "SELECT * FROM a RIGHT JOIN b ON a.x = b.y"},
+    {"Full", kJoined, &TSQLJoinKindFull::StaticClass(), true, {"a.x = b.y on simple a+>b+ @b"},
+     "SELECT * FROM a FULL JOIN b ON a.x = b.y"},
+    {"BackToInner", "SELECT * FROM a LEFT OUTER JOIN b ON a.x = b.y", &TSQLJoinKindInner::StaticClass(), true,
+     {"a.x = b.y on simple a>b @b"}, "SELECT * FROM a INNER JOIN b ON a.x = b.y"},
+    // Without right joins the entry moves in front of its partner and the link turns round.
+    {"RightBecomesLeft", kJoined, &TSQLJoinKindRight::StaticClass(), false, {"a.x = b.y on simple b+>a @a"},
+     "SELECT * FROM b LEFT JOIN a ON a.x = b.y"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, JoinKindTest, ::testing::ValuesIn(kJoinKindCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
 // --- Making links by program ---
 
 TEST_F(LinksTest, AddLinkPlacesByDialectAndOptionsAndIsFound) {
@@ -309,6 +350,23 @@ TEST_F(LinksTest, ADatasourceTakesItsLinksAlong) {
   ASSERT_TRUE(From()->Remove(Source(1)));
   EXPECT_TRUE(AllLinks().empty());
   EXPECT_EQ(Lower(Sql()), "select * from a");
+}
+
+TEST_F(LinksTest, ANewTextTakesTheOldLinksAlong) {
+  Load("SELECT * FROM a INNER JOIN (b INNER JOIN c ON 1 = 1) ON a.x = b.x");
+  ASSERT_EQ(AllLinks().size(), 2u);
+  Load("SELECT * FROM x");
+  EXPECT_TRUE(AllLinks().empty());
+}
+
+TEST_F(LinksTest, ALinkFollowsItsDatasourceIntoADerivedTable) {
+  Load("SELECT * FROM a INNER JOIN b ON a.x = b.x");
+  TmvDatasourceQuery* derived = First()->ConvertDatasourceToDerivedTable(Source(1));
+  ASSERT_NE(derived, nullptr);
+  std::vector<TmvLink*> links = AllLinks();
+  ASSERT_EQ(links.size(), 1u);
+  EXPECT_EQ(links[0]->RightDatasource(), derived);
+  EXPECT_EQ(links[0]->JoinOwner(), derived);
 }
 
 TEST_F(LinksTest, SubSelectsInALinkBelongToTheLink) {
