@@ -2,7 +2,9 @@
 
 #include "MSSQLPars.h"
 #include "MSSQLScan.h"
+#include "dialects/mssql/MSSQLCatalog.h"
 #include "dialects/mssql/MSSQLNodes.h"
+#include "metadata/MetadataProvider.h"
 #include "frontend/KeywordResources.h"
 #include "frontend/Parser.h"
 #include "frontend/SQLContext.h"
@@ -208,6 +210,58 @@ void TmvMSSQLSyntaxProvider::GetDefaultSchemaNames(TmvBaseSQLContext* context, T
   if (!defaultSchema_.empty() && !names.ContainsSameIdStr(defaultSchema_)) names.AddIdentifier(defaultSchema_);
 }
 
+// --- The server's catalog ---
+
+int TmvMSSQLSyntaxProvider::ServerMajor() const { return serverVersion_ == svMSSQLAuto ? 12 : serverVersion_ + 6; }
+
+void TmvMSSQLSyntaxProvider::DetectServerVersionIfNeeded(TmvBaseSQLContext* context) {
+  if (GetDetectServerVersion() && context && context->MetadataProvider())
+    DoDetectServerVersion(context->MetadataProvider(), nullptr);
+}
+
+TmvSyntaxSupportConectedServer TmvMSSQLSyntaxProvider::IsSupportConnectedServer(
+    TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) const {
+  const TmvSyntaxSupportConectedServer answer =
+      IsConnectedServerIsMSSQL(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+  return answer == scsDontKnow ? TmvMatrixSyntaxProvider::IsSupportConnectedServer(metadataProvider, owner) : answer;
+}
+
+void TmvMSSQLSyntaxProvider::DoDetectServerVersion(TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) {
+  TmvMatrixSyntaxProvider::DoDetectServerVersion(metadataProvider, owner);
+  SetServerVersionFromMajor(
+      ReadServerVersionMSSQL(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr));
+}
+
+void TmvMSSQLSyntaxProvider::GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                              std::vector<WideString>& list) {
+  DetectServerVersionIfNeeded(context);
+  if (!GetDatabasesListMSSQL(context, connection, ServerMajor(), list))
+    TmvMatrixSyntaxProvider::GetDatabasesList(context, connection, list);
+}
+
+void TmvMSSQLSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                            std::vector<WideString>& list, const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  if (!GetSchemasListMSSQL(context, connection, ServerMajor(), database, list))
+    TmvMatrixSyntaxProvider::GetSchemasList(context, connection, list, database);
+}
+
+void TmvMSSQLSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                 TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                 const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  if (!LoadMetadataObjectsMSSQL(context, connection, ServerMajor(), container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvMSSQLSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                   TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                   const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  if (!LoadMetadataRelationsMSSQL(context, connection, ServerMajor(), container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
+
 // --- Limits ---
 
 bool TmvMSSQLSyntaxProvider::GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset,
@@ -326,6 +380,31 @@ WideString TmvMSSQLSyntaxProvider::GetDateTime(const TSQLExpressionItem* express
 // --- Compact Edition ---
 
 TmvMSSQLCESyntaxProvider::TmvMSSQLCESyntaxProvider() : TmvMSSQLSyntaxProvider("TmvMSSQLCESyntaxProvider") {}
+
+TmvSyntaxSupportConectedServer TmvMSSQLCESyntaxProvider::IsSupportConnectedServer(
+    TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) const {
+  const TmvSyntaxSupportConectedServer answer = IsConnectedServerIsMSSQLCompact(
+      metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+  return answer == scsDontKnow ? TmvMSSQLSyntaxProvider::IsSupportConnectedServer(metadataProvider, owner) : answer;
+}
+
+void TmvMSSQLCESyntaxProvider::DoDetectServerVersion(TmvBaseMetadataProvider*, TmvObject*) {
+  SetServerVersion(svMSSQLAuto);
+}
+
+void TmvMSSQLCESyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                   TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                   const TSQLQualifiedName* database) {
+  if (!LoadMetadataObjectsMSSQLCompact(context, connection, container, filter))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvMSSQLCESyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                     TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                     const TSQLQualifiedName* database) {
+  if (!LoadMetadataRelationsMSSQLCompact(context, connection, container, filter))
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
 
 bool TmvMSSQLCESyntaxProvider::GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset,
                                               WideString& count) const {

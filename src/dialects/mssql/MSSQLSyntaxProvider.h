@@ -63,6 +63,21 @@ class TmvMSSQLSyntaxProvider : public TmvMatrixSyntaxProvider {
   TmvOwned<TSQLSubSelectStatement> TransformQueryLimits(const TSQLSubSelectStatement* statement,
                                                         WideStringView offset, WideStringView count) const override;
 
+  // --- The server's catalog (MSSQLCatalog.h); each load first reads the
+  // version when DetectServerVersion is on, and falls back on the metadata
+  // provider when the catalog gives no answer. ---
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  // The base, then the version the server reports.
+  void DoDetectServerVersion(TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) override;
+  void GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list) override;
+  void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
+                      const TSQLQualifiedName* database) override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+
   WideString GetDateString(TmvDateTime value) const override;
   WideString GetTimeString(TmvDateTime value) const override;
   WideString GetDateTimeString(TmvDateTime value) const override;
@@ -76,6 +91,10 @@ class TmvMSSQLSyntaxProvider : public TmvMatrixSyntaxProvider {
  protected:
   explicit TmvMSSQLSyntaxProvider(std::string_view className);
   void RegisterExtenders();
+  // Reads the version first when DetectServerVersion is on.
+  void DetectServerVersionIfNeeded(TmvBaseSQLContext* context);
+  // The major version number of ServerVersion (12 while it is detected).
+  int ServerMajor() const;
 
  private:
   TmvQBServerVersionMSSQL serverVersion_ = svMSSQLAuto;
@@ -88,6 +107,16 @@ class TmvMSSQLCESyntaxProvider : public TmvMSSQLSyntaxProvider {
   TmvMSSQLCESyntaxProvider();
 
   bool CanDetectServerVersion() const override { return false; }
+  // The compact edition's probe; on scsDontKnow the server's.
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  // Sets svMSSQLAuto only.
+  void DoDetectServerVersion(TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) override;
+  // Tables and foreign keys of INFORMATION_SCHEMA, without schemas.
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
   // The top count only.
   bool GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset, WideString& count) const override;
   // A TOP of the count; an offset is not applied.

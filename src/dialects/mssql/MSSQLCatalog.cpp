@@ -1,0 +1,267 @@
+#include "dialects/mssql/MSSQLCatalog.h"
+
+#include "dialects/mssql/MSSQLCatalogQueries.h"
+#include "frontend/SQLContext.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataProvider.h"
+#include "metadata/fetchers/NamesFetchers.h"
+#include "metadata/fetchers/ObjectsFetcher.h"
+#include "metadata/fetchers/RelationsFetcher.h"
+#include "support/Exceptions.h"
+#include "support/WideFormat.h"
+#include "tree/QualifiedNamesList.h"
+#include "tree/Tokens.h"
+
+namespace mv {
+
+const char16_t* const kMSSQLCompactObjectsQuery = u"select TABLE_NAME, TABLE_TYPE from INFORMATION_SCHEMA.TABLES";
+const char16_t* const kMSSQLCompactRelationsQuery =
+    u"select pf.TABLE_NAME as PK_TABLE_NAME, pf.COLUMN_NAME as PK_FIELD_NAME, ff.TABLE_NAME as FK_TABLE_NAME, "
+    u"ff.COLUMN_NAME as FK_FIELD_NAME, pf.ORDINAL_POSITION as ORDINAL from "
+    u"INFORMATION_SCHEMA.REFERENTIAL_CONSTRAINTS rc inner join INFORMATION_SCHEMA.KEY_COLUMN_USAGE ff on "
+    u"rc.CONSTRAINT_NAME = ff.CONSTRAINT_NAME inner join INFORMATION_SCHEMA.KEY_COLUMN_USAGE pf on "
+    u"rc.UNIQUE_CONSTRAINT_NAME = pf.CONSTRAINT_NAME and ff.ORDINAL_POSITION = pf.ORDINAL_POSITION order by "
+    u"pf.TABLE_NAME, ff.TABLE_NAME, pf.ORDINAL_POSITION";
+
+namespace {
+
+constexpr const char16_t* kObjectsFromInformationSchema =
+    u"select cast(TABLE_SCHEMA as varchar(255)) as TABLE_OWNER, cast(TABLE_NAME as varchar(255)) as TABLE_NAME, "
+    u"cast(TABLE_TYPE as varchar(255)) as TABLE_TYPE from %sINFORMATION_SCHEMA.TABLES";
+
+// The metadata provider of the context when it can run SQL; null otherwise.
+TmvBaseMetadataProvider* SqlProvider(TmvBaseSQLContext* context) {
+  TmvBaseMetadataProvider* provider = context ? context->MetadataProvider() : nullptr;
+  return provider && provider->GetCanExecSQL() ? provider : nullptr;
+}
+
+// The text of `column` in the first row of `sql`; empty when there is none.
+WideString FirstValue(TmvBaseMetadataProvider& provider, TmvConnection* connection, WideStringView sql,
+                      WideStringView column) {
+  auto dataset = provider.ExecSQLDatasetUR(connection, sql, nullptr);
+  if (!dataset || dataset->Eof()) return {};
+  TmvField* field = column.empty() ? nullptr : dataset->FindField(column);
+  return field ? field->AsWideString() : WideString();
+}
+
+// The prefix a database gives the catalog queries: none for no database or
+// the connected one (asked of the server again for each load).
+WideString DatabaseOf(TmvBaseMetadataProvider& provider, TmvConnection* connection,
+                      const TSQLQualifiedName* database) {
+  if (!database || database->GetCount() == 0) return {};
+  const WideString name = database->Token(0)->Token;
+  WideString current;
+  try {
+    current = FirstValue(provider, connection, kMSSQLDefaultDatabaseQuery, u"CATALOG_NAME");
+  } catch (const EmvQueryBuilderError&) {
+  }
+  return WideUpperCase(current) == WideUpperCase(name) ? WideString() : name;
+}
+
+// The settings objects of sp_tables and INFORMATION_SCHEMA share.
+void ReadTablesAndViews(TmvMetadataObjectFetcherFromQuery& fetcher, TmvBaseSQLContext* context) {
+  fetcher.SchemaFieldName = u"TABLE_OWNER";
+  fetcher.NameFieldName = u"TABLE_NAME";
+  fetcher.TypeFieldName = u"TABLE_TYPE";
+  fetcher.UserTableTypeValue = TmvVariantArray{u"TABLE", u"BASE TABLE"};
+  fetcher.SystemTableTypeValue = u"SYSTEM TABLE";
+  fetcher.UserViewTypeValue = u"VIEW";
+  fetcher.SystemViewTypeValue = u"SYSTEM VIEW";
+  auto system = TastCreate<TSQLIdentifiersCollection>(context);
+  system->AddIdentifier(u"sys");
+  system->AddIdentifier(u"INFORMATION_SCHEMA");
+  fetcher.SetSystemSchemaNames(system.get());
+}
+
+// Runs the fetcher's statement; true when it opened and its rows were read.
+bool TryLoad(TmvMetadataObjectFetcherFromQuery& fetcher, TmvMetadataContainer* container,
+             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) {
+  try {
+    fetcher.SetFilter(filter);
+    fetcher.CreateDataset();
+  } catch (const EmvQueryBuilderError&) {
+    return false;
+  }
+  fetcher.LoadMetadata(container, filter, database);
+  return true;
+}
+
+}  // namespace
+
+TmvSyntaxSupportConectedServer IsConnectedServerIsMSSQL(TmvBaseMetadataProvider* provider,
+                                                        TmvConnection* connection) {
+  if (!provider || !provider->GetCanExecSQL()) return scsDontKnow;
+  try {
+    const WideString value = FirstValue(*provider, connection, kMSSQLProbeQuery, u"attribute_value");
+    return WideUpperCase(value) == WideUpperCase(u"Microsoft SQL Server") ? scsSupport : scsNotSupport;
+  } catch (const EmvQueryBuilderError&) {
+    return scsNotSupport;
+  }
+}
+
+TmvSyntaxSupportConectedServer IsConnectedServerIsMSSQLCompact(TmvBaseMetadataProvider* provider,
+                                                               TmvConnection* connection) {
+  if (!provider || !provider->GetCanExecSQL()) return scsDontKnow;
+  try {
+    provider->ExecSQLDatasetUR(connection, kMSSQLCompactProbeQuery, nullptr);
+    return scsSupport;
+  } catch (const EmvQueryBuilderError&) {
+    return scsNotSupport;
+  }
+}
+
+int ReadServerVersionMSSQL(TmvBaseMetadataProvider* provider, TmvConnection* connection) {
+  if (!provider || !provider->GetCanExecSQL()) return CalcServerVersionMSSQL(0, false);
+  try {
+    const WideString value = FirstValue(*provider, connection, kMSSQLVersionQuery, u"VersionMajor");
+    int major = 0;
+    const bool read = TryStrToInt(value, major);
+    return CalcServerVersionMSSQL(major, read);
+  } catch (const EmvQueryBuilderError&) {
+    return CalcServerVersionMSSQL(0, false);
+  }
+}
+
+bool GetDatabasesListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
+                           std::vector<WideString>& list) {
+  if (!SqlProvider(context)) return false;
+  TmvMetadataDatabasesFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = MSSQLDatabasesQuery(major);
+  fetcher.NameFieldName = u"DATABASE_NAME";
+  TSQLQualifiedNamesList names(context, true);
+  try {
+    fetcher.CreateDataset();
+  } catch (const EmvQueryBuilderError&) {
+    return false;
+  }
+  fetcher.LoadDatabases(names);
+  list.clear();
+  for (int i = 0; i < names.Count(); ++i) list.push_back(names.Items(i)->GetQualifiedNameWithoutQuotes());
+  return true;
+}
+
+bool GetSchemasListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
+                         const TSQLQualifiedName* database, std::vector<WideString>& list) {
+  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  if (!provider) return false;
+  TmvMetadataSchemasFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = MSSQLSchemasQuery(major, DatabaseOf(*provider, connection, database));
+  fetcher.NameFieldName = u"NAME";
+  auto schemas = TastCreate<TSQLIdentifiersCollection>(context);
+  try {
+    fetcher.CreateDataset();
+  } catch (const EmvQueryBuilderError&) {
+    return false;
+  }
+  fetcher.LoadSchemas(*schemas);
+  list.clear();
+  for (int i = 0; i < schemas->GetCount(); ++i) list.push_back(schemas->Identifier(i)->Token);
+  return true;
+}
+
+bool LoadMetadataObjectsMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
+                              TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                              const TSQLQualifiedName* database) {
+  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  if (!provider || !container) return false;
+  // A linked server and one of its catalogs.
+  if (database && database->GetCount() == 2) {
+    TmvMetadataObjectFetcherFromQuery fetcher(context, connection);
+    fetcher.SQL = MSSQLLinkedServerTablesQuery(database->Token(1)->Token, database->Token(0)->Token);
+    ReadTablesAndViews(fetcher, context);
+    fetcher.SchemaFieldName = u"TABLE_SCHEM";
+    return TryLoad(fetcher, container, filter, database);
+  }
+  const WideString other = DatabaseOf(*provider, connection, database);
+  if (major >= 9) {
+    TmvMetadataObjectFetcherFromQuery fetcher(context, connection);
+    fetcher.SQL = MSSQLObjectsQuery(major, other);
+    fetcher.SchemaFieldName = u"TABLE_OWNER";
+    fetcher.NameFieldName = u"TABLE_NAME";
+    fetcher.TypeFieldName = u"TABLE_TYPE";
+    fetcher.SystemFieldName = u"SYSTEM";
+    fetcher.SystemFlagValue = TmvVariantArray{1, true};
+    fetcher.ShortDescriptionFieldName = u"DESCRIPTION";
+    fetcher.ReferencedFullNameFieldName = u"REFERENCED_OBJECT_NAME";
+    fetcher.UserTableTypeValue = TmvVariantArray{u"U", u"S"};
+    fetcher.UserViewTypeValue = u"V";
+    fetcher.UserSynonymTypeValue = u"SN";
+    fetcher.UserProcedureTypeValue = TmvVariantArray{u"IF", u"TF"};
+    if (TryLoad(fetcher, container, filter, database)) return true;
+  } else {
+    TmvMetadataObjectFetcherFromQuery fetcher(context, connection);
+    fetcher.SQL = MSSQLObjectsQuery(major, other);
+    ReadTablesAndViews(fetcher, context);
+    if (TryLoad(fetcher, container, filter, database)) return true;
+  }
+  // sp_tables as a plain statement, then the standard views.
+  TmvMetadataObjectFetcherFromQuery plain(context, connection);
+  plain.SQL = MSSQLDatabasePrefix(other) + u"dbo.sp_tables";
+  ReadTablesAndViews(plain, context);
+  if (TryLoad(plain, container, filter, database)) return true;
+  TmvMetadataObjectFetcherFromQuery standard(context, connection);
+  standard.SQL = WideFormat(kObjectsFromInformationSchema, {MSSQLDatabasePrefix(other)});
+  ReadTablesAndViews(standard, context);
+  return TryLoad(standard, container, filter, database);
+}
+
+namespace {
+
+bool LoadRelations(TmvBaseSQLContext* context, TmvConnection* connection, WideStringView sql, bool withSchemas,
+                   TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                   const TSQLQualifiedName* database) {
+  TmvMetadataRelationsFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = WideString(sql);
+  if (withSchemas) {
+    fetcher.PrimaryDatabaseFieldName = u"PK_TABLE_DATABASE";
+    fetcher.PrimarySchemaFieldName = u"PK_SCHEMA_NAME";
+    fetcher.ChildDatabaseFieldName = u"FK_TABLE_DATABASE";
+    fetcher.ChildSchemaFieldName = u"FK_SCHEMA_NAME";
+  }
+  fetcher.PrimaryNameFieldName = u"PK_TABLE_NAME";
+  fetcher.PrimaryFieldFieldName = u"PK_FIELD_NAME";
+  fetcher.ChildNameFieldName = u"FK_TABLE_NAME";
+  fetcher.ChildFieldFieldName = u"FK_FIELD_NAME";
+  fetcher.KeySequenceFieldName = u"ORDINAL";
+  try {
+    fetcher.CreateDataset();
+  } catch (const EmvQueryBuilderError&) {
+    return false;
+  }
+  fetcher.LoadMetadata(container, filter, database);
+  return true;
+}
+
+}  // namespace
+
+bool LoadMetadataRelationsMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
+                                TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                const TSQLQualifiedName* database) {
+  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  if (!provider || !container) return false;
+  const WideString other = DatabaseOf(*provider, connection, database);
+  return LoadRelations(context, connection, MSSQLRelationsQuery(major, other), true, container, filter, database);
+}
+
+bool LoadMetadataObjectsMSSQLCompact(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataContainer* container, const TmvMetadataFilter* filter) {
+  if (!SqlProvider(context) || !container) return false;
+  TmvMetadataObjectFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = kMSSQLCompactObjectsQuery;
+  fetcher.NameFieldName = u"TABLE_NAME";
+  fetcher.TypeFieldName = u"TABLE_TYPE";
+  fetcher.UserTableTypeValue = TmvVariantArray{u"TABLE", u"BASE TABLE"};
+  fetcher.SystemTableTypeValue = u"SYSTEM TABLE";
+  auto system = TastCreate<TSQLIdentifiersCollection>(context);
+  system->AddIdentifier(u"INFORMATION_SCHEMA");
+  fetcher.SetSystemSchemaNames(system.get());
+  return TryLoad(fetcher, container, filter, nullptr);
+}
+
+bool LoadMetadataRelationsMSSQLCompact(TmvBaseSQLContext* context, TmvConnection* connection,
+                                       TmvMetadataContainer* container, const TmvMetadataFilter* filter) {
+  if (!SqlProvider(context) || !container) return false;
+  return LoadRelations(context, connection, kMSSQLCompactRelationsQuery, false, container, filter, nullptr);
+}
+
+}  // namespace mv
