@@ -2,10 +2,15 @@
 // which binds the new entry, gives it a unique alias and lets the host
 // move, change or refuse it. Also the unique aliases and the conversion of
 // an entry into a derived table.
+#include <algorithm>
+#include <functional>
+
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvider.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataObject.h"
+#include "metadata/MetadataQualifiedNamesList.h"
+#include "metadata/MetadataRelation.h"
 #include "model/Datasources.h"
 #include "model/QueryTree.h"
 #include "tree/FromClause.h"
@@ -152,6 +157,78 @@ TmvDataSourceObject* TmvUnionSubQuery::AddObjectAt(TmvMetadataObject* object, Tm
   RequireProvider(SQLContext());
   if (!object) throw EmvQueryBuilderError(MessageText(mvQBBadObjectName));
   return AddObjectAt(object->FullName(), position, alias);
+}
+
+// --- Objects with their links ---
+
+namespace {
+
+// Links for a new object in one update of the SELECT; the object, or null
+// when the host refused it or a handler freed it.
+TmvDataSourceObject* LinkNewObject(TmvUnionSubQuery* member, const std::function<TmvDataSourceObject*()>& add) {
+  TmvDestroyWatch result;
+  {
+    TmvUpdateScope update(member);
+    TmvDataSourceObject* object = add();
+    if (!object) return nullptr;
+    result.Watch(object);
+    member->AddFKLinksForObject(object);
+    if (result.Get() && member->Host()->Options.CreateLinksByIdenticalFieldNames)
+      member->AddIdenticalFieldsLinksForObject(object);
+  }
+  return static_cast<TmvDataSourceObject*>(result.Get());
+}
+
+}  // namespace
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObjectWithFK(const WideString& name, const WideString& alias) {
+  return AddObjectWithFKAt(name, TmvPoint{}, alias);
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObjectWithFKAt(const WideString& name, TmvPoint position,
+                                                         const WideString& alias) {
+  return LinkNewObject(this, [&] { return AddObjectAt(name, position, alias); });
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObjectWithFK(const TSQLQualifiedName* name, const TastTokenIdentifier* alias) {
+  return AddObjectWithFKAt(name, TmvPoint{}, alias);
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddObjectWithFKAt(const TSQLQualifiedName* name, TmvPoint position,
+                                                         const TastTokenIdentifier* alias) {
+  return LinkNewObject(this, [&] { return AddObjectAt(name, position, alias); });
+}
+
+TmvDataSourceObject* TmvUnionSubQuery::AddLinkedObject(TmvDatasource* datasource, TmvMetadataRelation* relation) {
+  TmvMetadataObject* own = datasource ? datasource->GetMetadataObject() : nullptr;
+  if (!own || !relation) return nullptr;
+  TmvMetadataObject* key = relation->GetKeyMetadataObject();
+  TmvMetadataObject* child = relation->GetChildMetadataObject();
+  TmvMetadataObject* target = key == own ? child : key;
+  if (!target || (key != own && child != own)) return nullptr;
+  TmvDestroyWatch result;
+  {
+    TmvUpdateScope update(this);
+    TmvDataSourceObject* other = nullptr;
+    for (TmvDatasource* present : datasources_->FindDatasourcesByMetadataObject(target))
+      if (present != datasource && (other = TmvCast<TmvDataSourceObject>(present))) break;
+    if (!other) other = AddObject(target, nullptr);
+    if (!other) return nullptr;
+    result.Watch(other);
+    TmvDatasource* keySide = key == own ? datasource : other;
+    TmvDatasource* childSide = key == own ? other : datasource;
+    // Column pairs as far as both lists reach: a column without partner makes no link.
+    const int pairs = std::min(relation->KeyFields()->Count(), relation->ChildFields()->Count());
+    for (int i = 0; i < pairs; ++i) {
+      const TSQLQualifiedName* keyName = relation->KeyFields()->Items(i);
+      const TSQLQualifiedName* childName = relation->ChildFields()->Items(i);
+      if (FindLink(childSide, childName, keyName, keySide) || FindLink(keySide, keyName, childName, childSide)) continue;
+      AddLink(childSide, childName, keyName, keySide);
+    }
+    if (auto* page = dynamic_cast<ImvUnionSubQueryControl*>(GetControls(0)); page && childSide->GetControls(0))
+      page->EnsureDatasourceVisible(childSide);
+  }
+  return static_cast<TmvDataSourceObject*>(result.Get());
 }
 
 TmvDatasource* TmvUnionSubQuery::AddFromExpression(const WideString& text, const WideString& alias) {

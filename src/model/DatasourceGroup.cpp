@@ -140,6 +140,13 @@ void TmvDatasourceGroup::LoadFromAST(TmvOwned<TSQLFromSource> node) {
 
 TmvOwned<TastNode> TmvDatasourceGroup::CreateResultAST() {
   TmvOwned<TastNode> tree = TmvDatasourceBase::CreateResultAST();
+  // A SELECT loaded without FROM gets one for the entries added since.
+  if (!tree && !FromSource() && !items_.empty()) {
+    if (Group())
+      tree = TastCreate<TSQLFromGroup>(SQLContext());
+    else
+      tree = TastCreate<TSQLFromClause>(SQLContext());
+  }
   auto* group = TmvCast<TSQLFromGroup>(tree.get());
   if (!group) return tree;
   for (TmvDatasourceBase* item : items_) {
@@ -208,10 +215,6 @@ void TmvDatasourceGroup::DoSQLUpdated() {
   ReorderDatasourcesInternal();
   // What the reorder itself asked of this group is done with it.
   reorderNeeded_ = false;
-}
-
-void TmvDatasourceGroup::SyntaxProviderChanged() {
-  for (TmvDatasourceBase* item : std::vector<TmvDatasourceBase*>(items_)) item->SyntaxProviderChanged();
 }
 
 }  // namespace mv

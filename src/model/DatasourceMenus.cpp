@@ -74,12 +74,8 @@ void TmvDatasource::AddLinkedObjectsMenu(TmvMenu& menu) {
         entry.Key = mvQBAddLinkedObject;
         entry.Caption = target->NameStrNotQuoted();
         if (list.size() > 1) entry.Caption += u" (" + ColumnsText(relation->ChildFields()) + u")";
-        entry.Action = [member, target, this] {
-          // The other end is a datasource of the SELECT already, or it is added.
-          for (TmvDatasource* present : member->Datasources()->FindDatasourcesByMetadataObject(target))
-            if (present != this) return;
-          member->AddObject(target, nullptr);
-        };
+        // The other end (found in the SELECT or added) and a link per column pair.
+        entry.Action = [member, relation, this] { member->AddLinkedObject(this, relation); };
         linked.SubItems.push_back(std::move(entry));
       }
     }

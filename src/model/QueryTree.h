@@ -33,6 +33,7 @@ class TmvDataSourceObject;
 class TmvDatasourceGroup;
 class TmvDatasourceQuery;
 class TmvMetadataObject;
+class TmvMetadataRelation;
 class TSQLQualifiedName;
 class TmvMetadataFieldsList;
 class TmvSelectList;
@@ -205,6 +206,16 @@ class TmvUnionSubQuery : public TmvQueryBase {
                                    const TastTokenIdentifier* alias);
   TmvDataSourceObject* AddObject(TmvMetadataObject* object, const TastTokenIdentifier* alias);
   TmvDataSourceObject* AddObjectAt(TmvMetadataObject* object, TmvPoint position, const TastTokenIdentifier* alias);
+  // AddObject, then the links of the metadata's relations, and those of
+  // equal field names where the options ask for them.
+  TmvDataSourceObject* AddObjectWithFK(const WideString& name, const WideString& alias);
+  TmvDataSourceObject* AddObjectWithFKAt(const WideString& name, TmvPoint position, const WideString& alias);
+  TmvDataSourceObject* AddObjectWithFK(const TSQLQualifiedName* name, const TastTokenIdentifier* alias);
+  TmvDataSourceObject* AddObjectWithFKAt(const TSQLQualifiedName* name, TmvPoint position,
+                                         const TastTokenIdentifier* alias);
+  // The other end of the relation joined to `datasource`: the datasource
+  // of the SELECT that reads it, or a new one; a link per column pair.
+  TmvDataSourceObject* AddLinkedObject(TmvDatasource* datasource, TmvMetadataRelation* relation);
   // A procedure call: its text comes from OnQueryProcedureParameters.
   TmvDatasource* AddStoredProc(const WideString& name, const WideString& alias);
   TmvDatasource* AddStoredProcAt(const WideString& name, TmvPoint position, const WideString& alias);
