@@ -264,8 +264,12 @@ void TmvLink::SetLinkParamsInternal(TmvDatasourceBase* owner, TmvOwned<TSQLExpre
   CalcLeftTypeInternal();
   CalcRightTypeInternal();
   LoadSubQueries(linkExpression_.get());
-  leftCardinality_ = rightCardinality_ = qblcUnknown;
-  if (!isSimple_) RecalcSideDatasources();
+  if (isSimple_) {
+    CalcCardinality();
+  } else {
+    ResetCardinality();
+    RecalcSideDatasources();
+  }
   NotifySQLUpdated();
   if (joinOwner_) joinOwner_->NotifySQLUpdated();
   Realign();
@@ -615,7 +619,11 @@ void TmvLink::NotifyDatasourceReplacedInternal(TmvDatasource* oldDatasource, Tmv
     linkExpression_->ReplaceReferencesToDatasourceRecursive(oldDatasource->FromSource(), newDatasource->FromSource());
   if (leftDatasource_ == oldDatasource) SetLeftDatasource(newDatasource);
   if (rightDatasource_ == oldDatasource) SetRightDatasource(newDatasource);
-  if (joinOwner_ == oldDatasource) joinOwner_ = newDatasource;
+  if (joinOwner_ == oldDatasource) {
+    joinOwner_ = newDatasource;
+    // The new owner has no join kind yet and may stand elsewhere.
+    if (datasourceGroup_) datasourceGroup_->NotifyReorderNeeded();
+  }
   NotifySQLUpdated();
 }
 

@@ -181,6 +181,7 @@ const SideCase kSideCases[] = {
     {"StarEquals", false, true, "*=", "outer/inner"},
     {"EqualsStar", false, true, "=*", "inner/outer"},
     {"NoMark", true, true, "none", "inner/inner"},
+    {"PlusAndStarTogether", true, true, "b", "outer/inner"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Cases, WhereSideTest, ::testing::ValuesIn(kSideCases),
@@ -291,9 +292,25 @@ TEST_F(LinksTest, AddLinkPlacesByDialectAndOptionsAndIsFound) {
   EXPECT_FALSE(First()->UseANSIJoins());
   First()->AddLink(Source(0), Source(1), u"a.z = b.z");
   EXPECT_EQ(Lower(Sql()), "select * from a, b where a.z = b.z");
-  joins.ANSI = false;
+  // Where-links already there keep a dialect with (+) in WHERE.
   host->Options.CreateWhereJoinsByDefault = false;
+  EXPECT_TRUE(First()->UseANSIJoins());
+  joins.Oracle = true;
   EXPECT_FALSE(First()->UseANSIJoins());
+  joins.ANSI = false;
+  Load("SELECT * FROM a, b");
+  EXPECT_FALSE(First()->UseANSIJoins());
+}
+
+TEST_F(LinksTest, AnOnClauseDropsTheMarksOfWhere) {
+  joins.Oracle = true;
+  Load("SELECT * FROM a INNER JOIN b ON a.x = b.x");
+  TmvOwned<TSQLExpressionItem> expression = Condition(u"a.y = b.y");
+  auto* binary = ExpressionGetTompostBinaryOperator(expression.get());
+  TmvCast<TSQLExpressionColumn>(binary->Right.get())->Column->OuterJoinMark = true;
+  binary->Operator->Text = u"*=";
+  First()->AddLink(Source(0), Source(1), expression.get(), lpFrom);
+  EXPECT_EQ(Lower(Sql()), "select * from a inner join b on a.x = b.x and a.y = b.y");
 }
 
 TEST_F(LinksTest, AddLinksFromExpressionSplitsUnderTheLaterDatasource) {
@@ -340,17 +357,41 @@ INSTANTIATE_TEST_SUITE_P(Cases, LinkErrors, ::testing::ValuesIn(kErrorCases),
 
 // --- Datasources going ---
 
-TEST_F(LinksTest, ADatasourceTakesItsLinksAlong) {
-  Load("SELECT * FROM a INNER JOIN b ON a.x = b.x INNER JOIN c ON b.y = c.y AND a.z = 1");
-  ASSERT_EQ(AllLinks().size(), 3u);
-  ASSERT_TRUE(From()->Remove(Source(2)));
-  EXPECT_EQ(Links(), std::vector<std::string>{"a.x = b.x on simple a>b @b"});
-  EXPECT_EQ(Lower(Sql()), "select * from a inner join b on a.x = b.x");
-  // With two entries left, a link goes with either.
-  ASSERT_TRUE(From()->Remove(Source(1)));
-  EXPECT_TRUE(AllLinks().empty());
-  EXPECT_EQ(Lower(Sql()), "select * from a");
+struct DeleteCase {
+  const char* name;
+  const char* sql;
+  int removed;  // index of the entry removed
+  std::vector<std::string> links;
+  const char* printed;
+};
+
+class DeleteTest : public LinksTest, public ::testing::WithParamInterface<DeleteCase> {};
+
+TEST_P(DeleteTest, ADatasourceTakesItsLinksAlong) {
+  const DeleteCase& c = GetParam();
+  Load(c.sql);
+  ASSERT_TRUE(From()->Remove(From()->Items(c.removed)));
+  EXPECT_EQ(Links(), c.links);
+  EXPECT_EQ(Lower(Sql()), Lower(c.printed));
 }
+
+const char* const kThree = "SELECT * FROM a INNER JOIN b ON a.x = b.x INNER JOIN c ON b.y = c.y AND c.z = 1";
+
+const DeleteCase kDeleteCases[] = {
+    {"Referenced", kThree, 2, {"a.x = b.x on simple a>b @b"}, "SELECT * FROM a INNER JOIN b ON a.x = b.x"},
+    {"OneOfTwoLeft", "SELECT * FROM a INNER JOIN b ON a.x = b.x AND 1 = 1", 0, {}, "SELECT * FROM b"},
+    // The owner would become the first entry.
+    {"OwnerBecomesFirst", "SELECT * FROM a INNER JOIN b ON 1 = 1 INNER JOIN c ON b.y = c.y", 0,
+     {"b.y = c.y on simple b>c @c"}, "SELECT * FROM b INNER JOIN c ON b.y = c.y"},
+    // A link that is not simple goes with its owner; one between others stays.
+    {"NotSimpleOwner", "SELECT * FROM a INNER JOIN b ON a.x = b.x INNER JOIN c ON a.y > 1", 2,
+     {"a.x = b.x on simple a>b @b"}, "SELECT * FROM a INNER JOIN b ON a.x = b.x"},
+    {"NotSimpleEndMoves", "SELECT * FROM a INNER JOIN b ON a.x = b.x INNER JOIN c ON a.y > 1 AND c.y = a.y", 1,
+     {"c.y = a.y on simple a>c @c", "a.y > 1 on a>c @c"}, "SELECT * FROM a INNER JOIN c ON c.y = a.y AND a.y > 1"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, DeleteTest, ::testing::ValuesIn(kDeleteCases),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(LinksTest, ANewTextTakesTheOldLinksAlong) {
   Load("SELECT * FROM a INNER JOIN (b INNER JOIN c ON 1 = 1) ON a.x = b.x");
