@@ -5,6 +5,8 @@
 #include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/KeywordResources.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/fetchers/InformationSchemaCatalog.h"
+#include "tree/QualifiedNames.h"
 #include "sqlgen/SQLBuilder.h"
 #include "tree/QualifiedNamesList.h"
 
@@ -83,6 +85,35 @@ void TmvSQL2003SyntaxProvider::BeginBuildWrapperForStoredProc(TSQLBuilder& build
 void TmvSQL2003SyntaxProvider::EndBuildWrapperForStoredProc(TSQLBuilder& builder,
                                                             const TSQLBuilderSelectFormat&) const {
   builder.WriteSymbol(u")");
+}
+
+// --- INFORMATION_SCHEMA ---
+
+TmvOwned<TSQLQualifiedName> TmvSQL2003SyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
+                                                                   TmvConnection* connection) {
+  if (useInformationSchema_)
+    if (auto name = GetDefaultDatabaseNameSQL92(context, connection)) return name;
+  return TmvMatrixSyntaxProvider::GetDefaultDatabaseName(context, connection);
+}
+
+void TmvSQL2003SyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                              TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                              const TSQLQualifiedName* database) {
+  if (!useInformationSchema_ || !LoadMetadataObjectsSQL92(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvSQL2003SyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                const TSQLQualifiedName* database) {
+  if (!useInformationSchema_ || !LoadMetadataRelationsSQL92(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
+
+void TmvSQL2003SyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                        TmvMetadataObject* object) {
+  if (!useInformationSchema_ || !LoadFieldsForObjectSQL92(context, connection, object))
+    TmvMatrixSyntaxProvider::LoadFieldsForObjectFromServer(context, connection, object);
 }
 
 }  // namespace mv

@@ -35,6 +35,15 @@ class TmvSQL2003SyntaxProvider : public TmvMatrixSyntaxProvider {
   // operation is the base's.
   bool GetUseInformationSchema() const { return useInformationSchema_; }
   void SetUseInformationSchema(bool value) { useInformationSchema_ = value; }
+  // With UseInformationSchema: the default database, objects, relations
+  // and fields from INFORMATION_SCHEMA, the base where that gives no answer.
+  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
 
  private:
   bool useInformationSchema_ = false;
