@@ -65,16 +65,6 @@ std::unique_ptr<TmvDataSet> TmvBaseMetadataFetcher::OpenCatalogQuery(WideStringV
   return MetadataProvider().ExecSQLDatasetUR(connection_, sql, params);
 }
 
-bool IsValueLikeVariant(const TmvVariant& value, const TmvVariant& setting) {
-  if (setting.IsArray()) {
-    for (const TmvVariant& item : setting.AsArray())
-      if (item == value) return true;
-    return false;
-  }
-  if (setting.IsEmpty()) return false;
-  return value == setting;
-}
-
 TmvField* FindCatalogColumn(const TmvDataSet* dataset, WideStringView name) {
   if (name.empty() || !dataset) return nullptr;
   return dataset->FindField(name);

@@ -11,6 +11,7 @@
 #include "metadata/dataset/DataSet.h"
 #include "support/LogHelper.h"
 #include "support/Variant.h"
+#include "support/VariantHelpers.h"
 #include "support/WideString.h"
 
 namespace mv {
@@ -92,7 +93,7 @@ void WalkThenEnd(Walk walk, End end) {
 // one value or an array of values: some element of an array equals it; an
 // empty setting matches nothing; otherwise the two are equal (loosely, as
 // variants compare: 1 is like "1").
-bool IsValueLikeVariant(const TmvVariant& value, const TmvVariant& setting);
+// (IsValueLikeVariant itself is the one of support/VariantHelpers.h.)
 
 // --- Reading catalog datasets by column name ---
 
