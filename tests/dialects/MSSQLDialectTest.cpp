@@ -94,8 +94,8 @@ TEST_F(MSSQLDialectTest, WhatEachVersionReadsAndPrints) {
        "Over (Partition By b Order By c Rows Between Unbounded Preceding And Current Row)"},
       {svMSSQL2008, "select sum(a) over (order by c rows unbounded preceding) from t", kRefused},
       {svMSSQL2008, "with c (x) as (select 1 from t) select x from c; go", "With c"},
-      // A join hint has no place in the printed join: refused, not dropped.
-      {svMSSQL2008, "select * from t inner hash join u on t.a = u.a", kRefused},
+      // A join hint only after a join kind: "hash" alone is an alias.
+      {svMSSQL2008, "select * from t hash join u on t.a = u.a", "From t hash Inner Join u"},
   };
   for (const Case& c : cases) {
     Use(c.version);
@@ -158,6 +158,32 @@ TEST_F(MSSQLDialectTest, DefaultSchemaJoinsTheMetadataProvidersAnswer) {
   EXPECT_EQ(names->Identifier(0)->Token, u"sales");
   provider_.SetDefaultSchema(u"dbo");
   context_.SetMetadataProvider(nullptr);
+}
+
+TEST_F(MSSQLDialectTest, JoinHintsAndComputeNamesPrintExactly) {
+  Use(svMSSQL2008);
+  struct Case {
+    const char* text;
+    const char* print;
+  };
+  const Case cases[] = {
+      {"select * from t inner hash join u on t.a = u.a", "Select * From t Inner Hash Join u On t.a = u.a"},
+      {"select * from t left outer merge join u on 1 = 1", "Select * From t Left Outer Merge Join u On 1 = 1"},
+      {"select * from t right loop join u on 1 = 1 full remote join v on 2 = 2",
+       "Select * From t Right Loop Join u On 1 = 1 Full Remote Join v On 2 = 2"},
+      {"select a from t order by a compute sum(a), STDEV(a), varp(a) by a",
+       "Select a From t Order By a Compute Sum(a), StDev(a), VarP(a) By a"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(Print(c.text), c.print);
+    EXPECT_EQ(Print(c.print), c.print);
+  }
+  // Another dialect has no join hints: the join stays, the hint goes.
+  auto statement = context_.ParseSelect(u"select * from t inner hash join u on t.a = u.a");
+  TmvSQL92SyntaxProvider sql92;
+  context_.SetSyntaxProvider(&sql92);
+  EXPECT_EQ(Print(statement.get()), "Select * From t Inner Join u On t.a = u.a");
+  context_.SetSyntaxProvider(&provider_);
 }
 
 TEST_F(MSSQLDialectTest, DenyIntoClauseRefusesInto) {

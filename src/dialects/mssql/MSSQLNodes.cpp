@@ -3,6 +3,7 @@
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
 #include "sqlgen/SQLFormat.h"
+#include "tree/FromClause.h"
 
 namespace mv {
 
@@ -34,7 +35,17 @@ void TSQLFromFullTextQuery::BuildExpression(TSQLBuilder& builder, const TSQLBuil
 }
 
 void TSQLComputeItem::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  BuildASTField(Name.get(), builder, format);
+  // The aggregate in the spelling of the dialect's lists (sum prints Sum).
+  TmvBaseSQLContext* context = SQLContext();
+  if (Name && context) {
+    auto name = TastCreate<TSQLQualifiedName>(context);
+    name->AddName(Name->Token, false);
+    context->AggregateNormalize(name.get());
+    TastCreate<TastTokenBuiltin>(context, name->GetCount() == 1 ? name->Token(0)->Token : Name->Token)
+        ->BuildSQL(builder, format);
+  } else {
+    BuildASTField(Name.get(), builder, format);
+  }
   builder.WriteSymbol(u"(");
   BuildASTField(Expression.get(), builder, format);
   builder.WriteSymbol(u")");
@@ -158,6 +169,29 @@ void TMSSQLFromSourceExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& buil
     builder.Space(3);
     Hints->BuildSQL(builder, format);
   }
+}
+
+void TMSSQLJoinKindExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
+                                             const TSQLBuilderSelectFormat& format) {
+  if (Hint.empty()) {
+    TastExtender::BuildSQLForNode(node, builder, format);
+    return;
+  }
+  // A hint needs the kind spelled out: Inner is written too.
+  if (auto* outer = TmvCast<TSQLJoinKindOuter>(node)) {
+    builder.WriteKeyword(TmvCast<TSQLJoinKindLeft>(node) ? u"Left" : TmvCast<TSQLJoinKindRight>(node) ? u"Right" : u"Full");
+    builder.Space(3);
+    if (outer->OuterKeyword) {
+      builder.WriteKeyword(u"Outer");
+      builder.Space(3);
+    }
+  } else {
+    builder.WriteKeyword(u"Inner");
+    builder.Space(3);
+  }
+  builder.WriteKeyword(Hint);
+  builder.Space(3);
+  builder.WriteKeyword(u"Join");
 }
 
 }  // namespace mv

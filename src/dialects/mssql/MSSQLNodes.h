@@ -103,6 +103,16 @@ class TMSSQLFromSourceExtender : public TastExtender {
   void BuildSQLForNode(TastNode* node, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
+// A join kind with a join hint: the kind's words with the hint before
+// "Join" ("Inner Hash Join", "Left Outer Merge Join"); without one, the
+// kind's own print.
+class TMSSQLJoinKindExtender : public TastExtender {
+  MV_AST_NODE(TMSSQLJoinKindExtender);
+
+ public:
+  void BuildSQLForNode(TastNode* node, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+};
+
 // The extender of that class on a node, or null.
 template <class T>
 T* MSSQLExtenderOf(const TastNode* node) {

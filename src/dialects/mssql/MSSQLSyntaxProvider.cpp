@@ -101,6 +101,7 @@ void TmvMSSQLSyntaxProvider::RegisterExtenders() {
   RegisterExtender(TSQLSubSelectStatement::StaticClass(), TMSSQLSubSelectStatementExtender::StaticClass());
   RegisterExtender(TSQLSelectStatement::StaticClass(), TMSSQLSelectStatementExtender::StaticClass());
   RegisterExtender(TSQLFromSource::StaticClass(), TMSSQLFromSourceExtender::StaticClass());
+  RegisterExtender(TSQLJoinKind::StaticClass(), TMSSQLJoinKindExtender::StaticClass());
 }
 
 void TmvMSSQLSyntaxProvider::RegisterDialect() {
