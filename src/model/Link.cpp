@@ -82,7 +82,8 @@ void TmvLink::Destroying() {
   if (datasourceGroup_ && !datasourceGroup_->IsDestroying()) {
     if (joinOwner_ && !joinOwner_->IsDestroying()) joinOwner_->NotifySQLUpdated();
     datasourceGroup_->UnregisterLink(this);
-    datasourceGroup_->NotifySQLUpdated();
+    // The owner's join may have nothing left to join on.
+    datasourceGroup_->NotifyReorderNeeded();
   }
   TmvQueryBuilderControlOwner::Destroying();
 }

@@ -135,6 +135,9 @@ const LoadCase kLoadCases[] = {
      "SELECT * FROM a, b WHERE a.z = 1 AND a.x = b.y",
      {"a.x = b.y where simple a>b @b"},
      "SELECT * FROM a, b WHERE a.x = b.y AND a.z = 1"},
+    {"WhereLinkBeforeAnOr",
+     "SELECT * FROM a, b WHERE a.x = b.y AND (a.z = 1 OR a.w = 2)",
+     {"a.x = b.y where simple a>b @b"}},
     {"WhereLinkAlone", "SELECT * FROM a, b WHERE a.x = b.y", {"a.x = b.y where simple a>b @b"}},
     {"WhereOrIsNoLink", "SELECT * FROM a, b WHERE a.x = b.y OR a.z = 1", {}},
     {"WhereSameSourceIsNoLink", "SELECT * FROM a, b WHERE a.x = a.y", {}},
@@ -143,6 +146,56 @@ const LoadCase kLoadCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Cases, LoadTest, ::testing::ValuesIn(kLoadCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// --- Where-links in front of WHERE ---
+
+struct WhereCase {
+  const char* name;
+  const char* where;  // null: none; "OR:" before it: an Or of that one item
+  const char* printed;
+};
+
+class WhereJoinTest : public LinksTest, public ::testing::WithParamInterface<WhereCase> {};
+
+TEST_P(WhereJoinTest, LinksComeFirst) {
+  const WhereCase& c = GetParam();
+  Load("SELECT * FROM a, b WHERE a.x = b.y");
+  TmvOwned<TSQLExpressionItem> where;
+  if (c.where) {
+    std::string text = c.where;
+    const bool orOfOne = text.rfind("OR:", 0) == 0;
+    where = Condition(U16(orOfOne ? text.substr(3) : text).c_str());
+    if (orOfOne) {
+      auto disjunction = TastCreate<TSQLExpressionOr>(host->SQLContext());
+      disjunction->Add(std::move(where));
+      where = std::move(disjunction);
+    }
+  }
+  TmvOwned<TSQLExpressionItem> result = From()->AddWhereJoinConditions(std::move(where));
+  ASSERT_NE(result, nullptr);
+  // The items of a top-level AND apart, " | " between them.
+  TSQLBuilderFast& builder = host->SQLContext()->SQLBuilderExpression();
+  std::string printed;
+  auto* conjunction = TmvCast<TSQLExpressionAnd>(ExpressionRemoveBrackets(result.get()));
+  if (auto* disjunction = TmvCast<TSQLExpressionOr>(result.get()); disjunction && disjunction->GetCount() == 1)
+    conjunction = TmvCast<TSQLExpressionAnd>(disjunction->Expression(0));
+  for (int i = 0; conjunction && i < conjunction->GetCount(); ++i)
+    printed += (i ? " | " : "") + U8(conjunction->Expression(i)->SimpleSQL(builder));
+  if (!conjunction) printed = U8(result->SimpleSQL(builder));
+  EXPECT_EQ(Lower(printed), Lower(c.printed));
+}
+
+const WhereCase kWhereCases[] = {
+    {"NoWhere", nullptr, "a.x = b.y"},
+    {"OneCondition", "a.z = 1", "a.x = b.y | a.z = 1"},
+    {"AndGetsThemInFront", "a.z = 1 AND a.w = 2", "a.x = b.y | a.z = 1 | a.w = 2"},
+    {"OrGoesLast", "a.z = 1 OR a.w = 2", "a.x = b.y | a.z = 1 Or a.w = 2"},
+    {"OrOfOneAnd", "OR:a.z = 1 AND a.w = 2", "a.x = b.y | a.z = 1 | a.w = 2"},
+    {"OrOfOneCondition", "OR:a.z = 1", "a.x = b.y | a.z = 1"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, WhereJoinTest, ::testing::ValuesIn(kWhereCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
 // --- Outer sides of where-links ---
@@ -313,6 +366,15 @@ TEST_F(LinksTest, AnOnClauseDropsTheMarksOfWhere) {
   EXPECT_EQ(Lower(Sql()), "select * from a inner join b on a.x = b.x and a.y = b.y");
 }
 
+TEST_F(LinksTest, ANewExpressionWorksTheLinkOutAgain) {
+  Load("SELECT * FROM a INNER JOIN b ON a.x = b.x");
+  TmvLink* link = AllLinks().at(0);
+  link->SetLinkExpressionString(u"a.x = b.x OR a.y = b.z");
+  EXPECT_EQ(Links(), std::vector<std::string>{"a.x = b.x Or a.y = b.z on a>b @b"});
+  EXPECT_EQ(Lower(Sql()), "select * from a inner join b on a.x = b.x or a.y = b.z");
+  EXPECT_EQ(U8(ThrownMessage([&] { link->SetLinkExpressionString(u"a.x ="); })), "\"a.x =\" is not valid expression");
+}
+
 TEST_F(LinksTest, AddLinksFromExpressionSplitsUnderTheLaterDatasource) {
   Load("SELECT * FROM a INNER JOIN b ON a.x = b.x");
   std::vector<TmvLink*> made = First()->AddLinksFromExpression(Source(1), Source(0), u"a.y = b.y AND a.z > b.z + 1");
@@ -360,7 +422,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, LinkErrors, ::testing::ValuesIn(kErrorCases),
 struct DeleteCase {
   const char* name;
   const char* sql;
-  int removed;  // index of the entry removed
+  int removed;  // index of the entry removed; -1: the first link itself
   std::vector<std::string> links;
   const char* printed;
 };
@@ -370,7 +432,10 @@ class DeleteTest : public LinksTest, public ::testing::WithParamInterface<Delete
 TEST_P(DeleteTest, ADatasourceTakesItsLinksAlong) {
   const DeleteCase& c = GetParam();
   Load(c.sql);
-  ASSERT_TRUE(From()->Remove(From()->Items(c.removed)));
+  if (c.removed < 0)
+    ASSERT_TRUE(AllLinks().at(0)->RequestDestroy());
+  else
+    ASSERT_TRUE(From()->Remove(From()->Items(c.removed)));
   EXPECT_EQ(Links(), c.links);
   EXPECT_EQ(Lower(Sql()), Lower(c.printed));
 }
@@ -386,6 +451,7 @@ const DeleteCase kDeleteCases[] = {
     // A link that is not simple goes with its owner; one between others stays.
     {"NotSimpleOwner", "SELECT * FROM a INNER JOIN b ON a.x = b.x INNER JOIN c ON a.y > 1", 2,
      {"a.x = b.x on simple a>b @b"}, "SELECT * FROM a INNER JOIN b ON a.x = b.x"},
+    {"LinkDeletedByItself", "SELECT * FROM a INNER JOIN b ON a.x = b.x", -1, {}, "SELECT * FROM a, b"},
     {"NotSimpleEndMoves", "SELECT * FROM a INNER JOIN b ON a.x = b.x INNER JOIN c ON a.y > 1 AND c.y = a.y", 1,
      {"c.y = a.y on simple a>c @c", "a.y > 1 on a>c @c"}, "SELECT * FROM a INNER JOIN c ON c.y = a.y AND a.y > 1"},
 };
@@ -408,6 +474,44 @@ TEST_F(LinksTest, ALinkFollowsItsDatasourceIntoADerivedTable) {
   ASSERT_EQ(links.size(), 1u);
   EXPECT_EQ(links[0]->RightDatasource(), derived);
   EXPECT_EQ(links[0]->JoinOwner(), derived);
+}
+
+// Link controls, counting what the model asks of them; other owners get plain controls.
+class TLinkControls : public ImvControlFactory {
+ public:
+  struct TControl : ImvLinkControl {
+    explicit TControl(int& realigns) : realigns(realigns) {}
+    void UpdateControlVisualParams(TmvQueryBuilderControlOwner*) override {}
+    void Realign() override { ++realigns; }
+    int& realigns;
+  };
+  ImvControl* CreateControl(TmvQueryBuilderControlOwner* owner, int) override {
+    controls.push_back(std::make_unique<TControl>(realigns));
+    if (TmvCast<TmvLink>(owner)) ++links, linkControls.push_back(controls.back().get());
+    return controls.back().get();
+  }
+  void ShowControl(ImvControl*, bool) override {}
+  void DestroyControl(ImvControl* control) override { destroyed += std::erase(linkControls, control); }
+  int links = 0, realigns = 0, destroyed = 0;
+  std::vector<ImvControl*> linkControls;
+  std::vector<std::unique_ptr<TControl>> controls;
+};
+
+TEST_F(LinksTest, LinksGetControlsThatFollowThem) {
+  TLinkControls factory;
+  host->SetControlFactory(&factory);
+  host->CreateControls();
+  Load("SELECT * FROM a INNER JOIN b ON a.x = b.x");
+  EXPECT_EQ(factory.links, 1);
+  ASSERT_NE(AllLinks().at(0)->GetLinkControl(), nullptr);
+  const int realigns = factory.realigns;
+  First()->AddLink(Source(0), u"y", u"y", Source(1));
+  EXPECT_EQ(factory.links, 2);
+  EXPECT_GT(factory.realigns, realigns);
+  Load("SELECT * FROM a");
+  EXPECT_EQ(factory.destroyed, 2);
+  host->DestroyControls();
+  host->SetControlFactory(nullptr);
 }
 
 TEST_F(LinksTest, SubSelectsInALinkBelongToTheLink) {
