@@ -148,9 +148,10 @@ int AddRelationLinks(TmvUnionSubQuery* member, TmvDataSourceObject* key, TmvData
   TmvMetadataRelationsList* relations = keyObject->GetRelations();
   for (int r = 0; r < relations->Count(); ++r) {
     TmvMetadataRelation* relation = relations->Items(r);
+    const TSQLQualifiedName* childTable = relation->ChildTable();
     const bool toChild =
-        (childObject && context->IsQualifiedNamesEqual(relation->ChildTable(), childObject->FullName())) ||
-        (childNode && childNode->Object && context->IsQualifiedNamesEqual(relation->ChildTable(), childNode->Object.get()));
+        (childObject && context->IsQualifiedNamesEqual(childTable, childObject->FullName())) ||
+        (childNode && childNode->Object && context->IsQualifiedNamesEqual(childTable, childNode->Object.get()));
     if (!toChild) continue;
     // Without key columns the relation reads the primary key.
     std::vector<const TSQLQualifiedName*> keyNames;

@@ -207,6 +207,7 @@ class TmvSetPlacer {
           break;
         }
       const TastNodeClass* kind = CrossOrNothing();
+      std::vector<TmvLink*> applied;
       if (candidate) {
         TmvLink* first = nullptr;
         for (int i = static_cast<int>(links_.size()) - 1; i >= 0; --i) {
@@ -219,6 +220,7 @@ class TmvSetPlacer {
             link->RecalcSameLevelDatasources(candidate);
           }
           first = link;
+          applied.push_back(link);
         }
         if (first) {
           const bool l = IsOuter(first->LeftType()), r = IsOuter(first->RightType());
@@ -232,6 +234,14 @@ class TmvSetPlacer {
       }
       std::erase(set_.Items, candidate);
       SetKind(candidate, topGroup && placed_.empty() ? nullptr : kind, topGroup && placed_.empty());
+      // The links under the entry follow its kind (new ones had not bound it).
+      const TSQLJoinKind* placedKind = candidate->GetJoinKind();
+      const bool left = placedKind && placedKind->IsLeftOuter(), right = placedKind && placedKind->IsRightOuter();
+      for (TmvLink* link : applied) {
+        const bool turned = link->IsSimple() && !candidate->ContainsDatasource(link->RightDatasource(), true);
+        link->SetSideTypesInternal((turned ? right : left) ? ltOuter : ltInner,
+                                   (turned ? left : right) ? ltOuter : ltInner);
+      }
       placed_.push_back(candidate);
     }
     return placed_;

@@ -108,8 +108,9 @@ TEST_P(ReorderCorpusSlow, ValidFromClausesNeedNoReorder) {
       ADD_FAILURE() << GetParam() << " line " << entry.Line << ": a reorder of a valid FROM\n" << U8(entry.Text);
   }
   EXPECT_EQ(spurious, 0);
-  std::cout << "  " << GetParam() << ": " << entries.size() << " statements, " << parsed << " parse, " << withFrom << " with FROM, " << asked
-            << " reorder asked, " << required << " reorder required (" << invalid << " FROM not valid as written)\n";
+  std::cout << "  " << GetParam() << ": " << entries.size() << " statements, " << parsed << " parse, " << withFrom
+            << " with FROM, " << asked << " reorder asked, " << required << " reorder required (" << invalid
+            << " FROM not valid as written)\n";
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, ReorderCorpusSlow, ::testing::ValuesIn(kCorpusSelectFolders),
