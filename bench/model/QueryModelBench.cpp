@@ -16,9 +16,13 @@
 //                         may print differently): per_change grows with N
 //   BM_EditAndPrint/N     one alias changed and the text printed again
 //                         (only the changed datasource is generated anew)
+//   BM_RelinkInUpdate/N   every link replaced by a chain in a new order
+//                         inside one update; its end reorders the FROM
+//                         clause once (reorders_per_update stays 1)
 #include <benchmark/benchmark.h>
 
 #include <string>
+#include <vector>
 
 #include "dialects/EngineInit.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
@@ -27,6 +31,7 @@
 #include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
 #include "model/Datasources.h"
+#include "model/Links.h"
 #include "model/QueryModelHost.h"
 #include "model/QueryTree.h"
 
@@ -125,9 +130,41 @@ void BM_EditAndPrint(benchmark::State& state) {
   }
 }
 
+// Inside one update on the query: every link of the SELECT goes and N-1
+// new ones chain the datasources in another order; the update's end, where
+// the FROM clause is reordered once, is timed with it.
+void BM_RelinkInUpdate(benchmark::State& state) {
+  const int count = static_cast<int>(state.range(0));
+  Fixture fixture(count);
+  fixture.AddAll(count);
+  TmvUnionSubQuery* select = fixture.host->Query()->FirstSelect();
+  TmvDatasourceGroup* group = select->Datasources();
+  std::vector<TmvDatasource*> order;
+  for (int i = 0; i < count; ++i) order.push_back(fixture.Datasource(i));
+  const int before = TmvDatasourceGroup::ReorderCount();
+  int round = 0;
+  for (auto _ : state) {
+    fixture.host->BeginUpdate();
+    while (group->LinksCount() > 0) group->DestroyChild(group->Links(group->LinksCount() - 1));
+    // Each round links in steps of another stride (1, 3 or 7, prime to
+    // 100): a chain through all in a new order.
+    static constexpr int kStrides[] = {1, 3, 7};
+    const int stride = kStrides[round++ % 3];
+    for (int i = 1; i < count; ++i)
+      select->AddLink(order[(i - 1) * stride % count], u"F" + IntToWide(i % kFields), u"F" + IntToWide(i % kFields),
+                      order[i * stride % count]);
+    fixture.host->EndUpdate();
+  }
+  benchmark::DoNotOptimize(select->GetSql().size());
+  state.counters["links"] = count - 1;
+  state.counters["reorders_per_update"] =
+      static_cast<double>(TmvDatasourceGroup::ReorderCount() - before) / static_cast<double>(state.iterations());
+}
+
 }  // namespace
 
 BENCHMARK(BM_BuildPrintFree)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_ChangeInUpdate)->Arg(100)->Arg(1000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_AliasInUpdate)->Arg(100)->Arg(1000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_EditAndPrint)->Arg(100)->Arg(1000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_RelinkInUpdate)->Arg(100)->Unit(benchmark::kMillisecond);
