@@ -302,10 +302,11 @@ void TmvSelectItem::SetGroupingUI(bool value) {
       SetAggregate(nullptr);
       SetConditionsType(ctWhere);
       SetGrouping(true);
-      // The query starts grouping: every shown or sorted plain row is a key.
+      // The query starts grouping: every shown or sorted plain row is a key
+      // (this one too), its criteria in HAVING under the MS style.
       for (int i = 0; i < selectList_->Count(); ++i) {
         TmvSelectItem* row = selectList_->Items(i);
-        if (row == this || !(row->Select() || row->SortType() != stNone) || row->IsAggregatedExpression()) continue;
+        if (!(row->Select() || row->SortType() != stNone) || row->IsAggregatedExpression()) continue;
         row->SetGrouping(true);
         row->SetConditionsType(options.UseMSStyleGrouping ? ctHaving : ctWhere);
       }

@@ -188,6 +188,13 @@ TEST_F(SelectItemUITest, SettersKeepTheOtherRowsConsistent) {
       // Grouping one row groups every shown or sorted plain row.
       {"SELECT t.a, t.b, t.a + t.b FROM t ORDER BY t.b", [](auto& t) { t.Row(0)->SetGroupingUI(true); },
        "Select t.a, t.b, t.a + t.b From t Group By t.a, t.b, t.a + t.b Order By t.b"},
+      // In the MS style the criteria of keys go to HAVING.
+      {"SELECT t.a, t.b FROM t WHERE t.a = 1",
+       [](auto& t) {
+         t.host->Options.UseMSStyleGrouping = true;
+         t.Row(0)->SetGroupingUI(true);
+       },
+       "Select t.a, t.b From t Group By t.a, t.b Having t.a = 1"},
       // An aggregate makes the other shown rows keys.
       {"SELECT t.a, t.b FROM t", [](auto& t) { t.Row(1)->SetAggregateStringUI(u"Count"); },
        "Select t.a, Count(t.b) As b_Count From t Group By t.a"},
@@ -219,11 +226,15 @@ TEST_F(SelectItemUITest, SettersKeepTheOtherRowsConsistent) {
        "Select t.a, t.b As \"my b\" From t"},
   };
   for (const Case& c : cases) {
+    host->Options.UseMSStyleGrouping = false;
     Load(c.sql);
     c.act(*this);
     EXPECT_EQ(Sql(), c.result) << c.sql;
   }
   EXPECT_TRUE(messages.empty());
+  host->SetSyntaxProvider(nullptr);
+  EXPECT_EQ(U8(ThrownMessage([&] { Row(0)->SetExpressionString(u"t.b"); })), "Syntax provider is not specified");
+  host->SetSyntaxProvider(&provider);
 }
 
 // --- Fields, checks and menus ---
