@@ -45,7 +45,7 @@ bool IsNumberText(WideStringView text) {
   return ec == std::errc() && ptr == end;
 }
 
-// Reads 1 to `maxDigits` digits at `pos` (exactly `maxDigits` when `exact`).
+// Reads up to `maxDigits` digits at `pos`; false when fewer than `minDigits` stood there.
 bool ReadDatePart(WideStringView text, size_t& pos, int minDigits, int maxDigits, int& value) {
   int count = 0;
   value = 0;

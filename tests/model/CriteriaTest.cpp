@@ -43,6 +43,7 @@ struct CriteriaCase {
   const char* text;        // typed
   const char* condition;   // printed, compared without regard to case
 };
+void PrintTo(const CriteriaCase& c, std::ostream* os) { *os << c.expression << ": " << c.text; }
 
 // x names no field: the row has none. c is the typed field.
 const CriteriaCase kCases[] = {

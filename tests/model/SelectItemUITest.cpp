@@ -38,6 +38,7 @@ struct AliasCase {
   const char* typed;  // into the empty row, then selected
   const char* alias;  // that the row gets
 };
+void PrintTo(const AliasCase& c, std::ostream* os) { *os << c.typed; }
 
 class NewColumnAliasTest : public SelectItemUITest, public ::testing::WithParamInterface<AliasCase> {};
 
@@ -96,6 +97,7 @@ struct MessageCase {
   const char* message;  // empty: none
   const char* result;
 };
+void PrintTo(const MessageCase& c, std::ostream* os) { *os << c.name; }
 
 class ConflictMessageTest : public SelectItemUITest, public ::testing::WithParamInterface<MessageCase> {};
 
