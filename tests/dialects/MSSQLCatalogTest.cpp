@@ -15,6 +15,8 @@
 #include "metadata/MetadataProvider.h"
 #include "metadata/MetadataRelation.h"
 #include "metadata/dataset/MemoryDataSet.h"
+#include "tree/QualifiedNames.h"
+#include "tree/Tokens.h"
 
 using namespace mv;
 
@@ -116,6 +118,18 @@ TEST_F(MSSQLCatalogTest, DatabasesAndSchemasByVersion) {
                                              MSSQLSchemasQuery(8, u"sales")}));
 }
 
+TEST_F(MSSQLCatalogTest, DefaultDatabaseAndSchemas) {
+  provider_.SetServerVersion(svMSSQL2008);
+  server_.AddResult(kMSSQLDefaultDatabaseQuery, Column(u"CATALOG_NAME", {u"sales"}));
+  server_.AddResult(kMSSQLDefaultSchemaQuery, Column(u"user_name", {u"alice"}));
+  EXPECT_EQ(provider_.GetDefaultDatabaseName(&context_, nullptr)->GetQualifiedNameWithoutQuotes(), u"sales");
+  auto names = TastCreate<TSQLIdentifiersCollection>(&context_);
+  provider_.GetDefaultSchemaNames(&context_, nullptr, *names);
+  ASSERT_EQ(names->GetCount(), 2);
+  EXPECT_EQ(names->Identifier(0)->Token, u"alice");
+  EXPECT_EQ(names->Identifier(1)->Token, u"dbo");
+}
+
 TEST_F(MSSQLCatalogTest, ObjectsAndRelationsFromTheCatalogViews) {
   provider_.SetServerVersion(svMSSQL2008);
   TmvMemoryTable objects;
@@ -155,7 +169,7 @@ TEST_F(MSSQLCatalogTest, ObjectsFallBackStepByStep) {
   TmvMemoryTable tables;
   for (const char16_t* column : {u"TABLE_OWNER", u"TABLE_NAME", u"TABLE_TYPE"}) tables.AddColumn(column, ftWideString);
   tables.AddRow({u"dbo", u"Orders", u"BASE TABLE"}).AddRow({u"INFORMATION_SCHEMA", u"TABLES", u"VIEW"});
-  server_.AddResult(u"INFORMATION_SCHEMA.TABLES", tables, TmvScriptMatch::smContains);
+  server_.AddResult(u"as TABLE_TYPE from INFORMATION_SCHEMA.TABLES", tables, TmvScriptMatch::smContains);
   provider_.LoadMetadataObjects(&context_, nullptr, container_.get(), nullptr, nullptr);
   EXPECT_EQ(Objects(), "dbo.Orders:TmvMetadataTable INFORMATION_SCHEMA.TABLES:TmvMetadataView:system");
   // Refused statements leave no record: only the one that answered.

@@ -9,6 +9,7 @@
 #include "metadata/fetchers/RelationsFetcher.h"
 #include "support/Exceptions.h"
 #include "support/WideFormat.h"
+#include "tree/QualifiedNames.h"
 #include "tree/QualifiedNamesList.h"
 #include "tree/Tokens.h"
 
@@ -53,7 +54,7 @@ WideString DatabaseOf(TmvBaseMetadataProvider& provider, TmvConnection* connecti
   WideString current;
   try {
     current = FirstValue(provider, connection, kMSSQLDefaultDatabaseQuery, u"CATALOG_NAME");
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
   }
   return WideUpperCase(current) == WideUpperCase(name) ? WideString() : name;
 }
@@ -79,7 +80,7 @@ bool TryLoad(TmvMetadataObjectFetcherFromQuery& fetcher, TmvMetadataContainer* c
   try {
     fetcher.SetFilter(filter);
     fetcher.CreateDataset();
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return false;
   }
   fetcher.LoadMetadata(container, filter, database);
@@ -94,7 +95,7 @@ TmvSyntaxSupportConectedServer IsConnectedServerIsMSSQL(TmvBaseMetadataProvider*
   try {
     const WideString value = FirstValue(*provider, connection, kMSSQLProbeQuery, u"attribute_value");
     return WideUpperCase(value) == WideUpperCase(u"Microsoft SQL Server") ? scsSupport : scsNotSupport;
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return scsNotSupport;
   }
 }
@@ -105,7 +106,7 @@ TmvSyntaxSupportConectedServer IsConnectedServerIsMSSQLCompact(TmvBaseMetadataPr
   try {
     provider->ExecSQLDatasetUR(connection, kMSSQLCompactProbeQuery, nullptr);
     return scsSupport;
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return scsNotSupport;
   }
 }
@@ -117,9 +118,39 @@ int ReadServerVersionMSSQL(TmvBaseMetadataProvider* provider, TmvConnection* con
     int major = 0;
     const bool read = TryStrToInt(value, major);
     return CalcServerVersionMSSQL(major, read);
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return CalcServerVersionMSSQL(0, false);
   }
+}
+
+TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameMSSQL(TmvBaseSQLContext* context, TmvConnection* connection) {
+  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  if (!provider) return nullptr;
+  WideString name;
+  try {
+    name = provider->TrimName(FirstValue(*provider, connection, kMSSQLDefaultDatabaseQuery, u"CATALOG_NAME"));
+  } catch (const Exception&) {
+    return nullptr;
+  }
+  if (name.empty()) return nullptr;
+  auto result = TastCreate<TSQLQualifiedName>(context);
+  result->AddName(name, false);
+  return result;
+}
+
+bool GetDefaultSchemaNamesMSSQL(TmvBaseSQLContext* context, TmvConnection* connection,
+                                TSQLIdentifiersCollection& names) {
+  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  if (!provider) return false;
+  WideString user;
+  try {
+    user = provider->TrimName(FirstValue(*provider, connection, kMSSQLDefaultSchemaQuery, u"user_name"));
+  } catch (const Exception&) {
+    return false;
+  }
+  if (user.empty()) return false;
+  if (!names.ContainsSameIdStr(user)) names.AddIdentifier(user);
+  return true;
 }
 
 bool GetDatabasesListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
@@ -131,7 +162,7 @@ bool GetDatabasesListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection
   TSQLQualifiedNamesList names(context, true);
   try {
     fetcher.CreateDataset();
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return false;
   }
   fetcher.LoadDatabases(names);
@@ -150,7 +181,7 @@ bool GetSchemasListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, 
   auto schemas = TastCreate<TSQLIdentifiersCollection>(context);
   try {
     fetcher.CreateDataset();
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return false;
   }
   fetcher.LoadSchemas(*schemas);
@@ -225,7 +256,7 @@ bool LoadRelations(TmvBaseSQLContext* context, TmvConnection* connection, WideSt
   fetcher.KeySequenceFieldName = u"ORDINAL";
   try {
     fetcher.CreateDataset();
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return false;
   }
   fetcher.LoadMetadata(container, filter, database);

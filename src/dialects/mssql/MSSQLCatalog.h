@@ -20,6 +20,7 @@ class TmvConnection;
 class TmvMetadataContainer;
 class TmvMetadataFilter;
 class TSQLQualifiedName;
+class TSQLIdentifiersCollection;
 
 // scsSupport when "exec sp_server_info 1" names the server as SQL Server,
 // scsNotSupport when it fails or names another, scsDontKnow without SQL.
@@ -30,6 +31,11 @@ TmvSyntaxSupportConectedServer IsConnectedServerIsMSSQLCompact(TmvBaseMetadataPr
 // The major version the server reports (CalcServerVersionMSSQL of the answer).
 int ReadServerVersionMSSQL(TmvBaseMetadataProvider* provider, TmvConnection* connection);
 
+// The connected database; null when the server names none.
+TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameMSSQL(TmvBaseSQLContext* context, TmvConnection* connection);
+// The user's own schema; false when the server gives no answer.
+bool GetDefaultSchemaNamesMSSQL(TmvBaseSQLContext* context, TmvConnection* connection,
+                                TSQLIdentifiersCollection& names);
 bool GetDatabasesListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
                            std::vector<WideString>& list);
 bool GetSchemasListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,

@@ -207,7 +207,9 @@ bool TmvMSSQLSyntaxProvider::IsQueryWithIntoClause(const TSQLSubSelectStatement*
 
 void TmvMSSQLSyntaxProvider::GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
                                                    TSQLIdentifiersCollection& names) {
-  TmvMatrixSyntaxProvider::GetDefaultSchemaNames(context, connection, names);
+  DetectServerVersionIfNeeded(context);
+  if (!GetDefaultSchemaNamesMSSQL(context, connection, names))
+    TmvMatrixSyntaxProvider::GetDefaultSchemaNames(context, connection, names);
   if (!defaultSchema_.empty() && !names.ContainsSameIdStr(defaultSchema_)) names.AddIdentifier(defaultSchema_);
 }
 
@@ -231,6 +233,13 @@ void TmvMSSQLSyntaxProvider::DoDetectServerVersion(TmvBaseMetadataProvider* meta
   TmvMatrixSyntaxProvider::DoDetectServerVersion(metadataProvider, owner);
   SetServerVersionFromMajor(
       ReadServerVersionMSSQL(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr));
+}
+
+TmvOwned<TSQLQualifiedName> TmvMSSQLSyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
+                                                                           TmvConnection* connection) {
+  DetectServerVersionIfNeeded(context);
+  if (auto name = GetDefaultDatabaseNameMSSQL(context, connection)) return name;
+  return TmvMatrixSyntaxProvider::GetDefaultDatabaseName(context, connection);
 }
 
 void TmvMSSQLSyntaxProvider::GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,

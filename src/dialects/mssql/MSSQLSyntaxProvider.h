@@ -55,7 +55,8 @@ class TmvMSSQLSyntaxProvider : public TmvMatrixSyntaxProvider {
   bool IsValidIdent(WideStringView text) const override;
   bool IsFixedSizeType(WideStringView typeName) const override;
   bool IsQueryWithIntoClause(const TSQLSubSelectStatement* statement) const override;
-  // The metadata provider's answer, and DefaultSchema ("dbo") beside it.
+  // The server's answer (the user's schema), else the metadata provider's;
+  // DefaultSchema ("dbo") beside it.
   void GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
                              TSQLIdentifiersCollection& names) override;
 
@@ -70,6 +71,7 @@ class TmvMSSQLSyntaxProvider : public TmvMatrixSyntaxProvider {
                                                           TmvObject* owner) const override;
   // The base, then the version the server reports.
   void DoDetectServerVersion(TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) override;
+  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
   void GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list) override;
   void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
                       const TSQLQualifiedName* database) override;

@@ -95,7 +95,7 @@ bool TryOpen(Fetcher& fetcher) {
   try {
     fetcher.CreateDataset();
     return true;
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return false;
   }
 }
@@ -118,7 +118,7 @@ TmvSyntaxSupportConectedServer IsConnectedServerIsSQL92(TmvBaseMetadataProvider*
   try {
     provider->ExecSQLDatasetUR(connection, kInformationSchemaProbeQuery, nullptr);
     return scsSupport;
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return scsNotSupport;
   }
 }
@@ -130,7 +130,7 @@ TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameSQL92(TmvBaseSQLContext* conte
   try {
     auto dataset = provider->ExecSQLDatasetUR(connection, kInformationSchemaDefaultDatabaseQuery, nullptr);
     if (dataset && !dataset->Eof()) name = provider->TrimName(dataset->FieldByName(u"CATALOG_NAME").AsWideString());
-  } catch (const EmvQueryBuilderError&) {
+  } catch (const Exception&) {
     return nullptr;
   }
   if (name.empty()) return nullptr;
