@@ -119,6 +119,14 @@ TEST_F(CriteriaTest, CellsPrintInWhereAndEmptyTextClearsTheEntry) {
   EXPECT_EQ(Sql(), "Select t.c From t");
 }
 
+TEST_F(CriteriaTest, CriteriaOfAnAggregateGoToHaving) {
+  AddTable(u"t", {u"id"});
+  Load("SELECT t.id, COUNT(*) FROM t GROUP BY t.id");
+  First()->SelectList()->Items(1)->SetConditionString(0, u"> 1");
+  First()->SelectList()->Items(0)->SetConditionString(0, u"5");
+  EXPECT_EQ(Sql(), "Select t.id, COUNT(*) From t Where t.id = 5 Group By t.id Having COUNT(*) > 1");
+}
+
 class TRecordingLogger : public mv::ImvLogger {
  public:
   void Debug(mv::WideStringView message) override { lines.emplace_back(message); }
