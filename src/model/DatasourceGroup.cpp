@@ -57,15 +57,17 @@ TmvDatasourceGroup* TmvDatasourceGroup::TopGroup() const {
 
 void TmvDatasourceGroup::Destroying() {
   // A nested group's entries belong to the top group: they go with the group.
-  if (Group()) {
-    TmvDatasourceGroup* top = TopGroup();
+  // (A group freed by the group around it has no Group() any more: its owner
+  // is the top group all the same.)
+  TmvDatasourceGroup* top = Group() ? TopGroup() : TmvCast<TmvDatasourceGroup>(Parent());
+  if (top && top != this) {
     while (!items_.empty()) {
       TmvDatasourceBase* item = items_.back();
       items_.pop_back();
       item->group_ = nullptr;
       top->DestroyChild(item);
     }
-    Group()->ExtractInternal(this);
+    if (Group()) Group()->ExtractInternal(this);
   }
   items_.clear();
   TmvDatasourceBase::Destroying();
