@@ -13,8 +13,9 @@ using namespace mvtest;
 
 class TReorderProvider : public TCapabilityProvider {
  public:
-  bool Binary = false;
+  bool Binary = false, Oracle = false;
   bool IsForceBinaryANSIJoins() const override { return Binary; }
+  bool IsSupportOracleJoins() const override { return Oracle; }
 };
 
 class ReorderTest;
@@ -143,6 +144,23 @@ TEST_P(ReorderTest, GivesTheFromClause) {
 
 INSTANTIATE_TEST_SUITE_P(Cases, ReorderTest, ::testing::ValuesIn(kCases),
                          [](const ::testing::TestParamInfo<ReorderCase>& info) { return info.param.Name; });
+
+// A new where-link that repeats a join takes its outer side, marked as the
+// dialect marks it; the other way round, the mark goes on the other side.
+class WhereLinkFixupTest : public ReorderTest {};
+
+TEST_F(WhereLinkFixupTest, NewWhereLinkTakesTheSidesOfTheJoinItRepeats) {
+  reorderProvider.Oracle = true;
+  Load("SELECT * FROM a LEFT JOIN b ON a.x = b.x");
+  mv::TmvLink* repeated = First()->AddLink(T("b"), u"y", u"y", T("a"), mv::lpWhere);
+  ASSERT_NE(repeated, nullptr);
+  EXPECT_FALSE(repeated->IsNew());
+  EXPECT_EQ(repeated->LeftDatasource(), T("a"));
+  EXPECT_EQ(repeated->LeftType(), mv::ltOuter);
+  EXPECT_EQ(repeated->RightType(), mv::ltInner);
+  EXPECT_EQ(From(), "a left join b on a.x = b.x");
+  EXPECT_EQ(Normal(U8(First()->GetWhereClauseString())), "b.y(+) = a.y");
+}
 
 // Many links changed in one update: the group reorders once, at its end.
 TEST_F(ModelTest, ManyLinksInOneUpdateCostOneReorder) {
