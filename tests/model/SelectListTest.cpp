@@ -162,6 +162,34 @@ TEST_F(SelectListTest, ARowDropsWhatItCanNoLongerBe) {
   EXPECT_EQ(Lower(Sql()), "select * from t group by a");
 }
 
+TEST_F(SelectListTest, WhatARowCanBeFollowsItsExpression) {
+  struct Case {
+    const char* sql;
+    const char* abilities;  // select, sort, group, conditions of the first row
+  } cases[] = {
+      {"SELECT a FROM t", "select sort group conditions"},
+      {"SELECT 1 FROM t", "select sort group conditions"},
+      {"SELECT 'x' FROM t", "select sort conditions"},
+      {"SELECT t.* FROM t", "select"},
+      {"SELECT COUNT(*) FROM t", "select sort conditions"},
+      {"SELECT a FROM t WHERE EXISTS(SELECT 1 FROM u) ORDER BY a", "select sort group conditions"},
+  };
+  for (const Case& c : cases) {
+    Load(c.sql);
+    const TmvSelectItem* row = List()->Items(0);
+    std::string abilities;
+    for (auto [able, word] : {std::pair{row->IsCanSelect(), "select"}, {row->IsCanSort(), "sort"},
+                              {row->IsCanGrouping(), "group"}, {row->IsSupportConditions(), "conditions"}})
+      if (able) abilities += (abilities.empty() ? "" : " ") + std::string(word);
+    EXPECT_EQ(abilities, c.abilities) << c.sql;
+  }
+  // A bare logical condition can be neither selected nor sorted in this dialect.
+  const TmvSelectItem* exists = List()->Items(1);
+  EXPECT_FALSE(exists->IsCanSelect());
+  EXPECT_FALSE(exists->IsCanSort());
+  EXPECT_TRUE(exists->IsSupportConditions());
+}
+
 TEST_F(SelectListTest, RefusalsCarryTheirTexts) {
   Load("SELECT a FROM t WHERE EXISTS (SELECT 1 FROM u)");
   TmvSelectItem* exists = List()->Items(1);
