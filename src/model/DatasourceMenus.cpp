@@ -1,5 +1,6 @@
 // The popup menus of datasources, as data, and the linked objects that the
 // foreign keys of a datasource's metadata object offer.
+#include <algorithm>
 #include <map>
 
 #include "metadata/MetadataObject.h"
@@ -52,12 +53,20 @@ void TmvDatasource::AddLinkedObjectsMenu(TmvMenu& menu) {
   // or per relation with its columns where a target has several.
   const std::vector<TmvMetadataRelation*> groups[2] = {object->GetReferencingRelations(),
                                                        object->GetReferencedRelations()};
+  // Relations that a link of this datasource follows already are left out.
+  std::vector<TmvLink*> links;
+  if (member) member->Datasources()->GetLinksRecursive(links);
+  std::vector<TmvMetadataRelation*> used;
+  for (TmvLink* link : links)
+    if (link->LeftDatasource() == this || link->RightDatasource() == this)
+      if (TmvMetadataRelation* relation = link->GetRelation()) used.push_back(relation);
   for (const auto& relations : groups) {
     std::map<TmvMetadataObject*, std::vector<TmvMetadataRelation*>> byTarget;
     std::vector<TmvMetadataObject*> order;
     for (TmvMetadataRelation* relation : relations) {
       TmvMetadataObject* target = OtherSide(relation, object);
       if (!target || relation->KeyFields()->Count() == 0 || relation->ChildFields()->Count() == 0) continue;
+      if (std::find(used.begin(), used.end(), relation) != used.end()) continue;
       if (!byTarget.count(target)) order.push_back(target);
       byTarget[target].push_back(relation);
     }

@@ -2,6 +2,7 @@
 // dialect has no joins in FROM, links from the relations of the metadata and
 // from equal field names (with the host's veto), and the cardinality of a
 // link's ends read from the relation it follows.
+#include <algorithm>
 #include <functional>
 
 #include "ModelTestSupport.h"
@@ -177,6 +178,13 @@ TEST_F(AutomaticLinksTest, LinkedObjectOfTheMenuComesWithItsLinks) {
   // Asked again, the present object serves and the link is not doubled.
   EXPECT_EQ(First()->AddLinkedObject(orders, relation), added);
   EXPECT_EQ(First()->Datasources()->LinksCount(), 1);
+  // The menu offers no more what a link follows already.
+  const mv::TmvMenu menu = orders->GetPopupMenu(nullptr);
+  auto linked = std::find_if(menu.begin(), menu.end(),
+                             [](const mv::TmvMenuItem& item) { return U8(item.Key) == "mvQBAddLinkedObject"; });
+  ASSERT_NE(linked, menu.end());
+  ASSERT_EQ(linked->SubItems.size(), 1u);
+  EXPECT_FALSE(linked->SubItems[0].Enabled);
 }
 
 }  // namespace
