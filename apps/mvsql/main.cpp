@@ -7,6 +7,7 @@
 
 #include "Command.h"
 #include "dialects/EngineInit.h"
+#include "localization/LanguageManager.h"
 #include "support/Exceptions.h"
 
 namespace mvsql {
@@ -15,7 +16,9 @@ void PrintGeneralHelp(std::ostream& out) {
   out << "Usage: mvsql COMMAND [OPTIONS] [FILE|-]\n"
          "       mvsql --help | --version\n\n"
          "SQL is read from FILE, or from standard input when FILE is '-' or absent.\n"
-         "Input may be UTF-8 (with or without BOM) or UTF-16 LE with BOM.\n\n"
+         "Input may be UTF-8 (with or without BOM) or UTF-16 LE with BOM.\n"
+         "Every command takes --language NAME|FILE: its messages come in a built-in\n"
+         "language (English, German, ...) or in the language of a .LNG file.\n\n"
          "Commands:\n";
   for (const auto& c : AllCommands()) {
     std::string name = c.name;
@@ -64,6 +67,26 @@ int main(int argc, char** argv) {
     std::cerr << "mvsql: unknown command '" << name << "'\n\n";
     PrintGeneralHelp(std::cerr);
     return kExitUsage;
+  }
+  // "--language NAME|FILE" on any command: its messages come in that language.
+  for (size_t i = 0; i < args.size(); ++i) {
+    std::string language;
+    if (args[i] == "--language" && i + 1 < args.size()) {
+      language = args[i + 1];
+      args.erase(args.begin() + std::ptrdiff_t(i), args.begin() + std::ptrdiff_t(i + 2));
+    } else if (args[i].rfind("--language=", 0) == 0) {
+      language = args[i].substr(11);
+      args.erase(args.begin() + std::ptrdiff_t(i));
+    } else {
+      continue;
+    }
+    try {
+      mv::SelectLanguage(mv::mvQBLanguageManager(), language);
+    } catch (const std::exception& e) {
+      std::cerr << "mvsql " << name << ": " << e.what() << "\n";
+      return kExitUsage;
+    }
+    break;
   }
   // "mvsql COMMAND --help" shows the command's usage.
   for (const auto& a : args) {
