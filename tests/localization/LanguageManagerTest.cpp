@@ -81,13 +81,14 @@ TEST(LanguageManager, TheMessageCatalogAsksTheCurrentLanguageFirst) {
   EXPECT_ANY_THROW(SelectLanguage(manager, "no such language"));
 }
 
-// The `%` templates of a text, in order.
+// The `%` templates of a text, sorted: a translation may reorder indexed ones.
 std::vector<std::string> Templates(const WideString& text) {
   static const std::regex pattern("%(\\d+:)?-?\\d*(\\.\\d+)?[sdfegnmpux%]");
   std::string s = UTF8Encode(text);
   std::vector<std::string> found;
   for (auto it = std::sregex_iterator(s.begin(), s.end(), pattern); it != std::sregex_iterator(); ++it)
     found.push_back(it->str());
+  std::sort(found.begin(), found.end());
   return found;
 }
 
