@@ -156,6 +156,22 @@ TEST(BuiltinLanguages, EveryKeyHasATextWithTheTemplatesOfEnglish) {
   }
 }
 
+TEST(BuiltinLanguages, AllSixteenWithTheirCharsetsAndReadingOrder) {
+  TmvQBLanguageManager manager;
+  manager.AddBuiltinLanguages();
+  ASSERT_EQ(manager.LanguagesCount(), 16);
+  EXPECT_EQ(manager.DefaultLanguage(), nullptr);
+  const uint8_t charSets[16] = {0, 0, 0, 0, 134, 238, 0, 162, 128, 204, 0, 0, 204, 161, 178, 0};
+  for (int i = 0; i < 16; ++i) {
+    EXPECT_EQ(manager.Language(i)->CharSet(), charSets[i]) << i;
+    EXPECT_EQ(manager.Language(i)->BiDiMode(), i == 14 ? bdRightToLeft : bdLeftToRight) << i;
+  }
+  // The Greek file has no byte order mark and reads the same.
+  EXPECT_NE(FindBuiltinLanguageFile(u"GREEK.LNG")->data[0], 0xEF);
+  EXPECT_EQ(QueryBuilderLocalizer().ReadWideStringFromLanguage(manager.Language(13), u"Morvane", u"mvQBFields", u""),
+            u"Πεδία");
+}
+
 TEST(BuiltinLanguages, EnglishCarriesTheTextsOfTheLanguageFileFormat) {
   TmvQBLanguageSourceResource english(u"English", u"ENGLISH.LNG");
   const std::pair<const char16_t*, const char16_t*> texts[] = {
