@@ -5,6 +5,7 @@
 // After every edit the model keeps its promises:
 // - no update is left open anywhere;
 // - each sub-query's list of SELECTs is its union groups' SELECTs in order;
+// - each select list ends in exactly one empty row;
 // - the text can be read, and freeing the model leaves nothing behind
 //   (the sanitizers watch that).
 #include <string_view>
@@ -17,10 +18,13 @@
 #include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
 #include "model/Datasources.h"
+#include "model/Links.h"
 #include "model/QueryModelHost.h"
 #include "model/QueryTree.h"
+#include "model/SelectList.h"
 #include "support/Exceptions.h"
 #include "support/TextFile.h"
+#include "tree/FromClause.h"
 
 using namespace mv;
 
@@ -44,6 +48,20 @@ struct Edits {
     member->Datasources()->GetDatasources(all);
     return all.empty() ? nullptr : all[who / 3 % all.size()];
   }
+  TmvLink* Link() {
+    TmvUnionSubQuery* member = Member();
+    if (!member) return nullptr;
+    std::vector<TmvLink*> links;
+    member->Datasources()->GetLinksRecursive(links);
+    return links.empty() ? nullptr : links[who / 5 % links.size()];
+  }
+  TmvSelectItem* Row() {
+    TmvUnionSubQuery* member = Member();
+    if (!member) return nullptr;
+    TmvSelectList* list = member->SelectList();
+    return list->Count() == 0 ? nullptr : list->Items(who / 5 % list->Count());
+  }
+  const char16_t* Text(std::initializer_list<const char16_t*> texts) { return texts.begin()[who % texts.size()]; }
   TmvUnionGroup* Group() {
     TmvSubQuery* subQuery = SubQuery();
     for (int i = 0; i < subQuery->Count(); ++i)
@@ -55,7 +73,13 @@ struct Edits {
     TmvUnionSubQuery* member = Member();
     TmvDatasource* datasource = Datasource();
     TmvUnionGroup* group = Group();
-    switch (edit % 20) {
+    TmvLink* link = Link();
+    TmvSelectItem* row = Row();
+    TmvSelectList* list = member ? member->SelectList() : nullptr;
+    TmvDatasourceList all;
+    if (member) member->Datasources()->GetDatasources(all);
+    TmvDatasource* other = all.size() > 1 ? all[(who / 3 + 1) % all.size()] : nullptr;
+    switch (edit % 36) {
       case 0: if (member) member->MoveLeftEvent(); break;
       case 1: if (member) member->MoveRightEvent(); break;
       case 2: if (member) member->BracketsEvent(); break;
@@ -76,6 +100,41 @@ struct Edits {
       case 17: SubQuery()->SetSql(u"SELECT x, k FROM t UNION SELECT x, k FROM u"); break;
       case 18: if (member) member->SetSql(u"SELECT t.x FROM t"); break;
       case 19: if (member) SubQuery()->SetActiveUnionSubquery(member); break;
+      // Links and join kinds.
+      case 20: if (datasource && other) member->AddLink(datasource, Text({u"x", u"k"}), u"x", other); break;
+      case 21: if (datasource && other) member->AddLink(datasource, other, Text({u"t.x < u.k", u"x = 1 OR k = 2"})); break;
+      case 22: if (link) link->SetLeftType(who % 2 ? ltOuter : ltInner); break;
+      case 23: if (link) link->SetRightType(who % 2 ? ltOuter : ltInner); break;
+      case 24: if (link) link->FlipLink(); break;
+      case 25: if (link) link->RequestDestroy(); break;
+      case 26:
+        if (datasource) {
+          const TastNodeClass* kinds[] = {&TSQLJoinKindLeft::StaticClass(), &TSQLJoinKindRight::StaticClass(),
+                                          &TSQLJoinKindFull::StaticClass(), &TSQLJoinKindInner::StaticClass(),
+                                          &TSQLJoinKindCross::StaticClass()};
+          datasource->SetJoinKindClass(kinds[who % 5]);
+        }
+        break;
+      case 27: if (auto* object = TmvCast<TmvDataSourceObject>(datasource)) member->AddFKLinksForObject(object); break;
+      case 28: if (auto* object = TmvCast<TmvDataSourceObject>(datasource)) member->AddIdenticalFieldsLinksForObject(object); break;
+      // The grid.
+      case 29: if (row) row->SetConditionString(who % 3, Text({u"10", u"abc", u"a%", u"Null", u"> 5", u"IN (1, 2)", u"", u"x"})); break;
+      case 30: if (row) row->SetSelectUI(!row->Select()); break;
+      case 31: if (row) row->SetExpressionStringUI(Text({u"x", u"t.k + 1", u"COUNT(*)", u"", u"k = 1", u"(SELECT 1)"})); break;
+      case 32: if (row) row->SetAliasStringUI(Text({u"x", u"", u"a b"})); break;
+      case 33: if (row) row->SetGroupingUI(!row->Grouping()); break;
+      case 34:
+        if (row) {
+          row->SetSortTypeString(Text({u"Ascending", u"Descending", u""}));
+          row->SetAggregateStringUI(Text({u"Count", u"Sum", u"", u"Max"}));
+        }
+        break;
+      case 35:
+        if (list && datasource) {
+          if (who % 3 == 0) list->RemoveFields(datasource, u"x");
+          else list->AddField(datasource, Text({u"x", u"k", u""}));
+        }
+        break;
     }
   }
 
@@ -86,6 +145,14 @@ struct Edits {
       MV_FUZZ_CHECK(subQuery->GetUnionSubQueriesList() == subQuery->UnionSubQueries(),
                     std::string("the SELECTs of a sub-query are out of order"));
     }
+    for (TmvSubQuery* subQuery : host.SubQueries())
+      for (TmvUnionSubQuery* member : subQuery->UnionSubQueries()) {
+        TmvSelectList* list = member->SelectList();
+        MV_FUZZ_CHECK(list->Count() > 0 && !list->Items(list->Count() - 1)->Expression(),
+                      std::string("a select list lost its empty last row"));
+        MV_FUZZ_CHECK(list->Count() < 2 || list->Items(list->Count() - 2)->Expression(),
+                      std::string("a select list ends in two empty rows"));
+      }
     (void)host.Query()->GetSql();
   }
 };
