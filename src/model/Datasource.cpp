@@ -264,7 +264,6 @@ void TmvDatasource::CleanDeletedFields() {
         return std::any_of(deleted.begin(), deleted.end(), [&](const WideString& d) { return WideSameText(d, name); });
       });
     };
-    UnionSubQuery()->DropKeptReferences(refers);
     // Rows of a vanished column go with their conditions; conditions of
     // other rows that name one are emptied.
     if (TmvSelectList* list = UnionSubQuery()->SelectList()) {

@@ -262,11 +262,6 @@ class TmvUnionSubQuery : public TmvQueryBase {
                                     std::vector<TSQLFromSource*>& fromSources, bool includeOwn) override;
   void CollectVisibleDatasources(TmvDatasourceList& list) override;
 
-  // Takes out of the clauses this SELECT keeps what `refers` picks: select
-  // items, sort and grouping entries, the operands of an AND condition (a
-  // condition of another kind goes whole). True when something went.
-  bool DropKeptReferences(const std::function<bool(TastNodeBase*)>& refers);
-
   // --- Links. The forms without a place put the link where UseANSIJoins
   // says; names as text go through ParseQualifiedNameQuoteIfNeed. Each
   // returns the new link (null when none was made). ---

@@ -285,54 +285,6 @@ void TmvUnionSubQuery::CollectVisibleDatasources(TmvDatasourceList& list) {
   TmvQueryBase::CollectVisibleDatasources(list);
 }
 
-namespace {
-
-using TmvNodeTest = std::function<bool(TastNodeBase*)>;
-
-// Each answers whether it took something out.
-bool DropReferringItems(TastNodeList& items, const TmvNodeTest& refers) {
-  bool dropped = false;
-  for (int i = items.Count() - 1; i >= 0; --i)
-    if (refers(items.Item(i))) {
-      items.Delete(i);
-      dropped = true;
-    }
-  return dropped;
-}
-
-// A condition loses the operands of its AND that refer; any other condition
-// that refers goes whole.
-bool DropReferringCondition(TastChild<TSQLExpressionItem>& condition, const TmvNodeTest& refers) {
-  if (!condition || !refers(condition.get())) return false;
-  if (auto* conjunction = TmvCast<TSQLExpressionAnd>(condition.get())) {
-    DropReferringItems(conjunction->Items, refers);
-    if (conjunction->Items.Count() > 0) return true;
-  }
-  condition.Reset();
-  return true;
-}
-
-template <class List>
-bool DropReferringListItems(TastChild<List>& list, const TmvNodeTest& refers) {
-  if (!list || !DropReferringItems(list->Items, refers)) return false;
-  if (list->Items.Count() == 0) list.Reset();
-  return true;
-}
-
-}  // namespace
-
-bool TmvUnionSubQuery::DropKeptReferences(const std::function<bool(TastNodeBase*)>& refers) {
-  TSQLSubQuerySelectExpression* select = SelectAST();
-  if (!select) return false;
-  bool changed = select->SelectItems && DropReferringItems(select->SelectItems->Items, refers);
-  changed |= DropReferringCondition(select->Where, refers);
-  changed |= DropReferringCondition(select->Having, refers);
-  changed |= DropReferringListItems(select->GroupBy, refers);
-  changed |= DropReferringListItems(select->OrderBy, refers);
-  if (changed) NotifySQLUpdated();
-  return changed;
-}
-
 bool TmvUnionSubQuery::NotifyDatasourceDestroyingInternal(TmvDatasource* datasource) {
   TSQLFromSource* source = datasource->FromSource();
   if (!QueryAST() || !source) return false;
