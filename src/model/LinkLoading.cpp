@@ -2,6 +2,7 @@
 // conditions taken out of WHERE as where-links, and the way back: the
 // where-links in front of WHERE.
 #include <algorithm>
+#include <functional>
 
 #include "frontend/SQLContext.h"
 #include "model/Datasources.h"
@@ -74,6 +75,44 @@ TmvLink* TmvDatasourceGroup::AddLinkAST(TmvDatasourceBase* owner, TmvOwned<TSQLE
   return link;
 }
 
+namespace {
+
+// Takes every operand of an AND (nested ANDs too) that `isLink` accepts out to
+// `take`; what remains comes back, null when nothing does. An OR or any other
+// logical collection stays whole; a lone expression is tried by itself. With
+// `unwrapSingle` an AND left with one operand gives that operand.
+TmvOwned<TSQLExpressionItem> TakeLinksOut(TmvOwned<TSQLExpressionItem> item,
+                                          const std::function<bool(TSQLExpressionItem*)>& isLink,
+                                          const std::function<void(TmvOwned<TSQLExpressionItem>)>& take,
+                                          bool unwrapSingle) {
+  TSQLExpressionItem* bare = ExpressionRemoveBrackets(item.get());
+  if (auto* conjunction = TmvCast<TSQLExpressionAnd>(bare)) {
+    for (int i = 0; i < conjunction->GetCount();) {
+      TSQLExpressionItem* operand = conjunction->Expression(i);
+      if (TmvCast<TSQLExpressionAnd>(ExpressionRemoveBrackets(operand))) {
+        // What comes back, in whatever form, takes the operand's place.
+        TmvOwned<TSQLExpressionItem> rest = TakeLinksOut(conjunction->Extract(i), isLink, take, unwrapSingle);
+        if (rest) conjunction->Insert(i++, std::move(rest));
+      } else if (isLink(operand)) {
+        take(conjunction->Extract(i));
+      } else {
+        ++i;
+      }
+    }
+    if (conjunction->GetCount() == 0) return nullptr;
+    if (unwrapSingle && conjunction->GetCount() == 1) return conjunction->Extract(0);
+    return item;
+  }
+  if (TmvCast<TSQLExpressionLogicalCollection>(bare)) return item;
+  if (isLink(item.get())) {
+    take(std::move(item));
+    return nullptr;
+  }
+  return item;
+}
+
+}  // namespace
+
 std::vector<TmvLink*> TmvDatasourceBase::AddLinksFromExpression(TmvOwned<TSQLExpressionItem> expression) {
   std::vector<TmvLink*> result;
   TmvDatasourceGroup* group = Group();
@@ -87,35 +126,9 @@ std::vector<TmvLink*> TmvDatasourceBase::AddLinksFromExpression(TmvOwned<TSQLExp
     if (HasControls()) MakeControl(link);
     result.push_back(link);
   };
-  // Takes the simple links out of an AND (nested ones too); what remains
-  // comes back, null when nothing does.
-  std::function<TmvOwned<TSQLExpressionItem>(TmvOwned<TSQLExpressionItem>)> walk =
-      [&](TmvOwned<TSQLExpressionItem> item) -> TmvOwned<TSQLExpressionItem> {
-    TSQLExpressionItem* bare = ExpressionRemoveBrackets(item.get());
-    if (auto* conjunction = TmvCast<TSQLExpressionAnd>(bare)) {
-      for (int i = 0; i < conjunction->GetCount();) {
-        TSQLExpressionItem* operand = conjunction->Expression(i);
-        if (TmvCast<TSQLExpressionAnd>(ExpressionRemoveBrackets(operand))) {
-          TmvOwned<TSQLExpressionItem> rest = walk(conjunction->Extract(i));
-          if (rest) conjunction->Insert(i++, std::move(rest));
-        } else if (TmvLink::CanLoadExpressionAsSimpleLink(this, operand)) {
-          addLink(conjunction->Extract(i));
-        } else {
-          ++i;
-        }
-      }
-      if (conjunction->GetCount() == 0) return nullptr;
-      return item;
-    }
-    // An OR, or any other collection, stays whole.
-    if (TmvCast<TSQLExpressionLogicalCollection>(bare)) return item;
-    if (TmvLink::CanLoadExpressionAsSimpleLink(this, item.get())) {
-      addLink(std::move(item));
-      return nullptr;
-    }
-    return item;
-  };
-  if (TmvOwned<TSQLExpressionItem> rest = walk(std::move(expression))) addLink(std::move(rest));
+  auto isLink = [this](TSQLExpressionItem* item) { return TmvLink::CanLoadExpressionAsSimpleLink(this, item); };
+  if (TmvOwned<TSQLExpressionItem> rest = TakeLinksOut(std::move(expression), isLink, addLink, false))
+    addLink(std::move(rest));
   group->NotifyReorderNeeded();
   NotifySQLUpdated();
   return result;
@@ -140,34 +153,8 @@ TmvOwned<TSQLExpressionItem> TmvDatasourceGroup::LoadWhereJoins(TmvOwned<TSQLExp
     TmvLink* link = AddLinkAST(nullptr, std::move(item), false, lpWhere);
     if (link) MakeControl(link);
   };
-  std::function<TmvOwned<TSQLExpressionItem>(TmvOwned<TSQLExpressionItem>)> walk =
-      [&](TmvOwned<TSQLExpressionItem> item) -> TmvOwned<TSQLExpressionItem> {
-    TSQLExpressionItem* bare = ExpressionRemoveBrackets(item.get());
-    if (auto* conjunction = TmvCast<TSQLExpressionAnd>(bare)) {
-      for (int i = 0; i < conjunction->GetCount();) {
-        TSQLExpressionItem* operand = conjunction->Expression(i);
-        if (TmvCast<TSQLExpressionAnd>(ExpressionRemoveBrackets(operand))) {
-          // What comes back, in whatever form, takes the item's place.
-          TmvOwned<TSQLExpressionItem> rest = walk(conjunction->Extract(i));
-          if (rest) conjunction->Insert(i++, std::move(rest));
-        } else if (TmvLink::CanLoadExpressionAsSimpleWhereLink(this, operand)) {
-          addLink(conjunction->Extract(i));
-        } else {
-          ++i;
-        }
-      }
-      if (conjunction->GetCount() == 0) return nullptr;
-      if (conjunction->GetCount() == 1) return conjunction->Extract(0);
-      return item;
-    }
-    if (TmvCast<TSQLExpressionLogicalCollection>(bare)) return item;
-    if (TmvLink::CanLoadExpressionAsSimpleWhereLink(this, item.get())) {
-      addLink(std::move(item));
-      return nullptr;
-    }
-    return item;
-  };
-  return walk(std::move(where));
+  auto isLink = [this](TSQLExpressionItem* item) { return TmvLink::CanLoadExpressionAsSimpleWhereLink(this, item); };
+  return TakeLinksOut(std::move(where), isLink, addLink, true);
 }
 
 void TmvDatasourceGroup::GetWhereJoinConditions(TSQLExpressionAnd& conditions) const {
