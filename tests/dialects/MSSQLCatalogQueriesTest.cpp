@@ -41,6 +41,12 @@ TEST(MSSQLCatalogQueriesTest, EachVersionGetsItsQuery) {
       {MSSQLLinkedServerTablesQuery(u"srv", u"cat"), u"@table_server='srv', @table_catalog='cat'"},
       {MSSQLRelationsQuery(9, u"db"), u"DB_NAME(DB_ID('db')) as PK_TABLE_DATABASE"},
       {MSSQLRelationsQuery(8, u"db"), u"from [db].INFORMATION_SCHEMA.REFERENTIAL_CONSTRAINTS rc"},
+      {MSSQLTableFunctionsQuery(9, u"db"), u"FROM [db].sys.all_objects AS udf INNER JOIN [db].sys.schemas AS sudf"},
+      {MSSQLTableFunctionsQuery(9, u""), u"udf.type in ('TF', 'FN', 'IF', 'FS', 'FT')"},
+      {MSSQLTableFunctionsQuery(8, u"db"), u"FROM [db].dbo.sysobjects AS udf INNER JOIN [db].dbo.sysusers AS sudf"},
+      {MSSQLTableFunctionsQuery(8, u""), u"OBJECTPROPERTY(udf.id, N'IsTableFunction') = 1 AND udf.name not like N'#%'"},
+      {MSSQLAllObjectsProbeQuery(u"db"), u"from [db].sys.all_objects"},
+      {MSSQLSynonymsQuery(u"db"), u"FROM [db].sys.synonyms AS syn INNER JOIN [db].sys.schemas AS sh"},
   };
   for (const Case& c : cases) EXPECT_NE(c.text.find(c.holds), WideString::npos) << UTF8Encode(c.text);
 }
@@ -60,6 +66,10 @@ TEST(MSSQLCatalogQueriesTest, AHostileNameLeavesTheStatementAsItIs) {
       [](const WideString& name) { return MSSQLRelationsQuery(9, name); },
       [](const WideString& name) { return MSSQLRelationsQuery(8, name); },
       [](const WideString& name) { return MSSQLLinkedServerTablesQuery(name, name); },
+      [](const WideString& name) { return MSSQLTableFunctionsQuery(9, name); },
+      [](const WideString& name) { return MSSQLTableFunctionsQuery(8, name); },
+      [](const WideString& name) { return MSSQLAllObjectsProbeQuery(name); },
+      [](const WideString& name) { return MSSQLSynonymsQuery(name); },
   };
   const WideString hostile[] = {u"x]; drop table t; --", u"o'brien' or 1=1 --", u"a]]b'' /*", u"[\"q\"]"};
   for (const Query& query : queries) {

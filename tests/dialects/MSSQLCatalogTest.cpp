@@ -177,6 +177,79 @@ TEST_F(MSSQLCatalogTest, ObjectsFallBackStepByStep) {
   EXPECT_NE(Sent()[0].find(u"from INFORMATION_SCHEMA.TABLES"), WideString::npos);
 }
 
+TEST_F(MSSQLCatalogTest, SpTablesThenTableFunctionsAndSynonyms) {
+  // The first attempt is refused (not scripted), sp_tables without exec
+  // answers; the table-valued functions follow, and from 2005 on the
+  // synonyms where sys.all_objects opens.
+  struct Case {
+    int major;
+    TmvQBServerVersionMSSQL version;
+    WideString database;
+    bool catalogViews;
+    std::string objects;
+  };
+  const std::string tables = "dbo.Orders:TmvMetadataTable dbo.Top5:TmvMetadataProcedure "
+                             "sys.fn_helpcollations:TmvMetadataProcedure:system";
+  const Case cases[] = {
+      {10, svMSSQL2008, u"", true, tables + " dbo.OrdersAlias:TmvMetadataSynonym"},
+      {10, svMSSQL2008, u"", false, tables},
+      {8, svMSSQL2000, u"", true, tables},
+      {12, svMSSQL2014, u"x]; drop table t; --", true, tables + " dbo.OrdersAlias:TmvMetadataSynonym"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.major);
+    TmvMemoryConnection server;
+    metadata_.SetConnection(&server);
+    server.Open();
+    container_->Clear();
+    provider_.SetServerVersion(c.version);
+    std::vector<WideString> sent;
+    TmvOwned<TSQLQualifiedName> database;
+    if (!c.database.empty()) {
+      database = TastCreate<TSQLQualifiedName>(&context_);
+      database->AddName(c.database, false);
+      server.AddResult(kMSSQLDefaultDatabaseQuery, Column(u"CATALOG_NAME", {u"master"}));
+      sent.push_back(kMSSQLDefaultDatabaseQuery);
+    }
+    TmvMemoryTable spTables;
+    for (const char16_t* column : {u"TABLE_OWNER", u"TABLE_NAME", u"TABLE_TYPE"}) spTables.AddColumn(column, ftWideString);
+    spTables.AddRow({u"dbo", u"Orders", u"TABLE"});
+    sent.push_back(MSSQLDatabasePrefix(c.database) + u"dbo.sp_tables");
+    server.AddResult(sent.back(), spTables);
+    TmvMemoryTable functions;
+    for (const char16_t* column : {u"PROCEDURE_SCHEMA", u"PROCEDURE_NAME", u"PROCEDURE_TYPE"})
+      functions.AddColumn(column, ftWideString);
+    functions.AddRow({u"dbo", u"Top5", u"PROCEDURE"}).AddRow({u"sys", u"fn_helpcollations", u"SYSTEM PROCEDURE"});
+    sent.push_back(MSSQLTableFunctionsQuery(c.major, c.database));
+    server.AddResult(sent.back(), functions);
+    if (c.catalogViews) {
+      server.AddResult(MSSQLAllObjectsProbeQuery(c.database), Column(u"object_id", {}));
+      TmvMemoryTable synonyms;
+      for (const char16_t* column : {u"SYNONYM_SCHEMA", u"SYNONYM_NAME", u"SYNONYM_TYPE", u"REFERENCED_OBJECT_NAME"})
+        synonyms.AddColumn(column, ftWideString);
+      synonyms.AddRow({u"dbo", u"OrdersAlias", u"SYNONYM", u"dbo.Orders"});
+      server.AddResult(MSSQLSynonymsQuery(c.database), synonyms);
+      if (c.major >= 9) {
+        sent.push_back(MSSQLAllObjectsProbeQuery(c.database));
+        sent.push_back(MSSQLSynonymsQuery(c.database));
+      }
+    }
+
+    provider_.LoadMetadataObjects(&context_, nullptr, container_.get(), nullptr, database.get());
+    EXPECT_EQ(Objects(), c.objects);
+    std::vector<WideString> received;
+    for (const auto& statement : server.Received()) received.push_back(statement.Sql);
+    EXPECT_EQ(received, sent);
+    ASSERT_GT(container_->Count(), 0);
+    const auto* synonym = dynamic_cast<const TmvMetadataSynonym*>(container_->Items(container_->Count() - 1));
+    if (synonym) {
+      ASSERT_NE(synonym->ReferencedName(), nullptr);
+      EXPECT_EQ(synonym->ReferencedName()->Token, u"Orders");
+    }
+  }
+  metadata_.SetConnection(&server_);
+}
+
 TEST_F(MSSQLCatalogTest, CompactEditionHasItsOwnLoaders) {
   TmvMSSQLCESyntaxProvider compact;
   Use(compact);

@@ -87,6 +87,37 @@ bool TryLoad(TmvMetadataObjectFetcherFromQuery& fetcher, TmvMetadataContainer* c
   return true;
 }
 
+// What sp_tables leaves out: the table-valued functions as procedures and,
+// where the catalog views exist, the synonyms. Either may be refused; the
+// objects already read stay.
+void LoadTableFunctionsAndSynonyms(TmvBaseSQLContext* context, TmvConnection* connection, int major,
+                                   const WideString& other, TmvMetadataContainer* container,
+                                   const TmvMetadataFilter* filter, const TSQLQualifiedName* database) {
+  TmvMetadataObjectFetcherFromQuery functions(context, connection);
+  functions.SQL = MSSQLTableFunctionsQuery(major, other);
+  functions.SchemaFieldName = u"PROCEDURE_SCHEMA";
+  functions.NameFieldName = u"PROCEDURE_NAME";
+  functions.TypeFieldName = u"PROCEDURE_TYPE";
+  functions.UserProcedureTypeValue = u"PROCEDURE";
+  functions.SystemProcedureTypeValue = u"SYSTEM PROCEDURE";
+  TryLoad(functions, container, filter, database);
+  if (major < 9) return;
+  try {
+    context->MetadataProvider()->ExecSQLDatasetUR(connection, MSSQLAllObjectsProbeQuery(other), nullptr);
+  } catch (const Exception&) {
+    return;
+  }
+  TmvMetadataObjectFetcherFromQuery synonyms(context, connection);
+  synonyms.SQL = MSSQLSynonymsQuery(other);
+  synonyms.SchemaFieldName = u"SYNONYM_SCHEMA";
+  synonyms.NameFieldName = u"SYNONYM_NAME";
+  synonyms.TypeFieldName = u"SYNONYM_TYPE";
+  synonyms.ReferencedFullNameFieldName = u"REFERENCED_OBJECT_NAME";
+  synonyms.UserSynonymTypeValue = u"SYNONYM";
+  synonyms.SystemSynonymTypeValue = u"SYSTEM SYNONYM";
+  TryLoad(synonyms, container, filter, database);
+}
+
 }  // namespace
 
 TmvSyntaxSupportConectedServer IsConnectedServerIsMSSQL(TmvBaseMetadataProvider* provider,
@@ -229,7 +260,10 @@ bool LoadMetadataObjectsMSSQL(TmvBaseSQLContext* context, TmvConnection* connect
   TmvMetadataObjectFetcherFromQuery plain(context, connection);
   plain.SQL = MSSQLDatabasePrefix(other) + u"dbo.sp_tables";
   ReadTablesAndViews(plain, context);
-  if (TryLoad(plain, container, filter, database)) return true;
+  if (TryLoad(plain, container, filter, database)) {
+    LoadTableFunctionsAndSynonyms(context, connection, major, other, container, filter, database);
+    return true;
+  }
   TmvMetadataObjectFetcherFromQuery standard(context, connection);
   standard.SQL = WideFormat(kObjectsFromInformationSchema, {MSSQLDatabasePrefix(other)});
   ReadTablesAndViews(standard, context);

@@ -101,4 +101,36 @@ WideString MSSQLRelationsQuery(int major, WideStringView database) {
          u"pf.TABLE_NAME, ff.TABLE_SCHEMA, ff.TABLE_NAME, pf.ORDINAL_POSITION";
 }
 
+WideString MSSQLTableFunctionsQuery(int major, WideStringView database) {
+  const WideString prefix = MSSQLDatabasePrefix(database);
+  if (major >= 9)
+    return u"SELECT sudf.name AS PROCEDURE_SCHEMA, udf.name AS PROCEDURE_NAME, CASE udf.is_ms_shipped WHEN 1 THEN "
+           u"N'SYSTEM PROCEDURE' ELSE N'PROCEDURE' END AS PROCEDURE_TYPE FROM " +
+           prefix + u"sys.all_objects AS udf INNER JOIN " + prefix +
+           u"sys.schemas AS sudf ON sudf.schema_id = udf.schema_id WHERE udf.type in ('TF', 'FN', 'IF', 'FS', 'FT') "
+           u"AND udf.type_desc like N'%TABLE_VALUED_FUNCTION' AND udf.name not like N'#%' "
+           u"ORDER BY PROCEDURE_SCHEMA, PROCEDURE_NAME";
+  return u"SELECT sudf.name AS PROCEDURE_SCHEMA, udf.name AS PROCEDURE_NAME, CASE OBJECTPROPERTY(udf.id, "
+         u"N'IsMSShipped') WHEN 1 THEN N'SYSTEM PROCEDURE' ELSE N'PROCEDURE' END AS PROCEDURE_TYPE FROM " +
+         prefix + u"dbo.sysobjects AS udf INNER JOIN " + prefix +
+         u"dbo.sysusers AS sudf ON sudf.uid = udf.uid WHERE udf.xtype in ('TF', 'FN', 'IF') AND "
+         u"OBJECTPROPERTY(udf.id, N'IsTableFunction') = 1 AND udf.name not like N'#%' "
+         u"ORDER BY PROCEDURE_SCHEMA, PROCEDURE_NAME";
+}
+
+WideString MSSQLAllObjectsProbeQuery(WideStringView database) {
+  return u"select top (0) object_id from " + MSSQLDatabasePrefix(database) + u"sys.all_objects";
+}
+
+WideString MSSQLSynonymsQuery(WideStringView database) {
+  if (database.empty()) return kMSSQLSynonymsQuery;
+  // SCHEMA_NAME reads the connected database: another one joins its own schemas.
+  const WideString prefix = MSSQLDatabasePrefix(database);
+  return u"SELECT sh.name AS SYNONYM_SCHEMA, syn.name AS SYNONYM_NAME, CASE syn.is_ms_shipped WHEN 0 THEN "
+         u"N'SYNONYM' WHEN 1 THEN N'SYSTEM SYNONYM' END AS SYNONYM_TYPE,  syn.base_object_name as "
+         u"REFERENCED_OBJECT_NAME FROM " +
+         prefix + u"sys.synonyms AS syn INNER JOIN " + prefix +
+         u"sys.schemas AS sh ON sh.schema_id = syn.schema_id ORDER BY SYNONYM_SCHEMA,SYNONYM_NAME";
+}
+
 }  // namespace mv

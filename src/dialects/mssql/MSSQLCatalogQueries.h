@@ -32,5 +32,14 @@ WideString MSSQLObjectsQuery(int major, WideStringView database);
 // The tables of a catalog of a linked server.
 WideString MSSQLLinkedServerTablesQuery(WideStringView server, WideStringView catalog);
 WideString MSSQLRelationsQuery(int major, WideStringView database);
+// The table-valued functions of a database, read as procedures
+// (PROCEDURE_SCHEMA, PROCEDURE_NAME, PROCEDURE_TYPE "PROCEDURE" or
+// "SYSTEM PROCEDURE"); temporary ones left out. The catalog views from
+// version 9, sysobjects below.
+WideString MSSQLTableFunctionsQuery(int major, WideStringView database);
+// Opens only where the catalog view sys.all_objects exists.
+WideString MSSQLAllObjectsProbeQuery(WideStringView database);
+// The synonyms of a database (kMSSQLSynonymsQuery for the connected one).
+WideString MSSQLSynonymsQuery(WideStringView database);
 
 }  // namespace mv
