@@ -14,19 +14,6 @@ namespace {
 
 using namespace mvtest;
 
-std::string Lower(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
-}
-
-class TJoinsProvider : public TCapabilityProvider {
- public:
-  bool ANSI = true, Oracle = false, TransactSQL = false;
-  bool IsSupportANSIJoins() const override { return ANSI; }
-  bool IsSupportOracleJoins() const override { return Oracle; }
-  bool IsSupportTransactSQLJoins() const override { return TransactSQL; }
-};
-
 // --- The dialect changes to one without joins in FROM ---
 
 struct ProviderCase {
@@ -39,7 +26,7 @@ struct ProviderCase {
 class ProviderChangeTest : public ModelTest, public ::testing::WithParamInterface<ProviderCase> {
  public:
   ~ProviderChangeTest() override { host->SetSyntaxProvider(&provider); }
-  TJoinsProvider noJoins;
+  TCapabilityProvider noJoins;
 };
 
 const ProviderCase kProviderCases[] = {
@@ -58,8 +45,8 @@ const ProviderCase kProviderCases[] = {
 TEST_P(ProviderChangeTest, TurnsFromLinksIntoWhereLinks) {
   const ProviderCase& row = GetParam();
   Load(row.Sql);
-  noJoins.ANSI = false;
-  noJoins.Oracle = row.Oracle;
+  noJoins.ANSIJoins = false;
+  noJoins.OracleJoins = row.Oracle;
   host->SetSyntaxProvider(&noJoins);
   EXPECT_EQ(Lower(Sql()), row.Printed);
   std::vector<mv::TmvLink*> links;

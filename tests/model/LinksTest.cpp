@@ -17,20 +17,6 @@ namespace {
 
 using namespace mv;
 
-// The reference dialect with settable answers on joins.
-class TJoinsProvider : public TCapabilityProvider {
- public:
-  bool ANSI = true, Oracle = false, TransactSQL = false;
-  bool IsSupportANSIJoins() const override { return ANSI; }
-  bool IsSupportOracleJoins() const override { return Oracle; }
-  bool IsSupportTransactSQLJoins() const override { return TransactSQL; }
-};
-
-std::string Lower(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
-  return text;
-}
-
 class LinksTest : public ModelTest {
  protected:
   LinksTest() { host->SetSyntaxProvider(&joins); }
@@ -74,7 +60,7 @@ class LinksTest : public ModelTest {
   }
 
  protected:
-  TJoinsProvider joins;
+  TCapabilityProvider joins;
 };
 
 // --- Loading and printing back ---
@@ -211,8 +197,8 @@ class WhereSideTest : public LinksTest, public ::testing::WithParamInterface<Sid
 
 TEST_P(WhereSideTest, MarksGiveTheOuterSide) {
   const SideCase& c = GetParam();
-  joins.Oracle = c.oracle;
-  joins.TransactSQL = c.transactSQL;
+  joins.OracleJoins = c.oracle;
+  joins.TransactSQLJoins = c.transactSQL;
   Load("SELECT * FROM a, b");
   TmvOwned<TSQLExpressionItem> expression = Condition(u"a.x = b.y");
   auto* binary = ExpressionGetTompostBinaryOperator(expression.get());
@@ -255,8 +241,8 @@ class SetSideTest : public LinksTest, public ::testing::WithParamInterface<SetSi
 
 TEST_P(SetSideTest, GoesIntoTheExpressionAsTheDialectWritesIt) {
   const SetSideCase& c = GetParam();
-  joins.Oracle = c.oracle;
-  joins.TransactSQL = c.transactSQL;
+  joins.OracleJoins = c.oracle;
+  joins.TransactSQLJoins = c.transactSQL;
   Load(c.sql);
   ASSERT_EQ(AllLinks().size(), 1u);
   TmvLink* link = AllLinks().front();
@@ -348,15 +334,15 @@ TEST_F(LinksTest, AddLinkPlacesByDialectAndOptionsAndIsFound) {
   // Where-links already there keep a dialect with (+) in WHERE.
   host->Options.CreateWhereJoinsByDefault = false;
   EXPECT_TRUE(First()->UseANSIJoins());
-  joins.Oracle = true;
+  joins.OracleJoins = true;
   EXPECT_FALSE(First()->UseANSIJoins());
-  joins.ANSI = false;
+  joins.ANSIJoins = false;
   Load("SELECT * FROM a, b");
   EXPECT_FALSE(First()->UseANSIJoins());
 }
 
 TEST_F(LinksTest, AnOnClauseDropsTheMarksOfWhere) {
-  joins.Oracle = true;
+  joins.OracleJoins = true;
   Load("SELECT * FROM a INNER JOIN b ON a.x = b.x");
   TmvOwned<TSQLExpressionItem> expression = Condition(u"a.y = b.y");
   auto* binary = ExpressionGetTompostBinaryOperator(expression.get());

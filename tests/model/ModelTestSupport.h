@@ -3,6 +3,9 @@
 // and read it back.
 #pragma once
 
+#include <cctype>
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -30,6 +33,7 @@ class TCapabilityProvider : public TReferenceDialectProvider {
   bool CTE = true, RecursiveCTE = true;
   bool CrossJoin = true, LeftJoin = true, RightJoin = true, FullJoin = true;
   bool FromClauseMandatory = false;
+  bool ANSIJoins = true, OracleJoins = false, TransactSQLJoins = false, ForceBinaryJoins = false;
 
   bool IsSupportUnions() const override { return Unions; }
   bool IsSupportSubQueryUnions() const override { return SubQueryUnions; }
@@ -44,7 +48,17 @@ class TCapabilityProvider : public TReferenceDialectProvider {
   bool IsSupportRightANSIJoin() const override { return RightJoin; }
   bool IsSupportFullANSIJoin() const override { return FullJoin; }
   bool IsFromClauseMandatory() const override { return FromClauseMandatory; }
+  bool IsSupportANSIJoins() const override { return ANSIJoins; }
+  bool IsSupportOracleJoins() const override { return OracleJoins; }
+  bool IsSupportTransactSQLJoins() const override { return TransactSQLJoins; }
+  bool IsForceBinaryANSIJoins() const override { return ForceBinaryJoins; }
 };
+
+// Lower case: the case of printed keywords is the builder's business.
+inline std::string Lower(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
+}
 
 inline std::string U8(const mv::WideString& text) { return mv::UTF8Encode(text); }
 inline mv::WideString U16(const std::string& text) { return mv::UTF8Decode(text); }

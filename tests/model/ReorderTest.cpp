@@ -11,13 +11,6 @@ namespace {
 
 using namespace mvtest;
 
-class TReorderProvider : public TCapabilityProvider {
- public:
-  bool Binary = false, Oracle = false;
-  bool IsForceBinaryANSIJoins() const override { return Binary; }
-  bool IsSupportOracleJoins() const override { return Oracle; }
-};
-
 class ReorderTest;
 
 struct ReorderCase {
@@ -79,7 +72,7 @@ class ReorderTest : public ModelTest, public ::testing::WithParamInterface<Reord
   }
   std::string From() { return Normal(U8(First()->GetFromClauseString())); }
 
-  TReorderProvider reorderProvider;
+  TCapabilityProvider reorderProvider;
 };
 
 const ReorderCase kCases[] = {
@@ -123,7 +116,7 @@ const ReorderCase kCases[] = {
 
 TEST_P(ReorderTest, GivesTheFromClause) {
   const ReorderCase& row = GetParam();
-  reorderProvider.Binary = row.Binary;
+  reorderProvider.ForceBinaryJoins = row.Binary;
   reorderProvider.RightJoin = row.RightJoin;
   Load(row.Sql);
   {
@@ -150,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, ReorderTest, ::testing::ValuesIn(kCases),
 class WhereLinkFixupTest : public ReorderTest {};
 
 TEST_F(WhereLinkFixupTest, NewWhereLinkTakesTheSidesOfTheJoinItRepeats) {
-  reorderProvider.Oracle = true;
+  reorderProvider.OracleJoins = true;
   Load("SELECT * FROM a LEFT JOIN b ON a.x = b.x");
   mv::TmvLink* repeated = First()->AddLink(T("b"), u"y", u"y", T("a"), mv::lpWhere);
   ASSERT_NE(repeated, nullptr);

@@ -33,11 +33,6 @@ std::string Describe(const TmvSelectItem* row) {
   return text;
 }
 
-std::string Lower(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
-}
-
 class SelectListTest : public ModelTest {
  public:
   TmvSelectList* List() const { return First()->SelectList(); }
