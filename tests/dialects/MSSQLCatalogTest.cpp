@@ -271,3 +271,11 @@ TEST_F(MSSQLCatalogTest, CompactEditionHasItsOwnLoaders) {
   EXPECT_EQ(Sent(), (std::vector<WideString>{kMSSQLCompactProbeQuery, kMSSQLCompactObjectsQuery,
                                              kMSSQLCompactRelationsQuery}));
 }
+
+TEST_F(MSSQLCatalogTest, AggregatesAndFieldsDetectTheVersionFirst) {
+  AnswerVersion(10);
+  provider_.LoadMetadataCustomAggregateNames(&context_, nullptr, container_.get(), nullptr);
+  EXPECT_EQ(provider_.GetServerVersion(), svMSSQL2008);
+  ASSERT_FALSE(Sent().empty());
+  EXPECT_EQ(Sent().front(), kMSSQLVersionQuery);
+}

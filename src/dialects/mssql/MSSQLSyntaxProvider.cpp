@@ -272,6 +272,19 @@ void TmvMSSQLSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, T
     TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
 }
 
+void TmvMSSQLSyntaxProvider::LoadMetadataCustomAggregateNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                              TmvMetadataContainer* container,
+                                                              const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  TmvMatrixSyntaxProvider::LoadMetadataCustomAggregateNames(context, connection, container, database);
+}
+
+void TmvMSSQLSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                           TmvMetadataObject* object) {
+  DetectServerVersionIfNeeded(context);
+  TmvMatrixSyntaxProvider::LoadFieldsForObjectFromServer(context, connection, object);
+}
+
 // --- Limits ---
 
 bool TmvMSSQLSyntaxProvider::GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset,

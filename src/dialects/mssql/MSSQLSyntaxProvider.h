@@ -79,6 +79,12 @@ class TmvMSSQLSyntaxProvider : public TmvMatrixSyntaxProvider {
                            const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
   void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
                              const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  // The server has no catalog query of its own for these: the version is
+  // detected first (as for every catalog load), then the base answers.
+  void LoadMetadataCustomAggregateNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                                        TmvMetadataContainer* container, const TSQLQualifiedName* database) override;
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
 
   WideString GetDateString(TmvDateTime value) const override;
   WideString GetTimeString(TmvDateTime value) const override;
