@@ -4,6 +4,7 @@
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataProvider.h"
+#include "metadata/fetchers/FetcherBase.h"
 #include "metadata/fetchers/NamesFetchers.h"
 #include "metadata/fetchers/ObjectsFetcher.h"
 #include "metadata/fetchers/RelationsFetcher.h"
@@ -30,21 +31,6 @@ constexpr const char16_t* kObjectsFromInformationSchema =
     u"select cast(TABLE_SCHEMA as varchar(255)) as TABLE_OWNER, cast(TABLE_NAME as varchar(255)) as TABLE_NAME, "
     u"cast(TABLE_TYPE as varchar(255)) as TABLE_TYPE from %sINFORMATION_SCHEMA.TABLES";
 
-// The metadata provider of the context when it can run SQL; null otherwise.
-TmvBaseMetadataProvider* SqlProvider(TmvBaseSQLContext* context) {
-  TmvBaseMetadataProvider* provider = context ? context->MetadataProvider() : nullptr;
-  return provider && provider->GetCanExecSQL() ? provider : nullptr;
-}
-
-// The text of `column` in the first row of `sql`; empty when there is none.
-WideString FirstValue(TmvBaseMetadataProvider& provider, TmvConnection* connection, WideStringView sql,
-                      WideStringView column) {
-  auto dataset = provider.ExecSQLDatasetUR(connection, sql, nullptr);
-  if (!dataset || dataset->Eof()) return {};
-  TmvField* field = column.empty() ? nullptr : dataset->FindField(column);
-  return field ? field->AsWideString() : WideString();
-}
-
 // The prefix a database gives the catalog queries: none for no database or
 // the connected one (asked of the server again for each load).
 WideString DatabaseOf(TmvBaseMetadataProvider& provider, TmvConnection* connection,
@@ -53,7 +39,7 @@ WideString DatabaseOf(TmvBaseMetadataProvider& provider, TmvConnection* connecti
   const WideString name = database->Token(0)->Token;
   WideString current;
   try {
-    current = FirstValue(provider, connection, kMSSQLDefaultDatabaseQuery, u"CATALOG_NAME");
+    current = FirstCatalogValue(provider, connection, kMSSQLDefaultDatabaseQuery, u"CATALOG_NAME");
   } catch (const Exception&) {
   }
   return WideUpperCase(current) == WideUpperCase(name) ? WideString() : name;
@@ -124,7 +110,7 @@ TmvSyntaxSupportConectedServer IsConnectedServerIsMSSQL(TmvBaseMetadataProvider*
                                                         TmvConnection* connection) {
   if (!provider || !provider->GetCanExecSQL()) return scsDontKnow;
   try {
-    const WideString value = FirstValue(*provider, connection, kMSSQLProbeQuery, u"attribute_value");
+    const WideString value = FirstCatalogValue(*provider, connection, kMSSQLProbeQuery, u"attribute_value");
     return WideUpperCase(value) == WideUpperCase(u"Microsoft SQL Server") ? scsSupport : scsNotSupport;
   } catch (const Exception&) {
     return scsNotSupport;
@@ -145,7 +131,7 @@ TmvSyntaxSupportConectedServer IsConnectedServerIsMSSQLCompact(TmvBaseMetadataPr
 int ReadServerVersionMSSQL(TmvBaseMetadataProvider* provider, TmvConnection* connection) {
   if (!provider || !provider->GetCanExecSQL()) return CalcServerVersionMSSQL(0, false);
   try {
-    const WideString value = FirstValue(*provider, connection, kMSSQLVersionQuery, u"VersionMajor");
+    const WideString value = FirstCatalogValue(*provider, connection, kMSSQLVersionQuery, u"VersionMajor");
     int major = 0;
     const bool read = TryStrToInt(value, major);
     return CalcServerVersionMSSQL(major, read);
@@ -155,11 +141,11 @@ int ReadServerVersionMSSQL(TmvBaseMetadataProvider* provider, TmvConnection* con
 }
 
 TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameMSSQL(TmvBaseSQLContext* context, TmvConnection* connection) {
-  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
   if (!provider) return nullptr;
   WideString name;
   try {
-    name = provider->TrimName(FirstValue(*provider, connection, kMSSQLDefaultDatabaseQuery, u"CATALOG_NAME"));
+    name = provider->TrimName(FirstCatalogValue(*provider, connection, kMSSQLDefaultDatabaseQuery, u"CATALOG_NAME"));
   } catch (const Exception&) {
     return nullptr;
   }
@@ -171,11 +157,11 @@ TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameMSSQL(TmvBaseSQLContext* conte
 
 bool GetDefaultSchemaNamesMSSQL(TmvBaseSQLContext* context, TmvConnection* connection,
                                 TSQLIdentifiersCollection& names) {
-  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
   if (!provider) return false;
   WideString user;
   try {
-    user = provider->TrimName(FirstValue(*provider, connection, kMSSQLDefaultSchemaQuery, u"user_name"));
+    user = provider->TrimName(FirstCatalogValue(*provider, connection, kMSSQLDefaultSchemaQuery, u"user_name"));
   } catch (const Exception&) {
     return false;
   }
@@ -186,7 +172,7 @@ bool GetDefaultSchemaNamesMSSQL(TmvBaseSQLContext* context, TmvConnection* conne
 
 bool GetDatabasesListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
                            std::vector<WideString>& list) {
-  if (!SqlProvider(context)) return false;
+  if (!CatalogSqlProvider(context)) return false;
   TmvMetadataDatabasesFetcherFromQuery fetcher(context, connection);
   fetcher.SQL = MSSQLDatabasesQuery(major);
   fetcher.NameFieldName = u"DATABASE_NAME";
@@ -204,7 +190,7 @@ bool GetDatabasesListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection
 
 bool GetSchemasListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
                          const TSQLQualifiedName* database, std::vector<WideString>& list) {
-  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
   if (!provider) return false;
   TmvMetadataSchemasFetcherFromQuery fetcher(context, connection);
   fetcher.SQL = MSSQLSchemasQuery(major, DatabaseOf(*provider, connection, database));
@@ -224,7 +210,7 @@ bool GetSchemasListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, 
 bool LoadMetadataObjectsMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
                               TmvMetadataContainer* container, const TmvMetadataFilter* filter,
                               const TSQLQualifiedName* database) {
-  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
   if (!provider || !container) return false;
   // A linked server and one of its catalogs.
   if (database && database->GetCount() == 2) {
@@ -302,7 +288,7 @@ bool LoadRelations(TmvBaseSQLContext* context, TmvConnection* connection, WideSt
 bool LoadMetadataRelationsMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
                                 TmvMetadataContainer* container, const TmvMetadataFilter* filter,
                                 const TSQLQualifiedName* database) {
-  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
   if (!provider || !container) return false;
   const WideString other = DatabaseOf(*provider, connection, database);
   return LoadRelations(context, connection, MSSQLRelationsQuery(major, other), true, container, filter, database);
@@ -310,7 +296,7 @@ bool LoadMetadataRelationsMSSQL(TmvBaseSQLContext* context, TmvConnection* conne
 
 bool LoadMetadataObjectsMSSQLCompact(TmvBaseSQLContext* context, TmvConnection* connection,
                                      TmvMetadataContainer* container, const TmvMetadataFilter* filter) {
-  if (!SqlProvider(context) || !container) return false;
+  if (!CatalogSqlProvider(context) || !container) return false;
   TmvMetadataObjectFetcherFromQuery fetcher(context, connection);
   fetcher.SQL = kMSSQLCompactObjectsQuery;
   fetcher.NameFieldName = u"TABLE_NAME";
@@ -325,7 +311,7 @@ bool LoadMetadataObjectsMSSQLCompact(TmvBaseSQLContext* context, TmvConnection* 
 
 bool LoadMetadataRelationsMSSQLCompact(TmvBaseSQLContext* context, TmvConnection* connection,
                                        TmvMetadataContainer* container, const TmvMetadataFilter* filter) {
-  if (!SqlProvider(context) || !container) return false;
+  if (!CatalogSqlProvider(context) || !container) return false;
   return LoadRelations(context, connection, kMSSQLCompactRelationsQuery, false, container, filter, nullptr);
 }
 

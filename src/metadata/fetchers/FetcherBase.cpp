@@ -89,4 +89,17 @@ TmvVariant CatalogValue(const TmvField* column) { return column ? column->AsVari
 
 WideString CatalogText(const TmvField* column) { return column ? column->AsWideString() : WideString(); }
 
+TmvBaseMetadataProvider* CatalogSqlProvider(TmvBaseSQLContext* context) {
+  TmvBaseMetadataProvider* provider = context ? context->MetadataProvider() : nullptr;
+  return provider && provider->GetCanExecSQL() ? provider : nullptr;
+}
+
+WideString FirstCatalogValue(TmvBaseMetadataProvider& provider, TmvConnection* connection, WideStringView sql,
+                             WideStringView column) {
+  auto dataset = provider.ExecSQLDatasetUR(connection, sql, nullptr);
+  if (!dataset || dataset->Eof()) return {};
+  TmvField* field = column.empty() ? nullptr : dataset->FindField(column);
+  return field ? field->AsWideString() : WideString();
+}
+
 }  // namespace mv

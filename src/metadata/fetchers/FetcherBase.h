@@ -112,6 +112,12 @@ bool IsCatalogWalkOver(const TmvDataSet* dataset);
 TmvVariant CatalogValue(const TmvField* column);
 // The text of a column (empty for a column not in use and for NULL).
 WideString CatalogText(const TmvField* column);
+// The metadata provider of the context when it can run SQL; null otherwise.
+TmvBaseMetadataProvider* CatalogSqlProvider(TmvBaseSQLContext* context);
+// The text of `column` in the first row of `sql`; empty when there is none.
+// A statement the server refuses raises.
+WideString FirstCatalogValue(TmvBaseMetadataProvider& provider, TmvConnection* connection, WideStringView sql,
+                             WideStringView column);
 
 // The query level of a line, over its dataset level `DatasetLevel` (which
 // has SetDataset and the virtual InitIterations and EndIterations): it runs

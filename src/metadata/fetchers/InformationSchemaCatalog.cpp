@@ -5,6 +5,7 @@
 #include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
+#include "metadata/fetchers/FetcherBase.h"
 #include "metadata/fetchers/FieldsFetcher.h"
 #include "metadata/fetchers/ObjectsFetcher.h"
 #include "metadata/fetchers/RelationsFetcher.h"
@@ -71,11 +72,6 @@ WideString InformationSchemaFieldsQuery(WideStringView database, WideStringView 
 
 namespace {
 
-TmvBaseMetadataProvider* SqlProvider(TmvBaseSQLContext* context) {
-  TmvBaseMetadataProvider* provider = context ? context->MetadataProvider() : nullptr;
-  return provider && provider->GetCanExecSQL() ? provider : nullptr;
-}
-
 // The database a load is for, and the prefix it gives the views: none for no
 // database or the connected one (asked of the server again for each load).
 struct TDatabaseScope {
@@ -124,12 +120,12 @@ TmvSyntaxSupportConectedServer IsConnectedServerIsSQL92(TmvBaseMetadataProvider*
 }
 
 TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameSQL92(TmvBaseSQLContext* context, TmvConnection* connection) {
-  TmvBaseMetadataProvider* provider = SqlProvider(context);
+  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
   if (!provider) return nullptr;
   WideString name;
   try {
-    auto dataset = provider->ExecSQLDatasetUR(connection, kInformationSchemaDefaultDatabaseQuery, nullptr);
-    if (dataset && !dataset->Eof()) name = provider->TrimName(dataset->FieldByName(u"CATALOG_NAME").AsWideString());
+    name = provider->TrimName(FirstCatalogValue(*provider, connection, kInformationSchemaDefaultDatabaseQuery,
+                                                u"CATALOG_NAME"));
   } catch (const Exception&) {
     return nullptr;
   }
@@ -141,7 +137,7 @@ TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameSQL92(TmvBaseSQLContext* conte
 
 bool LoadMetadataObjectsSQL92(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
                               const TmvMetadataFilter* filter, const TSQLQualifiedName* database) {
-  if (!SqlProvider(context) || !container) return false;
+  if (!CatalogSqlProvider(context) || !container) return false;
   const TDatabaseScope scope = ScopeOf(context, connection, database);
   TmvMetadataObjectFetcherFromQuery tables(context, connection);
   tables.SQL = InformationSchemaTablesQuery(scope.Prefix, scope.Name);
@@ -167,7 +163,7 @@ bool LoadMetadataObjectsSQL92(TmvBaseSQLContext* context, TmvConnection* connect
 bool LoadMetadataRelationsSQL92(TmvBaseSQLContext* context, TmvConnection* connection,
                                 TmvMetadataContainer* container, const TmvMetadataFilter* filter,
                                 const TSQLQualifiedName* database) {
-  if (!SqlProvider(context) || !container) return false;
+  if (!CatalogSqlProvider(context) || !container) return false;
   TmvMetadataRelationsFetcherFromQuery fetcher(context, connection);
   fetcher.SQL = InformationSchemaRelationsQuery(ScopeOf(context, connection, database).Prefix);
   fetcher.PrimaryDatabaseFieldName = u"PK_TABLE_DATABASE";
@@ -185,7 +181,7 @@ bool LoadMetadataRelationsSQL92(TmvBaseSQLContext* context, TmvConnection* conne
 }
 
 bool LoadFieldsForObjectSQL92(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object) {
-  if (!SqlProvider(context) || !object) return false;
+  if (!CatalogSqlProvider(context) || !object) return false;
   TInformationSchemaFieldsFetcher fetcher(context, connection);
   fetcher.SQL = InformationSchemaFieldsQuery(object->DatabaseStrNotQuoted(), object->SchemaStrNotQuoted(),
                                              object->NameStrNotQuoted());
