@@ -141,18 +141,7 @@ int ReadServerVersionMSSQL(TmvBaseMetadataProvider* provider, TmvConnection* con
 }
 
 TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameMSSQL(TmvBaseSQLContext* context, TmvConnection* connection) {
-  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
-  if (!provider) return nullptr;
-  WideString name;
-  try {
-    name = provider->TrimName(FirstCatalogValue(*provider, connection, kMSSQLDefaultDatabaseQuery, u"CATALOG_NAME"));
-  } catch (const Exception&) {
-    return nullptr;
-  }
-  if (name.empty()) return nullptr;
-  auto result = TastCreate<TSQLQualifiedName>(context);
-  result->AddName(name, false);
-  return result;
+  return CatalogNameFromQuery(context, connection, kMSSQLDefaultDatabaseQuery, u"CATALOG_NAME");
 }
 
 bool GetDefaultSchemaNamesMSSQL(TmvBaseSQLContext* context, TmvConnection* connection,

@@ -102,4 +102,20 @@ WideString FirstCatalogValue(TmvBaseMetadataProvider& provider, TmvConnection* c
   return field ? field->AsWideString() : WideString();
 }
 
+TmvOwned<TSQLQualifiedName> CatalogNameFromQuery(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                 WideStringView sql, WideStringView column) {
+  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
+  if (!provider) return nullptr;
+  WideString name;
+  try {
+    name = provider->TrimName(FirstCatalogValue(*provider, connection, sql, column));
+  } catch (const Exception&) {
+    return nullptr;
+  }
+  if (name.empty()) return nullptr;
+  auto result = TastCreate<TSQLQualifiedName>(context);
+  result->AddName(name, false);
+  return result;
+}
+
 }  // namespace mv

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "metadata/dataset/DataSet.h"
+#include "support/Class.h"
 #include "support/LogHelper.h"
 #include "support/Variant.h"
 #include "support/VariantHelpers.h"
@@ -118,6 +119,10 @@ TmvBaseMetadataProvider* CatalogSqlProvider(TmvBaseSQLContext* context);
 // A statement the server refuses raises.
 WideString FirstCatalogValue(TmvBaseMetadataProvider& provider, TmvConnection* connection, WideStringView sql,
                              WideStringView column);
+// That value, trimmed, as a one-part name; null without SQL, on a refused
+// statement or for an empty value.
+TmvOwned<TSQLQualifiedName> CatalogNameFromQuery(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                 WideStringView sql, WideStringView column);
 
 // The query level of a line, over its dataset level `DatasetLevel` (which
 // has SetDataset and the virtual InitIterations and EndIterations): it runs

@@ -120,19 +120,7 @@ TmvSyntaxSupportConectedServer IsConnectedServerIsSQL92(TmvBaseMetadataProvider*
 }
 
 TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameSQL92(TmvBaseSQLContext* context, TmvConnection* connection) {
-  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
-  if (!provider) return nullptr;
-  WideString name;
-  try {
-    name = provider->TrimName(FirstCatalogValue(*provider, connection, kInformationSchemaDefaultDatabaseQuery,
-                                                u"CATALOG_NAME"));
-  } catch (const Exception&) {
-    return nullptr;
-  }
-  if (name.empty()) return nullptr;
-  auto result = TastCreate<TSQLQualifiedName>(context);
-  result->AddName(name, false);
-  return result;
+  return CatalogNameFromQuery(context, connection, kInformationSchemaDefaultDatabaseQuery, u"CATALOG_NAME");
 }
 
 bool LoadMetadataObjectsSQL92(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
