@@ -40,7 +40,7 @@ const char* const kSQL2003Keywords =
     "value values var_pop var_samp varchar varying when whenever where width_bucket window with within "
     "without year asc desc nulls first last object k m g characters octets zone wthout";
 
-TmvSQL2003SyntaxProvider::TmvSQL2003SyntaxProvider() : TmvMatrixSyntaxProvider("TmvSQL2003SyntaxProvider") {}
+TmvSQL2003SyntaxProvider::TmvSQL2003SyntaxProvider() : TmvInformationSchemaSyntaxProvider("TmvSQL2003SyntaxProvider") {}
 
 void TmvSQL2003SyntaxProvider::RegisterDialect() {
   SyntaxProvidersList().RegisterSyntaxProvider(ProviderClass());
@@ -85,35 +85,6 @@ void TmvSQL2003SyntaxProvider::BeginBuildWrapperForStoredProc(TSQLBuilder& build
 void TmvSQL2003SyntaxProvider::EndBuildWrapperForStoredProc(TSQLBuilder& builder,
                                                             const TSQLBuilderSelectFormat&) const {
   builder.WriteSymbol(u")");
-}
-
-// --- INFORMATION_SCHEMA ---
-
-TmvOwned<TSQLQualifiedName> TmvSQL2003SyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
-                                                                   TmvConnection* connection) {
-  if (useInformationSchema_)
-    if (auto name = GetDefaultDatabaseNameSQL92(context, connection)) return name;
-  return TmvMatrixSyntaxProvider::GetDefaultDatabaseName(context, connection);
-}
-
-void TmvSQL2003SyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
-                                              TmvMetadataContainer* container, const TmvMetadataFilter* filter,
-                                              const TSQLQualifiedName* database) {
-  if (!useInformationSchema_ || !LoadMetadataObjectsSQL92(context, connection, container, filter, database))
-    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
-}
-
-void TmvSQL2003SyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
-                                                TmvMetadataContainer* container, const TmvMetadataFilter* filter,
-                                                const TSQLQualifiedName* database) {
-  if (!useInformationSchema_ || !LoadMetadataRelationsSQL92(context, connection, container, filter, database))
-    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
-}
-
-void TmvSQL2003SyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
-                                                        TmvMetadataObject* object) {
-  if (!useInformationSchema_ || !LoadFieldsForObjectSQL92(context, connection, object))
-    TmvMatrixSyntaxProvider::LoadFieldsForObjectFromServer(context, connection, object);
 }
 
 }  // namespace mv

@@ -4,11 +4,11 @@
 // texts and name lists are its row of the capability matrix.
 #pragma once
 
-#include "dialects/matrix/MatrixSyntaxProvider.h"
+#include "dialects/sql92/InformationSchemaSyntaxProvider.h"
 
 namespace mv {
 
-class TmvSQL2003SyntaxProvider : public TmvMatrixSyntaxProvider {
+class TmvSQL2003SyntaxProvider : public TmvInformationSchemaSyntaxProvider {
   MV_DECLARE_SYNTAX_PROVIDER()
  public:
   TmvSQL2003SyntaxProvider();
@@ -30,23 +30,6 @@ class TmvSQL2003SyntaxProvider : public TmvMatrixSyntaxProvider {
   WideString CreateWrapperForStoredProc(WideStringView call) const override;
   void BeginBuildWrapperForStoredProc(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) const override;
   void EndBuildWrapperForStoredProc(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) const override;
-
-  // Metadata from INFORMATION_SCHEMA queries; while false every metadata
-  // operation is the base's.
-  bool GetUseInformationSchema() const { return useInformationSchema_; }
-  void SetUseInformationSchema(bool value) { useInformationSchema_ = value; }
-  // With UseInformationSchema: the default database, objects, relations
-  // and fields from INFORMATION_SCHEMA, the base where that gives no answer.
-  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
-  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
-                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
-  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
-                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
-  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
-                                     TmvMetadataObject* object) override;
-
- private:
-  bool useInformationSchema_ = false;
 };
 
 // The reserved words of SQL-2003, separated by blanks.

@@ -12,7 +12,7 @@ namespace mv {
 
 MV_DEFINE_SYNTAX_PROVIDER(TmvSQL92SyntaxProvider, TmvBaseSyntaxProvider)
 
-TmvSQL92SyntaxProvider::TmvSQL92SyntaxProvider() : TmvMatrixSyntaxProvider("TmvSQL92SyntaxProvider") {}
+TmvSQL92SyntaxProvider::TmvSQL92SyntaxProvider() : TmvInformationSchemaSyntaxProvider("TmvSQL92SyntaxProvider") {}
 
 void TmvSQL92SyntaxProvider::RegisterDialect() {
   SyntaxProvidersList().RegisterSyntaxProvider(ProviderClass());
@@ -46,35 +46,6 @@ bool IsAnsiSizedType(WideStringView typeName) {
   for (const char16_t* name : kSized)
     if (WideSameText(name, typeName)) return true;
   return false;
-}
-
-// --- INFORMATION_SCHEMA ---
-
-TmvOwned<TSQLQualifiedName> TmvSQL92SyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
-                                                                   TmvConnection* connection) {
-  if (useInformationSchema_)
-    if (auto name = GetDefaultDatabaseNameSQL92(context, connection)) return name;
-  return TmvMatrixSyntaxProvider::GetDefaultDatabaseName(context, connection);
-}
-
-void TmvSQL92SyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
-                                              TmvMetadataContainer* container, const TmvMetadataFilter* filter,
-                                              const TSQLQualifiedName* database) {
-  if (!useInformationSchema_ || !LoadMetadataObjectsSQL92(context, connection, container, filter, database))
-    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
-}
-
-void TmvSQL92SyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
-                                                TmvMetadataContainer* container, const TmvMetadataFilter* filter,
-                                                const TSQLQualifiedName* database) {
-  if (!useInformationSchema_ || !LoadMetadataRelationsSQL92(context, connection, container, filter, database))
-    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
-}
-
-void TmvSQL92SyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
-                                                        TmvMetadataObject* object) {
-  if (!useInformationSchema_ || !LoadFieldsForObjectSQL92(context, connection, object))
-    TmvMatrixSyntaxProvider::LoadFieldsForObjectFromServer(context, connection, object);
 }
 
 }  // namespace mv

@@ -4,11 +4,11 @@
 // among the set operators); its own are the SQL-92 built-in functions.
 #pragma once
 
-#include "dialects/matrix/MatrixSyntaxProvider.h"
+#include "dialects/sql92/InformationSchemaSyntaxProvider.h"
 
 namespace mv {
 
-class TmvSQL92SyntaxProvider : public TmvMatrixSyntaxProvider {
+class TmvSQL92SyntaxProvider : public TmvInformationSchemaSyntaxProvider {
   MV_DECLARE_SYNTAX_PROVIDER()
  public:
   TmvSQL92SyntaxProvider();
@@ -23,23 +23,6 @@ class TmvSQL92SyntaxProvider : public TmvMatrixSyntaxProvider {
 
   void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
   bool IsFixedSizeType(WideStringView typeName) const override;
-
-  // Metadata from INFORMATION_SCHEMA queries; while false every metadata
-  // operation is the base's.
-  bool GetUseInformationSchema() const { return useInformationSchema_; }
-  void SetUseInformationSchema(bool value) { useInformationSchema_ = value; }
-  // With UseInformationSchema: the default database, objects, relations
-  // and fields from INFORMATION_SCHEMA, the base where that gives no answer.
-  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
-  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
-                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
-  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
-                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
-  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
-                                     TmvMetadataObject* object) override;
-
- private:
-  bool useInformationSchema_ = false;
 };
 
 // The types whose size the ANSI providers print: the character and binary
