@@ -64,23 +64,38 @@ void TmvQueryModelHost::UnregisterSubQuery(TmvSubQuery* subQuery) {
 
 void TmvQueryModelHost::SetActiveSubQuery(TmvSubQuery* subQuery) {
   if (subQuery == activeSubQuery_) return;
-  if (!settingSql_ && OnActiveSubQueryChanging) {
-    bool allow = true;
-    OnActiveSubQueryChanging(this, allow);
-    if (!allow) return;
-  }
+  if (!DoActiveSubQueryChanging(subQuery) && !settingSql_) return;
   activeSubQuery_ = subQuery;
-  if (OnActiveSubQueryChanged) OnActiveSubQueryChanged(this);
+  DoActiveSubQueryChanged(subQuery);
+}
+
+bool TmvQueryModelHost::DoActiveSubQueryChanging(TmvSubQuery* subQuery) {
+  bool allow = true;
+  if (OnActiveSubQueryChanging) OnActiveSubQueryChanging(this, subQuery, allow);
+  return allow && (!subQuery || DoActiveUnionSubQueryChanging(subQuery));
+}
+
+void TmvQueryModelHost::DoActiveSubQueryChanged(TmvSubQuery* subQuery) {
+  if (OnActiveSubQueryChanged) OnActiveSubQueryChanged(this, subQuery);
+  if (subQuery) DoActiveUnionSubQueryChanged(subQuery);
+}
+
+bool TmvQueryModelHost::DoActiveUnionSubQueryChanging(TmvSubQuery* subQuery) {
+  bool allow = true;
+  if (OnActiveUnionSubQueryChanging) OnActiveUnionSubQueryChanging(this, subQuery, allow);
+  return allow;
+}
+
+void TmvQueryModelHost::DoActiveUnionSubQueryChanged(TmvSubQuery* subQuery) {
+  if (OnActiveUnionSubQueryChanged) OnActiveUnionSubQueryChanged(this, subQuery);
 }
 
 bool TmvQueryModelHost::NotifyActiveUnionSubQueryChanging(TmvSubQuery* subQuery) {
-  bool allow = true;
-  if (OnActiveUnionSubQueryChanging) OnActiveUnionSubQueryChanging(this, subQuery, allow);
-  return allow || settingSql_;
+  return DoActiveUnionSubQueryChanging(subQuery) || settingSql_;
 }
 
 void TmvQueryModelHost::NotifyActiveUnionSubQueryChanged(TmvSubQuery* subQuery, TmvUnionSubQuery*) {
-  if (OnActiveUnionSubQueryChanged) OnActiveUnionSubQueryChanged(this, subQuery);
+  DoActiveUnionSubQueryChanged(subQuery);
 }
 
 WideString TmvQueryModelHost::CreateUniqueQueryNameStr() {

@@ -123,9 +123,9 @@ class TmvQueryModelHost : public TmvObject {
   void ResetUniqueQueryNameCounter() { uniqueQueryNameCounter_ = 1; }
 
   // --- Updates of the whole model ---
-  void BeginUpdate();
-  void EndUpdate();
-  bool GetIsUpdating() const;
+  virtual void BeginUpdate();
+  virtual void EndUpdate();
+  virtual bool GetIsUpdating() const;
   // The model changed (called once at the end of the outermost update).
   virtual void SQLUpdated();
   // While new text is being loaded vetoes of the active parts are not asked.
@@ -149,8 +149,8 @@ class TmvQueryModelHost : public TmvObject {
 
   // --- Events. Each takes the host first. ---
   std::function<void(TmvQueryModelHost*)> OnSQLUpdated;
-  std::function<void(TmvQueryModelHost*, bool& allow)> OnActiveSubQueryChanging;
-  std::function<void(TmvQueryModelHost*)> OnActiveSubQueryChanged;
+  std::function<void(TmvQueryModelHost*, TmvSubQuery*, bool& allow)> OnActiveSubQueryChanging;
+  std::function<void(TmvQueryModelHost*, TmvSubQuery*)> OnActiveSubQueryChanged;
   std::function<void(TmvQueryModelHost*, TmvSubQuery*, bool& allow)> OnActiveUnionSubQueryChanging;
   std::function<void(TmvQueryModelHost*, TmvSubQuery*)> OnActiveUnionSubQueryChanged;
   // A datasource is about to be added: the handler may move it, change the
@@ -181,6 +181,14 @@ class TmvQueryModelHost : public TmvObject {
   // Shows a message through OnUserMessage (or the log); an id outside the
   // enumeration raises "Unknown user message ID: " with its number.
   void DoUserMessage(TmvUserMessageId id);
+
+ protected:
+  // The steps of a change of the active sub-query or member; the query
+  // builder adds its notifications. Changing answers false on a veto.
+  virtual bool DoActiveSubQueryChanging(TmvSubQuery* subQuery);
+  virtual void DoActiveSubQueryChanged(TmvSubQuery* subQuery);
+  virtual bool DoActiveUnionSubQueryChanging(TmvSubQuery* subQuery);
+  virtual void DoActiveUnionSubQueryChanged(TmvSubQuery* subQuery);
 
  private:
   TmvOwned<TmvBaseSQLContext> context_;

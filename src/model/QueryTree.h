@@ -435,6 +435,13 @@ class TmvSubQuery : public TmvUnionGroup {
   WideString caption_;
 };
 
+// The statement of an empty text: one SELECT *, with a FROM clause where the
+// dialect needs one; a TSQLSelectStatement for the main query.
+TmvOwned<TSQLSubSelectStatement> CreateEmptyStatement(TmvBaseSQLContext* context, bool main);
+// A statement-level sort of a statement of one SELECT that has none of its
+// own moves down to that SELECT.
+void MoveOrderByToLoneSelect(TSQLSubSelectStatement* statement);
+
 class TmvQuery : public TmvSubQuery {
   MV_DECLARE_CLASS()
  public:

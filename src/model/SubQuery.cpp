@@ -220,10 +220,7 @@ WideString TmvSubQuery::GetSql() {
   return tree ? tree->SimpleSQL(SQLContext()->SQLBuilderExpression()) : WideString();
 }
 
-namespace {
-
-// The statement of an empty text: SELECT *, with FROM where the dialect needs one.
-TmvOwned<TSQLSubSelectStatement> EmptyStatement(TmvBaseSQLContext* context, bool main) {
+TmvOwned<TSQLSubSelectStatement> CreateEmptyStatement(TmvBaseSQLContext* context, bool main) {
   TmvOwned<TSQLSubSelectStatement> statement;
   if (main)
     statement = TastCreate<TSQLSelectStatement>(context);
@@ -238,23 +235,25 @@ TmvOwned<TSQLSubSelectStatement> EmptyStatement(TmvBaseSQLContext* context, bool
   return statement;
 }
 
-}  // namespace
+void MoveOrderByToLoneSelect(TSQLSubSelectStatement* statement) {
+  // The sort of a query of one SELECT is that SELECT's, so that its names
+  // bind to the SELECT's sources.
+  if (statement->OrderBy && statement->GetCount() == 1)
+    if (auto* select = TmvCast<TSQLSubQuerySelectExpression>(statement->GetItems(0)); select && !select->OrderBy)
+      select->OrderBy.Set(statement->OrderBy.Release());
+}
 
 void TmvSubQuery::SetSql(const WideString& text) {
   TmvBaseSQLContext* context = SQLContext();
   if (!context) return;
   TmvOwned<TSQLSubSelectStatement> statement;
   if (WideTrim(text).empty())
-    statement = EmptyStatement(context, GetIsMainQuery());
+    statement = CreateEmptyStatement(context, GetIsMainQuery());
   else if (GetIsMainQuery())
     statement = context->ParseSelect(text);
   else
     statement = context->ParseSubQuery(text);
-  // The sort of a query of one SELECT is that SELECT's, so that its names
-  // bind to the SELECT's sources.
-  if (statement->OrderBy && statement->GetCount() == 1)
-    if (auto* select = TmvCast<TSQLSubQuerySelectExpression>(statement->GetItems(0)); select && !select->OrderBy)
-      select->OrderBy.Set(statement->OrderBy.Release());
+  MoveOrderByToLoneSelect(statement.get());
   std::vector<TSQLWithClauseItem*> cteList;
   std::vector<TSQLFromSource*> fromSources;
   GatherPrepareAndFixupContext(cteList, fromSources, false);
@@ -285,7 +284,7 @@ void TmvSubQuery::ClearInternal() {
 }
 
 void TmvSubQuery::LoadFromStatement(TmvOwned<TSQLSubSelectStatement> statement) {
-  if (!statement) statement = EmptyStatement(SQLContext(), GetIsMainQuery());
+  if (!statement) statement = CreateEmptyStatement(SQLContext(), GetIsMainQuery());
   LoadFromAST(std::move(statement));
 }
 

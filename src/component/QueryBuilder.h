@@ -1,0 +1,219 @@
+// The query builder: the object a host creates to turn SQL text into an
+// editable query model and back. It owns the SQL context, the metadata
+// container and filter, the model of the query, the result tree generated
+// from the model, and the parameters found in it, and it gathers the host's
+// events. It runs without any visual control.
+//
+//   builder->SetSyntaxProvider(&provider);
+//   builder->SetSql(u"SELECT a.x FROM a");       // text into the model
+//   builder->Query()->FirstSelect()->AddObject(u"b", u"");
+//   WideString text = builder->GetSql();          // the model as text
+//
+// Text that is not a SELECT is held unchanged ("sleep mode") and given back
+// as it was. Setting the text the builder gave out changes nothing.
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "component/ParametersList.h"
+#include "metadata/MetadataLoadingThread.h"
+#include "model/QueryModelHost.h"
+#include "sqlgen/SQLOptions.h"
+#include "support/Event.h"
+#include "support/WideString.h"
+
+namespace mv {
+
+class TmvMetadataFilter;
+class TmvMetadataObject;
+class TmvQualifiedNamesList;
+class TSQLSelectStatement;
+class TSQLQualifiedName;
+class TastTokenIdentifier;
+class TSQLBuilderFast;
+
+// A name with the object it stands for (GetTableNames and its kin).
+struct TmvNamedObject {
+  WideString Name;
+  TmvMetadataObject* Object = nullptr;
+};
+
+class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner {
+  MV_DECLARE_CLASS()
+ public:
+  TmvQueryBuilder();
+  ~TmvQueryBuilder() override;
+  void AfterConstruction() override;
+  void BeforeDestruction() override;
+
+  // --- Text ---
+  // The whole query: the sleeping text, "" for an empty query, else the
+  // model printed for the server.
+  WideString GetSql();
+  // Replaces the model unless the text prints as the model does. Text that
+  // is not a SELECT sleeps (AllowSleepMode). A syntax error goes to
+  // OnSQLError when set (the model stays), else it is raised.
+  void SetSql(const WideString& text);
+  // The text as a fixed-up statement the caller owns; null after an error
+  // that OnSQLError took.
+  TmvOwned<TSQLSelectStatement> ParseSQL(const WideString& text);
+  WideString GetActivePartSQL(TmvQueryPart part);
+  bool IsSelectStatement(const WideString& text);
+  // Empties the query (one empty SELECT stays).
+  void Clear();
+
+  // --- The result tree: generated on the first read after a change ---
+  TSQLSelectStatement* GetResultQueryAST();
+  void GenerateResultQueryAST();
+  bool IsResultQueryASTGenerated() const { return resultQueryAST_ != nullptr; }
+  void SetResultQueryASTInvalid();
+  TmvParametersList& ParametersList() { return parameters_; }
+
+  // --- Updates: one OnSQLUpdated for the outermost pair ---
+  void BeginUpdate() override;
+  void EndUpdate() override;
+  bool GetIsUpdating() const override { return updateCount_ > 0; }
+  void SQLUpdated() override;
+  // Loading from a stored form: OnSQLUpdated waits until Loaded and then
+  // fires once if anything changed meanwhile.
+  void BeginLoading() { loading_ = true; }
+  void Loaded();
+
+  // --- Sleep mode ---
+  bool SleepMode() const { return sleepMode_; }
+  const WideString& SleepModeText() const { return sleepModeText_; }
+  bool AllowSleepMode = true;
+  // A syntax error, or an object missing from the metadata with this on,
+  // refuses the text.
+  bool ParsingErrorOnUnknownObjects = false;
+  // Looks up the objects a new query names once its update ends.
+  bool PartialMetadataLoading = false;
+
+  // --- Active parts and the list of sub-queries ---
+  // Every SELECT of every sub-query.
+  std::vector<TmvUnionSubQuery*> GetUnionSubQueriesList() const;
+  // The root first, `subQuery` last; empty for null.
+  std::vector<TmvSubQuery*> GetParentSubQueries(TmvSubQuery* subQuery) const;
+  // The sub-queries that hang below `owner` (a sub-query or one SELECT),
+  // common table expressions it reads included.
+  void CollectChildSubQueries(std::vector<TmvSubQuery*>& list, TmvQueryBuilderControlOwner* owner) const;
+  // Which sub-queries a designer shows as pages, from FilterTabsByCurrentQueryPart.
+  std::vector<TmvSubQuery*> VisibleSubQueries() const;
+  void UpdateVisibleSubQueries();
+  TmvQueryPart FilterTabsByCurrentQueryPart = mvqpQuery;
+  // A new identifier "QueryN" (the caller owns it).
+  TmvOwned<TastTokenIdentifier> CreateUniqueQueryName();
+
+  // --- Metadata ---
+  TmvMetadataFilter* MetadataFilter() const { return metadataFilter_.get(); }
+  TmvBaseMetadataProvider* MetadataProvider() const;
+  void SetMetadataProvider(TmvBaseMetadataProvider* provider);
+  bool WorkOffline() const;
+  void SetWorkOffline(bool value);
+  // Clears the container and reloads what the filter selects, synchronously.
+  void RefreshMetadata();
+  void RefreshMetadataAsync();
+  void LoadMetadata(const TSQLQualifiedName* database = nullptr);
+  void LoadMetadataByFilter(const TmvMetadataFilter* filter, const TSQLQualifiedName* database = nullptr);
+  void LoadMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
+                          const TSQLQualifiedName* database = nullptr);
+  void LoadMetadataAsync(const TSQLQualifiedName* database = nullptr);
+  void CancelAsyncMetadataLoading();
+  bool IsLoadingMetadataAsync() const { return asyncLoading_.IsLoading(); }
+  void ClearMetadata(const TSQLQualifiedName* database = nullptr);
+  void ClearMetadataByMask(WideStringView objectMask, WideStringView schemaMask,
+                           const TSQLQualifiedName* database = nullptr);
+  // Binds the datasources of the model to the container again.
+  void RefreshDatasourcesMetadata();
+  void RefreshDatasourcesMetadata(TmvSubQuery* subQuery);
+  // Loads from the server the objects the query names and the container
+  // lacks; nothing when offline or without a metadata provider.
+  void DoPartialMetadataLoading();
+  std::vector<TmvNamedObject> GetTableNames(bool system = false) const;
+  std::vector<TmvNamedObject> GetViewNames(bool system = false) const;
+  std::vector<TmvNamedObject> GetProcedureNames(bool system = false) const;
+  std::vector<TmvNamedObject> GetSynonymNames(bool system = false) const;
+  std::vector<WideString> GetDatabasesList();
+  bool IsNameOfTable(const WideString& name) const;
+  bool IsNameOfView(const WideString& name) const;
+  bool IsNameOfProcedure(const WideString& name) const;
+
+  // --- Settings passed to the SQL builders of the context ---
+  void SetOuterKeywordInLinks(TmvSkipKeywordMode value);
+  void SetInnerKeywordInLinks(TmvSkipKeywordMode value);
+  void SetAsKeywordInExpressionAlias(TmvSkipKeywordMode value);
+  void SetAsKeywordInObjectAlias(TmvSkipKeywordMode value);
+  // Also the model's own option (captions and names of fields).
+  void SetUseAltNames(bool value);
+  bool GetQuoteAllIdentifiers() const;
+  void SetQuoteAllIdentifiers(bool value);
+  void SetObjectPrefixSkipping(TmvObjectPrefixSkipping value);
+
+  // --- Deferred calls (run by the main-thread dispatcher's ProcessPending) ---
+  // Whether the silent clear of a refused change in sleep mode is queued.
+  bool IsSilentClearPosted() const { return silentClearPosted_; }
+
+  // --- Notifications for internal listeners, beside the host events ---
+  TmvNotificationEvent DestroyingNotification;
+  TmvNotificationEvent SQLUpdatedNotification;
+  TmvNotificationEvent ActiveSubQueryChangingNotification;
+  TmvNotificationEvent ActiveSubQueryChangedNotification;
+  TmvNotificationEvent ActiveUnionSubQueryChangingNotification;
+  TmvNotificationEvent ActiveUnionSubQueryChangedNotification;
+
+  // --- Host events (the model's own are declared by TmvQueryModelHost) ---
+  std::function<void(TmvQueryBuilder*, const WideString& sql, const WideString& error, const WideString& tokenText,
+                     int line, int col)>
+      OnSQLError;
+  std::function<void(TmvQueryBuilder*)> OnSleep;
+  std::function<void(TmvQueryBuilder*)> OnWake;
+  // A change on the pane while the text sleeps: allow = false keeps the text.
+  std::function<void(TmvQueryBuilder*, bool& allow)> OnWakeQuery;
+  std::function<void(TmvQueryBuilder*)> OnMetadataLoaded;
+  // Whether an object of the container is shown (name: its qualified name).
+  std::function<void(TmvQueryBuilder*, const WideString& name, bool& visible)> OnFilterTable, OnFilterView,
+      OnFilterProcedure, OnFilterSynonym;
+
+  // --- ImvMetadataLoadingOwner ---
+  TmvMetadataContainer* MetadataContainer() override { return TmvQueryModelHost::MetadataContainer(); }
+  void MetadataLoaded() override;
+  void PostRaiseAsyncException(std::exception_ptr error) override;
+
+ protected:
+  bool DoActiveSubQueryChanging(TmvSubQuery* subQuery) override;
+  void DoActiveSubQueryChanged(TmvSubQuery* subQuery) override;
+  bool DoActiveUnionSubQueryChanging(TmvSubQuery* subQuery) override;
+  void DoActiveUnionSubQueryChanged(TmvSubQuery* subQuery) override;
+
+ private:
+  void ClearInternal();
+  void SetSleepMode(bool value);
+  void SetSleepModeText(const WideString& text);
+  void SilentClearSQL();
+  void DoSQLUpdated();
+  void MetadataContainerUpdated();
+  void CheckProviders() const;
+  std::vector<TmvNamedObject> GetNames(const TmvClass& kind, bool system) const;
+  bool IsNameOf(const TmvClass& kind, const WideString& name) const;
+  // Runs `change` on the context's builders, in one update of the context.
+  void ChangeBuilders(const std::function<void(TSQLBuilderFast&, int index)>& change);
+
+  TmvOwned<TSQLSelectStatement> resultQueryAST_;
+  TmvParametersList parameters_;
+  std::unique_ptr<TmvMetadataFilter> metadataFilter_;
+  TmvMetadataAsyncLoading asyncLoading_;
+  int updateCount_ = 0;
+  bool sleepMode_ = false;
+  WideString sleepModeText_;
+  bool silentUpdate_ = false;
+  bool silentClearPosted_ = false;
+  bool loading_ = false;
+  bool sqlUpdatedPending_ = false;
+  // Cleared by the destructor: deferred calls queued before it find it false.
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+};
+
+}  // namespace mv
