@@ -53,6 +53,9 @@ void TmvQueryBuilder::BeforeDestruction() {
   CancelAsyncMetadataLoading();
   *alive_ = false;
   DestroyingNotification.Fire(this);
+  // What waits for the deferred call goes now: the call will not come.
+  controlsInUse_.clear();
+  DestroyContainedControls();
   resultQueryAST_.reset();
   parameters_.SetParametersInvalid();
   TmvMetadataContainer* container = TmvQueryModelHost::MetadataContainer();
@@ -140,6 +143,7 @@ void TmvQueryBuilder::SetSql(const WideString& text) {
   }
   SetSettingSql(false);
   EndUpdate();
+  PostDestroyContainedControlsMsg();
   UpdateVisibleSubQueries();
 }
 
@@ -308,6 +312,48 @@ void TmvQueryBuilder::SilentClearSQL() {
     throw;
   }
   EndUpdate();
+}
+
+// --- Controls that wait to be freed ---
+
+void TmvQueryBuilder::DestroyInternalControl(ImvControl* control) {
+  if (!control) return;
+  if (std::find(controlsToDestroy_.begin(), controlsToDestroy_.end(), control) == controlsToDestroy_.end())
+    controlsToDestroy_.push_back(control);
+  PostDestroyContainedControlsMsg();
+}
+
+void TmvQueryBuilder::PreventInternalControlDestroying(ImvControl* control) {
+  if (std::find(controlsInUse_.begin(), controlsInUse_.end(), control) == controlsInUse_.end())
+    controlsInUse_.push_back(control);
+}
+
+void TmvQueryBuilder::AllowInternalControlDestroying(ImvControl* control) {
+  std::erase(controlsInUse_, control);
+  if (!controlsToDestroy_.empty()) PostDestroyContainedControlsMsg();
+}
+
+void TmvQueryBuilder::PostDestroyContainedControlsMsg() {
+  if (destroyControlsPosted_ || controlsToDestroy_.empty()) return;
+  destroyControlsPosted_ = true;
+  std::weak_ptr<bool> alive = alive_;
+  MainThreadDispatcher().Post([this, alive] {
+    std::shared_ptr<bool> still = alive.lock();
+    if (!still || !*still) return;
+    destroyControlsPosted_ = false;
+    DestroyContainedControls();
+  });
+}
+
+void TmvQueryBuilder::DestroyContainedControls() {
+  std::vector<ImvControl*> waiting;
+  waiting.swap(controlsToDestroy_);
+  for (ImvControl* control : waiting) {
+    if (std::find(controlsInUse_.begin(), controlsInUse_.end(), control) != controlsInUse_.end())
+      controlsToDestroy_.push_back(control);
+    else if (ControlFactory())
+      ControlFactory()->DestroyControl(control);
+  }
 }
 
 // --- Active parts ---

@@ -155,6 +155,15 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   // --- Deferred calls (run by the main-thread dispatcher's ProcessPending) ---
   // Whether the silent clear of a refused change in sleep mode is queued.
   bool IsSilentClearPosted() const { return silentClearPosted_; }
+  // A control may not be freed while one of its own handlers runs: the
+  // control factory hands it here, and one deferred call frees all that
+  // wait (through the factory's DestroyControl) once the handler has ended.
+  void DestroyInternalControl(ImvControl* control);
+  // A control in use (say, an open editor) waits until allowed again.
+  void PreventInternalControlDestroying(ImvControl* control);
+  void AllowInternalControlDestroying(ImvControl* control);
+  void PostDestroyContainedControlsMsg();
+  bool IsDestroyContainedControlsMsgPosted() const { return destroyControlsPosted_; }
 
   // --- Notifications for internal listeners, beside the host events ---
   TmvNotificationEvent DestroyingNotification;
@@ -193,6 +202,7 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   void SetSleepMode(bool value);
   void SetSleepModeText(const WideString& text);
   void SilentClearSQL();
+  void DestroyContainedControls();
   void DoSQLUpdated();
   void MetadataContainerUpdated();
   void CheckProviders() const;
@@ -210,6 +220,9 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   WideString sleepModeText_;
   bool silentUpdate_ = false;
   bool silentClearPosted_ = false;
+  bool destroyControlsPosted_ = false;
+  std::vector<ImvControl*> controlsToDestroy_;
+  std::vector<ImvControl*> controlsInUse_;
   bool loading_ = false;
   bool sqlUpdatedPending_ = false;
   // Cleared by the destructor: deferred calls queued before it find it false.

@@ -298,3 +298,41 @@ TEST_F(QueryBuilderTest, MetadataNamesAndVisibility) {
 }
 
 }  // namespace
+
+namespace {
+
+// Controls handed to the builder are freed by the deferred call, not at once,
+// and not while in use.
+class CountingFactory : public mv::ImvControlFactory {
+ public:
+  struct Control : mv::ImvControl {
+    void UpdateControlVisualParams(mv::TmvQueryBuilderControlOwner*) override {}
+  };
+  mv::ImvControl* CreateControl(mv::TmvQueryBuilderControlOwner*, int) override { return nullptr; }
+  void ShowControl(mv::ImvControl*, bool) override {}
+  void DestroyControl(mv::ImvControl* control) override {
+    ++destroyed;
+    delete control;
+  }
+  int destroyed = 0;
+};
+
+TEST_F(QueryBuilderTest, WaitingControlsAreFreedByTheDeferredCall) {
+  CountingFactory factory;
+  builder->SetControlFactory(&factory);
+  auto* used = new CountingFactory::Control;
+  auto* idle = new CountingFactory::Control;
+  builder->PreventInternalControlDestroying(used);
+  builder->DestroyInternalControl(used);
+  builder->DestroyInternalControl(idle);
+  EXPECT_TRUE(builder->IsDestroyContainedControlsMsgPosted());
+  EXPECT_EQ(factory.destroyed, 0);
+  mv::MainThreadDispatcher().ProcessPending();
+  EXPECT_EQ(factory.destroyed, 1);
+  builder->AllowInternalControlDestroying(used);
+  mv::MainThreadDispatcher().ProcessPending();
+  EXPECT_EQ(factory.destroyed, 2);
+  builder->SetControlFactory(nullptr);
+}
+
+}  // namespace
