@@ -24,7 +24,7 @@ while (($#)); do
   esac
   shift
 done
-((${#targets[@]})) || targets=(parse_print bind_print decode model_edit language_file)
+((${#targets[@]})) || targets=(parse_print bind_print decode model_edit language_file builder_roundtrip)
 
 scripts/setup.sh
 need=()
