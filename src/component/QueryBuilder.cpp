@@ -65,30 +65,11 @@ void TmvQueryBuilder::BeforeDestruction() {
 
 // --- Text ---
 
-namespace {
-
-// One SELECT whose items are none or a lone "*", with no FROM entries and no
-// common table expressions: the query a user has not begun.
-bool IsSubQueryEmpty(const TSQLSubSelectStatement* statement) {
-  if (!statement || statement->GetCount() != 1) return false;
-  if (statement->With && statement->With->Items.Count() > 0) return false;
-  auto* select = TmvCast<TSQLSubQuerySelectExpression>(statement->GetItems(0));
-  if (!select) return false;
-  if (select->FromClause && select->FromClause->Items.Count() > 0) return false;
-  if (select->Where || select->GroupBy || select->Having || select->OrderBy) return false;
-  if (!select->SelectItems) return true;
-  int count = select->SelectItems->Items.Count();
-  if (count == 0) return true;
-  if (count > 1) return false;
-  return TmvCast<TSQLSelectItemAllColumns>(select->SelectItems->Items.Item(0)) != nullptr;
-}
-
-}  // namespace
 
 WideString TmvQueryBuilder::GetSql() {
   if (sleepMode_) return sleepModeText_;
   TSQLSelectStatement* tree = GetResultQueryAST();
-  if (!tree || IsSubQueryEmpty(tree)) return {};
+  if (!tree || IsQueryTreeEmpty(tree)) return {};
   return tree->SimpleSQL(SQLContext()->SQLBuilderExpressionForServer());
 }
 

@@ -438,6 +438,9 @@ class TmvSubQuery : public TmvUnionGroup {
 // The statement of an empty text: one SELECT *, with a FROM clause where the
 // dialect needs one; a TSQLSelectStatement for the main query.
 TmvOwned<TSQLSubSelectStatement> CreateEmptyStatement(TmvBaseSQLContext* context, bool main);
+// One SELECT whose items are none or a lone "*", with no FROM entries, no
+// other clause and no common table expressions: a query not yet begun.
+bool IsQueryTreeEmpty(const TSQLSubSelectStatement* statement);
 // A statement-level sort of a statement of one SELECT that has none of its
 // own moves down to that SELECT.
 void MoveOrderByToLoneSelect(TSQLSubSelectStatement* statement);

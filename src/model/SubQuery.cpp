@@ -235,6 +235,20 @@ TmvOwned<TSQLSubSelectStatement> CreateEmptyStatement(TmvBaseSQLContext* context
   return statement;
 }
 
+bool IsQueryTreeEmpty(const TSQLSubSelectStatement* statement) {
+  if (!statement || statement->GetCount() != 1 || statement->OrderBy) return false;
+  if (statement->With && statement->With->Items.Count() > 0) return false;
+  auto* select = TmvCast<TSQLSubQuerySelectExpression>(statement->GetItems(0));
+  if (!select) return false;
+  if (select->FromClause && select->FromClause->Items.Count() > 0) return false;
+  if (select->Where || select->GroupBy || select->Having || select->OrderBy) return false;
+  if (!select->SelectItems) return true;
+  int count = select->SelectItems->Items.Count();
+  if (count == 0) return true;
+  if (count > 1) return false;
+  return TmvCast<TSQLSelectItemAllColumns>(select->SelectItems->Items.Item(0)) != nullptr;
+}
+
 void MoveOrderByToLoneSelect(TSQLSubSelectStatement* statement) {
   // The sort of a query of one SELECT is that SELECT's, so that its names
   // bind to the SELECT's sources.
