@@ -5,6 +5,9 @@
 // back, ANDs the entries of a column and ORs the columns. Whatever lies
 // deeper than that outer shape stays inside one entry.
 #include <algorithm>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "frontend/SQLContext.h"
 #include "model/SelectList.h"
@@ -32,6 +35,55 @@ TmvOwned<TSQLExpressionItem> Unwrap(TmvOwned<TSQLExpressionLogicalCollection> co
   if (collection->GetCount() == 1) return collection->Extract(0);
   return collection;
 }
+
+// The rows of a select list by the text their expression prints as, the
+// text TmvSelectItem::IsEqualExpression compares, for the lookups of one
+// load: each condition of a long AND chain is printed once and looked up,
+// instead of every row being cloned and printed again for it. Rows keep
+// their places while a condition tree loads; a row filled meanwhile is
+// handed to Added.
+class TmvRowsByExpression {
+ public:
+  explicit TmvRowsByExpression(const TmvSelectList& list) : list_(list) {}
+
+  // The first row (in list order) whose type is in `types` and whose
+  // expression prints as `expression` does: FindSelectItemFrom(0, ...).
+  TmvSelectItem* Find(const TastNode* expression, TmvConditionsTypes types) {
+    TmvBaseSQLContext* context = list_.SQLContext();
+    if (!expression || !context) return nullptr;
+    if (!filled_) {
+      filled_ = true;
+      for (int index = 0; index < list_.Count(); ++index) Add(index, list_.Items(index));
+    }
+    auto found = rows_.find(const_cast<TastNode*>(expression)->SimpleSQL(context->SQLBuilderExpressionForServer()));
+    if (found == rows_.end()) return nullptr;
+    for (const auto& [index, row] : found->second)
+      if (types.Contains(row->ConditionsType())) return row;
+    return nullptr;
+  }
+
+  void Added(TmvSelectItem* row) {
+    if (!filled_) return;
+    // A new row is the last one but for the empty row, or a former empty row.
+    for (int index = list_.Count() - 1; index >= 0; --index)
+      if (list_.Items(index) == row) return Add(index, row);
+  }
+
+ private:
+  void Add(int index, TmvSelectItem* row) {
+    if (!row->Expression()) return;
+    TmvOwned<TastNode> expression = row->GetExpression();
+    auto& same = rows_[expression->SimpleSQL(list_.SQLContext()->SQLBuilderExpressionForServer())];
+    const std::pair<int, TmvSelectItem*> entry(index, row);
+    same.insert(std::upper_bound(same.begin(), same.end(), entry,
+                                 [](const auto& a, const auto& b) { return a.first < b.first; }),
+                entry);
+  }
+
+  const TmvSelectList& list_;
+  bool filled_ = false;
+  std::unordered_map<WideString, std::vector<std::pair<int, TmvSelectItem*>>> rows_;
+};
 
 }  // namespace
 
@@ -158,6 +210,7 @@ void TmvSelectList::LoadConditionFromAST(TmvOwned<TSQLExpressionItem> expression
   } else {
     branches.push_back(std::move(expression));
   }
+  TmvRowsByExpression rows(*this);
   for (int column = 0; column < static_cast<int>(branches.size()); ++column) {
     TmvOwned<TSQLExpressionItem> branch = ExpressionExtractFromBrackets(branches[column]);
     std::vector<TmvOwned<TSQLExpressionItem>> conditions;
@@ -171,11 +224,12 @@ void TmvSelectList::LoadConditionFromAST(TmvOwned<TSQLExpressionItem> expression
       TastNode* left = FindExpressionItem(condition);
       if (!condition) continue;
       if (!left) left = condition.get();
-      TmvSelectItem* row = FindSelectItemFrom(0, left, {type, ctNone});
+      TmvSelectItem* row = rows.Find(left, {type, ctNone});
       if (row) {
         if (row->ConditionsType() == ctNone) row->SetConditionsType(type);
       } else {
         row = AddSelectItem(left, type);
+        rows.Added(row);
       }
       row->AddCondition(column, std::move(condition));
       AddConditionOrder(type, row);
