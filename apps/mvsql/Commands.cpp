@@ -2,7 +2,9 @@
 // function and one row here.
 #include <algorithm>
 
+#include "BuilderSession.h"
 #include "Command.h"
+#include "EditScript.h"
 
 namespace mvsql {
 
@@ -14,8 +16,26 @@ int RunParse(const std::vector<std::string>& args, std::ostream& out, std::ostre
 int RunDialects(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunFormat(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunMetadata(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunRoundtrip(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunEdit(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 const std::vector<Command>& AllCommands() {
+  static const std::string roundtripUsage =
+      std::string("mvsql roundtrip [--dialect NAME] [--metadata FILE.xml|--sqlite FILE] [--one-line] [FILE|-]\n") +
+      kBuilderUsage +
+      "The statement becomes the query builder's model and the model's text is printed. A syntax\n"
+      "error, or a statement that is no SELECT, prints the parser's message and exits with 1.\n";
+  static const std::string editUsage =
+      std::string("mvsql edit --script FILE [--dialect NAME] [--metadata FILE.xml|--sqlite FILE] [--one-line]\n"
+                  "           [FILE|-]\n"
+                  "  --script FILE         the operations to run, one a line ('#' comments, blank lines skipped)\n") +
+      kBuilderUsage +
+      "Starts from FILE ('-': standard input; without FILE standard input unless it is a terminal;\n"
+      "blank text is the empty query) and prints the query at each 'print'. The operations act on\n"
+      "the active SELECT of the active sub-query; ROW counts the select list's rows from 1:\n" +
+      EditScriptSummary() +
+      "Texts go in double quotes (a quote inside doubled). A bad line prints 'line N: <why>' on\n"
+      "standard error and exits with 1; nothing after it runs.\n";
   static const std::vector<Command> commands = {
       {"help", "show help for mvsql or one of its commands", "mvsql help [COMMAND]\n", RunHelp},
       {"version", "print the version", "mvsql version\n", RunVersion},
@@ -74,6 +94,10 @@ const std::vector<Command>& AllCommands() {
        "Without -o and --summary, --sqlite prints the XML. A file that cannot be read prints\n"
        "its error (file, line and element for XML) on standard error and exits with 1.\n",
        RunMetadata},
+      {"roundtrip", "text through the query builder: the statement becomes the model, the model's text comes back",
+       roundtripUsage.c_str(), RunRoundtrip},
+      {"edit", "run an editing script on the query builder's model and print the query",
+       editUsage.c_str(), RunEdit},
   };
   return commands;
 }

@@ -6,13 +6,20 @@
 namespace mvsql {
 
 MetadataSource::MetadataSource(mv::TmvBaseSQLContext& context)
-    : context_(context), container_(mv::TmvCreate<mv::TmvMetadataContainer>(nullptr, &context)) {
-  context_.SetMetadataContainer(container_.get());
+    : context_(context),
+      ownContainer_(mv::TmvCreate<mv::TmvMetadataContainer>(nullptr, &context)),
+      container_(ownContainer_.get()) {
+  context_.SetMetadataContainer(container_);
 }
 
+MetadataSource::MetadataSource(mv::TmvBaseSQLContext& context, mv::TmvMetadataContainer& container)
+    : context_(context), container_(&container) {}
+
 MetadataSource::~MetadataSource() {
-  context_.SetMetadataContainer(nullptr);
-  container_.reset();
+  if (ownContainer_) {
+    context_.SetMetadataContainer(nullptr);
+    ownContainer_.reset();
+  }
   context_.SetMetadataProvider(nullptr);
   if (connection_) connection_->Close();
 }
@@ -26,7 +33,7 @@ void MetadataSource::LoadSQLite(const std::string& path) {
   connection_ = std::make_unique<mv::TmvSQLiteConnection>(mv::UTF8Decode(path), mv::somReadOnly);
   provider_.SetConnection(connection_.get());
   context_.SetMetadataProvider(&provider_);
-  mv::LoadSQLiteCatalog(&context_, container_.get());
+  mv::LoadSQLiteCatalog(&context_, container_);
   container_->SetWorkOffline(true);
 }
 

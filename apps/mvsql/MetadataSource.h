@@ -1,6 +1,7 @@
 // The metadata a command reads names against: a container filled from an
 // XML file or from the catalog of a SQLite database, attached to a context
-// for as long as the object lives. What was read is all there is: the
+// for as long as the object lives (or a container the caller has, such as
+// a query builder's own). What was read is all there is: the
 // container works offline afterwards, so nothing asks a server again.
 #pragma once
 
@@ -17,6 +18,9 @@ class MetadataSource {
  public:
   // `context` must have its syntax provider and outlive this object.
   explicit MetadataSource(mv::TmvBaseSQLContext& context);
+  // Loads into `container`, which stays the caller's (a query builder's own
+  // container on the builder's context); it must outlive this object.
+  MetadataSource(mv::TmvBaseSQLContext& context, mv::TmvMetadataContainer& container);
   ~MetadataSource();
   MetadataSource(const MetadataSource&) = delete;
   MetadataSource& operator=(const MetadataSource&) = delete;
@@ -29,7 +33,8 @@ class MetadataSource {
 
  private:
   mv::TmvBaseSQLContext& context_;
-  mv::TmvOwned<mv::TmvMetadataContainer> container_;
+  mv::TmvOwned<mv::TmvMetadataContainer> ownContainer_;  // null when the caller's is used
+  mv::TmvMetadataContainer* container_;
   std::unique_ptr<mv::TmvSQLiteConnection> connection_;
   mv::TmvConnectionMetadataProvider provider_;
 };
