@@ -188,7 +188,11 @@ class EditState {
     if (name == u"*") return nullptr;
     mv::TmvMetadataFieldsList* fields = datasource->GetFields();
     const int index = fields ? fields->FindFieldByName(name) : -1;
-    if (index < 0) throw Refusal{u"no field '" + name + u"' in '" + datasource->GetNameInQuery() + u"'"};
+    if (index < 0) {
+      const bool none = !fields || fields->Count() == 0;
+      throw Refusal{u"no field '" + name + u"' in '" + datasource->GetNameInQuery() + u"'" +
+                    (none ? u" (it has no fields: no metadata for it)" : u"")};
+    }
     return fields->Items(index);
   }
 
@@ -423,6 +427,8 @@ void RunEditScript(mv::TmvQueryBuilder& builder, const WideString& script, const
       throw EditScriptError{number, mv::UTF8Encode(refusal.why)};
     } catch (const mv::Exception& e) {
       throw EditScriptError{number, mv::UTF8Encode(e.Message())};
+    } catch (const std::exception& e) {
+      throw EditScriptError{number, e.what()};
     }
   }
 }

@@ -122,6 +122,11 @@ TEST_F(EditCommand, ScriptsBuildQueries) {
        "Select a.x From a Full Join (Select * From b) Query1 On a.id = Query1.a_id\n"
        "Select a.x From a Full Join (Select b.z, b.id From b) Query1 On a.id = Query1.a_id\n"
        "Select Query1.z From a Full Join (Select b.z, b.id From b) Query1 On a.id = Query1.a_id"},
+      // A sub-query of a condition, entered by its caption in quotes.
+      {"enter \"SEL b.z FRM b\"\nadd-object c\nprint\nleave\ncheck a.y\nprint",
+       "SELECT a.x FROM a WHERE a.x IN (SELECT b.z FROM b)",
+       "Select a.x From a Where a.x In (Select b.z From b, c)\n"
+       "Select a.x, a.y From a Where a.x In (Select b.z From b, c)"},
   };
   for (const ScriptCase& c : cases) {
     auto run = Edit(c.script, c.sql);
