@@ -27,6 +27,7 @@
 
 namespace mv {
 
+class ImvExpressionBuilderParams;
 class TmvMetadataFilter;
 class TmvMetadataObject;
 class TmvQualifiedNamesList;
@@ -182,6 +183,11 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   // A change on the pane while the text sleeps: allow = false keeps the text.
   std::function<void(TmvQueryBuilder*, bool& allow)> OnWakeQuery;
   std::function<void(TmvQueryBuilder*)> OnMetadataLoaded;
+  // The user asks for the host's own editor of an expression or criteria
+  // cell (a grid shows the cell's button when this is set and
+  // UseCustomExpressionBuilder is on).
+  std::function<void(TmvQueryBuilder*, std::shared_ptr<ImvExpressionBuilderParams> params)> OnCustomExpressionBuilder;
+  bool UseCustomExpressionBuilder = true;
   // Whether an object of the container is shown (name: its qualified name).
   std::function<void(TmvQueryBuilder*, const WideString& name, bool& visible)> OnFilterTable, OnFilterView,
       OnFilterProcedure, OnFilterSynonym;
