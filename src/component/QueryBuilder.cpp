@@ -14,6 +14,7 @@
 #include "support/MainThread.h"
 #include "support/MessageCatalog.h"
 #include "tree/FromClause.h"
+#include "tree/QualifiedNames.h"
 #include "tree/SelectClauses.h"
 #include "tree/SelectStatement.h"
 
@@ -214,7 +215,7 @@ void TmvQueryBuilder::EndUpdate() {
   TmvQueryModelHost::EndUpdate();
   if (updateCount_ > 0) return;
   silentUpdate_ = false;
-  if (PartialMetadataLoading && !WorkOffline()) DoPartialMetadataLoading();
+  if (PartialMetadataLoading && !WorkOffline() && !refreshingAfterPartialLoading_) DoPartialMetadataLoading();
 }
 
 void TmvQueryBuilder::SQLUpdated() {
@@ -566,6 +567,7 @@ void TmvQueryBuilder::RefreshDatasourcesMetadata() {
 }
 
 void TmvQueryBuilder::DoPartialMetadataLoading() {
+  if (WorkOffline()) return;
   const TmvLogHelper& log = LogHelper();
   log.Debug(u"DoPartialMetadataLoding: start");
   TSQLSelectStatement* tree = GetResultQueryAST();
@@ -584,10 +586,15 @@ void TmvQueryBuilder::DoPartialMetadataLoading() {
   TmvMetadataFilter filter;
   for (TSQLFromObject* object : objects) {
     if (object->GetMetadataObject()) continue;
-    WideString name = object->Object->SimpleSQL(SQLContext()->SQLBuilderExpressionNonQuoted());
+    WideString name = object->Object->GetNonQualifiedNameNames();
     log.Debug(u"\tDoPartialMetadataLoding: unresolved reference to " + name + u" found");
+    // A filter's object mask matches the object's own name (the innermost
+    // part), and loosely: the binding decides which of the objects fits.
+    const TastToken* ownName = object->Object->GetCount() > 0 ? object->Object->Token(0) : nullptr;
+    if (!ownName) continue;
     TmvMetadataFilterItem* item = filter.Add();
-    item->SetObjectMask(name);
+    item->SetObjectMask(ownName->Token);
+    item->SetObjectMaskCaseSensitive(false);
   }
   if (filter.Count() == 0 || !MetadataProvider()) {
     log.Debug(u"DoPartialMetadataLoding: end");
@@ -597,7 +604,7 @@ void TmvQueryBuilder::DoPartialMetadataLoading() {
   TmvMetadataContainer* own = MetadataContainer();
   TmvOwned<TmvMetadataContainer> loaded = TmvCreate<TmvMetadataContainer>(nullptr, SQLContext());
   loaded->LoadMetadataByFilter(&filter, nullptr);
-  if (!own->DefaultDatabaseName() && loaded->DefaultDatabaseName()) {
+  if (IsQualifiedNameEmpty(own->DefaultDatabaseName()) && !IsQualifiedNameEmpty(loaded->DefaultDatabaseName())) {
     log.Debug(u"\tDoPartialMetadataLoding: loading default database name");
     own->SetDefaultDatabaseName(loaded->DefaultDatabaseName());
   }
@@ -617,7 +624,15 @@ void TmvQueryBuilder::DoPartialMetadataLoading() {
   log.Debug(u"\tDoPartialMetadataLoding: loaded " + IntToWide(added) + u" suitable objects");
   if (added > 0) {
     log.Debug(u"\tDoPartialMetadataLoding: re-fixup loaded query");
-    RefreshDatasourcesMetadata();
+    // The end of the refresh's own update looks for nothing more.
+    refreshingAfterPartialLoading_ = true;
+    try {
+      RefreshDatasourcesMetadata();
+    } catch (...) {
+      refreshingAfterPartialLoading_ = false;
+      throw;
+    }
+    refreshingAfterPartialLoading_ = false;
   }
   log.Debug(u"DoPartialMetadataLoding: end");
 }

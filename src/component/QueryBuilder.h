@@ -231,6 +231,7 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   std::vector<ImvControl*> controlsInUse_;
   bool loading_ = false;
   bool sqlUpdatedPending_ = false;
+  bool refreshingAfterPartialLoading_ = false;
   // Cleared by the destructor: deferred calls queued before it find it false.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
