@@ -230,13 +230,49 @@ void TmvDatasource::LoadFromAST(TmvOwned<TSQLFromSource> node) {
   UpdateCaption();
 }
 
+// --- The box ---
+
+void TmvDatasource::SetLeft(int value) {
+  if (left_ == value) return;
+  left_ = value;
+  BoxChanged();
+}
+
+void TmvDatasource::SetTop(int value) {
+  if (top_ == value) return;
+  top_ = value;
+  BoxChanged();
+}
+
+void TmvDatasource::SetWidth(int value) {
+  if (width_ == value) return;
+  width_ = value;
+  BoxChanged();
+}
+
+void TmvDatasource::SetHeight(int value) {
+  if (height_ == value) return;
+  height_ = value;
+  BoxChanged();
+}
+
+void TmvDatasource::SetCollapsed(bool value) {
+  if (collapsed_ == value) return;
+  collapsed_ = value;
+  BoxChanged();
+}
+
+void TmvDatasource::BoxChanged() {
+  if (ImvControl* control = GetControls(0)) control->UpdateControlVisualParams(this);
+}
+
 void TmvDatasource::FieldsListChanged(TmvObject*) {
   if (IsDestroying()) return;
   if (auto* control = dynamic_cast<ImvDatasourceControl*>(GetControls(0))) {
     control->ReloadFieldsList();
     control->SetOptimalHeight();
   } else {
-    Height = 0;
+    height_ = 0;
   }
   UpdateChecks();
   TmvUpdateScope update(this);

@@ -109,8 +109,8 @@ TmvDatasource* TmvUnionSubQuery::AddDatasourceHelper(TmvOwned<TSQLFromSource> no
         datasource = datasources_->CreateDatasource<TmvDataSourceObject>(std::move(node));
       else
         datasource = datasources_->CreateDatasource<TmvDatasource>(std::move(node));
-      datasource->Left = position.X;
-      datasource->Top = position.Y;
+      datasource->SetLeft(position.X);
+      datasource->SetTop(position.Y);
       datasources_->NotifyReorderNeeded();
     }
     result.Watch(datasource);
@@ -328,7 +328,7 @@ TmvDatasourceQuery* TmvUnionSubQuery::ConvertDatasourceToDerivedTable(TmvDatasou
     from->Add(TmvOwned<TSQLFromSource>(source));
   }
   auto* derived = static_cast<TmvDatasourceQuery*>(
-      AddDatasourceHelper(std::move(query), TmvPoint{datasource->Left, datasource->Top}, TmvDatasourceQuery::StaticClass()));
+      AddDatasourceHelper(std::move(query), TmvPoint{datasource->Left(), datasource->Top()}, TmvDatasourceQuery::StaticClass()));
   if (!derived) return nullptr;
   NotifyDatasourceReplaced(datasource, derived);
   datasources_->TopGroup()->DestroyChild(datasource);

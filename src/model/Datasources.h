@@ -236,8 +236,24 @@ class TmvDatasource : public TmvDatasourceBase {
   // row of the field, or its rows unselected.
   void SetFieldChecked(TmvMetadataField* field, bool checked);
 
-  // --- Position while no control shows the datasource ---
-  int Left = 0, Top = 0, Width = 0, Height = 0;
+  // --- The box on the design pane. A control that shows the datasource
+  // reads these when it updates and reports a move or a resize through the
+  // setters; they are kept while no control exists. A setter acts on a
+  // change only: it stores the value and updates the control. The text of
+  // the query does not change. ---
+  int Left() const { return left_; }
+  int Top() const { return top_; }
+  int Width() const { return width_; }
+  int Height() const { return height_; }
+  void SetLeft(int value);
+  void SetTop(int value);
+  void SetWidth(int value);
+  void SetHeight(int value);
+  // A collapsed box shows its caption only.
+  bool Collapsed() const { return collapsed_; }
+  void SetCollapsed(bool value);
+  void Collapse() { SetCollapsed(true); }
+  void Expand() { SetCollapsed(false); }
 
   void LoadFromAST(TmvOwned<TSQLFromSource> node) override;
   void GetDatasources(TmvDatasourceList& list) override { list.push_back(this); }
@@ -254,7 +270,10 @@ class TmvDatasource : public TmvDatasourceBase {
   void AddLinkedObjectsMenu(TmvMenu& menu);
 
  private:
+  void BoxChanged();
   TmvDatasourceType datasourceType_ = dtOther;
+  int left_ = 0, top_ = 0, width_ = 0, height_ = 0;
+  bool collapsed_ = false;
   WideString caption_;
   std::vector<TmvMetadataField*> checkedFields_;
   mutable bool beforeDeleteDone_ = false;

@@ -132,6 +132,13 @@ class TmvQueryModelHost : public TmvObject {
   bool IsSettingSql() const { return settingSql_; }
   void SetSettingSql(bool value) { settingSql_ = value; }
 
+  // --- Around the reload of a part from new text (the whole query, a
+  // sub-query or one SELECT): the query builder notes where the pictures of
+  // the old objects stood and puts that on the new ones. `loaded` is false
+  // when the reload failed; what was noted is dropped then. ---
+  virtual void BeforeReload(TmvQueryBuilderControlOwner* /*owner*/) {}
+  virtual void AfterReload(TmvQueryBuilderControlOwner* /*owner*/, bool /*loaded*/) {}
+
   // --- Controls ---
   ImvControlFactory* ControlFactory() const { return controlFactory_; }
   // Not owned; set it before CreateControls.
@@ -203,6 +210,30 @@ class TmvQueryModelHost : public TmvObject {
   ImvControlFactory* controlFactory_ = nullptr;
   ImvUserInteraction* userInteraction_ = nullptr;
   TmvLogHelper logHelper_;
+};
+
+// Brackets a reload of `owner` with the host's BeforeReload and
+// AfterReload: Loaded() once the new objects are there; leaving the scope
+// without it (an exception) tells the host that the reload failed.
+class TmvReloadScope {
+ public:
+  TmvReloadScope(TmvQueryModelHost* host, TmvQueryBuilderControlOwner* owner) : host_(host), owner_(owner) {
+    if (host_) host_->BeforeReload(owner_);
+  }
+  ~TmvReloadScope() {
+    if (host_) host_->AfterReload(owner_, false);
+  }
+  TmvReloadScope(const TmvReloadScope&) = delete;
+  TmvReloadScope& operator=(const TmvReloadScope&) = delete;
+  void Loaded() {
+    TmvQueryModelHost* host = host_;
+    host_ = nullptr;
+    if (host) host->AfterReload(owner_, true);
+  }
+
+ private:
+  TmvQueryModelHost* host_;
+  TmvQueryBuilderControlOwner* owner_;
 };
 
 }  // namespace mv

@@ -181,6 +181,12 @@ class TmvUnionSubQuery : public TmvQueryBase {
   ImvUnionOperatorControl* GetUnionOperatorControl() const override;
   int GetControlsCount() const override { return 3; }
   bool MakeVisible(int index) const override;
+  // The share of the page's height that the grid below the pane takes,
+  // from 0 to 1 (a value outside is held at the nearer end). The page reads
+  // it when it updates and reports a moved splitter through the setter,
+  // which acts on a change only and updates it.
+  double Ratio() const { return ratio_; }
+  void SetRatio(double value);
 
   // The SELECT alone, with the sort of the whole query when it has none.
   WideString GetSql();
@@ -307,6 +313,7 @@ class TmvUnionSubQuery : public TmvQueryBase {
   WideString ClauseText(const std::function<TastNode*(TSQLSubQuerySelectExpression*)>& clause);
   TmvDatasourceGroup* datasources_ = nullptr;
   TmvSelectList* selectList_ = nullptr;
+  double ratio_ = 0.3;
 };
 
 // A list of sub-queries (not owned).

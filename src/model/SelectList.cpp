@@ -116,6 +116,18 @@ ImvSelectListControl* TmvSelectList::SelectListControl() const {
   return dynamic_cast<ImvSelectListControl*>(GetControls(0));
 }
 
+void TmvSelectList::SetGeneralColumnsWidth(const std::vector<int32_t>& widths) {
+  if (generalColumnsWidth_ == widths) return;
+  generalColumnsWidth_ = widths;
+  if (ImvControl* control = GetControls(0)) control->UpdateControlVisualParams(this);
+}
+
+void TmvSelectList::SetConditionsColumnsWidth(const std::vector<int32_t>& widths) {
+  if (conditionsColumnsWidth_ == widths) return;
+  conditionsColumnsWidth_ = widths;
+  if (ImvControl* control = GetControls(0)) control->UpdateControlVisualParams(this);
+}
+
 void TmvSelectList::FillList() {
   ImvSelectListControl* control = SelectListControl();
   if (!control) return;

@@ -382,6 +382,13 @@ class TmvSelectList : public TmvQueryBuilderControlOwner {
   // Refills the grid; string setters ignore its writes meanwhile.
   void FillList();
   int GetControlsCount() const override { return 1; }
+  // The widths of the grid's columns: the general ones and the condition
+  // columns. The grid reads them when it updates and reports a change
+  // through the setters, which act on a change only and update it.
+  const std::vector<int32_t>& GeneralColumnsWidth() const { return generalColumnsWidth_; }
+  void SetGeneralColumnsWidth(const std::vector<int32_t>& widths);
+  const std::vector<int32_t>& ConditionsColumnsWidth() const { return conditionsColumnsWidth_; }
+  void SetConditionsColumnsWidth(const std::vector<int32_t>& widths);
 
  protected:
   void Destroying() override;
@@ -408,6 +415,8 @@ class TmvSelectList : public TmvQueryBuilderControlOwner {
   TmvOwned<TSQLSelectItems> selectItemsAST_;
   TmvOwned<TSQLGroupByList> groupByAST_;
   TmvOwned<TSQLOrderByClause> orderByAST_;
+  std::vector<int32_t> generalColumnsWidth_;
+  std::vector<int32_t> conditionsColumnsWidth_;
 };
 
 }  // namespace mv

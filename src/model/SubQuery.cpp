@@ -275,9 +275,11 @@ void TmvSubQuery::SetSql(const WideString& text) {
   Host()->BeginUpdate();
   TmvUpdateScope update(this);
   try {
+    TmvReloadScope reload(Host(), this);
     ClearInternal();
     LoadFromStatement(std::move(statement));
     NotifySQLUpdatedRecursive();
+    reload.Loaded();
   } catch (...) {
     Host()->EndUpdate();
     throw;

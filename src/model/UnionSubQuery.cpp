@@ -73,6 +73,13 @@ ImvUnionOperatorControl* TmvUnionSubQuery::GetUnionOperatorControl() const {
 
 bool TmvUnionSubQuery::MakeVisible(int index) const { return index != 0; }
 
+void TmvUnionSubQuery::SetRatio(double value) {
+  value = std::clamp(value, 0.0, 1.0);
+  if (ratio_ == value) return;
+  ratio_ = value;
+  if (ImvControl* page = GetControls(0)) page->UpdateControlVisualParams(this);
+}
+
 TmvOwned<TastNode> TmvUnionSubQuery::CreateResultAST() {
   if (!SelectAST()) return nullptr;
   auto select = SelectAST()->CloneAs<TSQLSubQuerySelectExpression>(SQLContext());
@@ -129,9 +136,11 @@ void TmvUnionSubQuery::SetSql(const WideString& text) {
   node->UnionOperator = GetUnionOperator();
   node->UnionAll = GetUnionAllFlag();
   TmvUpdateScope update(this);
+  TmvReloadScope reload(Host(), this);
   datasources_->Clear();
   selectList_->Clear();
   LoadFromAST(std::move(node));
+  reload.Loaded();
   if (TSQLSubQuerySelectExpression* select = SelectAST(); select && select->OrderBy)
     selectList_->LoadOrderByListFromAST(select->OrderBy.Release());
   NotifySQLUpdatedRecursive();

@@ -70,8 +70,8 @@ TEST_F(ModelTest, HostMovesChangesOrRefusesANewDatasource) {
   EXPECT_EQ(First()->AddObject(u"refused", u""), nullptr);
   TmvDatasource* added = First()->AddObjectAt(u"t", {5, 5}, u"");
   ASSERT_NE(added, nullptr);
-  EXPECT_EQ(added->Left, 40);
-  EXPECT_EQ(added->Top, 30);
+  EXPECT_EQ(added->Left(), 40);
+  EXPECT_EQ(added->Top(), 30);
   EXPECT_EQ(after, 1);
   EXPECT_EQ(Sql(), "Select * From x, t");
 }
