@@ -116,8 +116,10 @@ void TmvQueryBuilder::SetSql(const WideString& text) {
   BeginUpdate();
   SetSettingSql(true);
   try {
+    TmvReloadScope reload(this, Query());
     ClearInternal();
     Query()->LoadFromStatement(std::move(statement));
+    reload.Loaded();
   } catch (...) {
     SetSettingSql(false);
     EndUpdate();
@@ -147,8 +149,10 @@ WideString TmvQueryBuilder::GetActivePartSQL(TmvQueryPart part) {
 void TmvQueryBuilder::Clear() {
   BeginUpdate();
   try {
+    TmvReloadScope reload(this, Query());
     ClearInternal();
     if (!IsDestroying()) Query()->LoadFromStatement(nullptr);
+    reload.Loaded();
   } catch (...) {
     EndUpdate();
     throw;

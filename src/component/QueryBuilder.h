@@ -18,6 +18,7 @@
 #include <memory>
 #include <vector>
 
+#include "component/Layout.h"
 #include "component/ParametersList.h"
 #include "metadata/MetadataLoadingThread.h"
 #include "model/QueryModelHost.h"
@@ -65,6 +66,17 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   bool IsSelectStatement(const WideString& text);
   // Empties the query (one empty SELECT stays).
   void Clear();
+
+  // --- The layout document (Layout.h): the text with the places of the boxes ---
+  WideString GetLayout();
+  // Sets the document's text (SetSql), then puts the boxes that match their
+  // elements in their places. Text that is not well-formed XML changes
+  // nothing; a box's number that is not an integer raises EConvertError
+  // before anything changes.
+  void SetLayout(const WideString& text);
+  // With controls, a reload of new text keeps the places of what stays.
+  void BeforeReload(TmvQueryBuilderControlOwner* owner) override;
+  void AfterReload(TmvQueryBuilderControlOwner* owner, bool loaded) override;
 
   // --- The result tree: generated on the first read after a change ---
   TSQLSelectStatement* GetResultQueryAST();
@@ -218,6 +230,8 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   void ChangeBuilders(const std::function<void(TSQLBuilderFast&, int index)>& change);
 
   TmvOwned<TSQLSelectStatement> resultQueryAST_;
+  // The snapshots of the reloads under way, innermost last.
+  std::vector<std::pair<TmvQueryBuilderControlOwner*, std::unique_ptr<TmvLayoutItem>>> reloadSnapshots_;
   TmvParametersList parameters_;
   std::unique_ptr<TmvMetadataFilter> metadataFilter_;
   TmvMetadataAsyncLoading asyncLoading_;
