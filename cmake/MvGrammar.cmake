@@ -61,7 +61,7 @@ function(_mv_generate mode suffix input)
   target_sources(${ARG_TARGET} PRIVATE ${header} ${source})
   get_target_property(target_type ${ARG_TARGET} TYPE)
   if(NOT target_type STREQUAL "UTILITY")
-    target_include_directories(${ARG_TARGET} PUBLIC ${ARG_OUTPUT_DIR})
+    target_include_directories(${ARG_TARGET} PUBLIC $<BUILD_INTERFACE:${ARG_OUTPUT_DIR}>)
   endif()
 endfunction()
 
