@@ -26,6 +26,7 @@ TmvQueryBuilder::TmvQueryBuilder()
     : parameters_(this), metadataFilter_(std::make_unique<TmvMetadataFilter>()), asyncLoading_(*this) {
   Options.CanReorderDatasources = true;
   Options.LoadJoinsFromWhereClause = true;
+  properties_ = TmvCreate<TmvQueryBuilderProperties>(*this);
   TmvMetadataContainer* container = TmvQueryModelHost::MetadataContainer();
   container->GetMetadataObjectVisible = [this](TmvObject*, TmvMetadataObject* object, bool& visible) {
     visible = true;

@@ -20,6 +20,7 @@
 
 #include "component/Layout.h"
 #include "component/ParametersList.h"
+#include "component/QueryBuilderProperties.h"
 #include "metadata/MetadataLoadingThread.h"
 #include "model/QueryModelHost.h"
 #include "sqlgen/SQLOptions.h"
@@ -204,6 +205,19 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   std::function<void(TmvQueryBuilder*, const WideString& name, bool& visible)> OnFilterTable, OnFilterView,
       OnFilterProcedure, OnFilterSynonym;
 
+  // --- Properties and option objects (component/options/QueryBuilder.def) ---
+  // The registry of the builder's properties, owner of its option objects;
+  // the accessors below hand them out as the builder's own.
+  TmvQueryBuilderProperties& Properties() const { return *properties_; }
+#define MV_OPTIONS_FORWARD
+#include "component/options/QueryBuilder.def"
+  // The properties XML document (PropertiesXML.h) of the keyed properties.
+  WideString GetPropertiesXML();
+  WideString GetPropertiesXMLByTypes(bool nonVisual, bool visual);
+  WideString GetPropertiesXMLByXPath(WideStringView include, WideStringView exclude);
+  // Inside one update; empty or malformed text changes nothing.
+  void SetPropertiesXML(WideStringView text);
+
   // --- ImvMetadataLoadingOwner ---
   TmvMetadataContainer* MetadataContainer() override { return TmvQueryModelHost::MetadataContainer(); }
   void MetadataLoaded() override;
@@ -230,6 +244,7 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   void ChangeBuilders(const std::function<void(TSQLBuilderFast&, int index)>& change);
 
   TmvOwned<TSQLSelectStatement> resultQueryAST_;
+  TmvOwned<TmvQueryBuilderProperties> properties_;
   // The snapshots of the reloads under way, innermost last.
   std::vector<std::pair<TmvQueryBuilderControlOwner*, std::unique_ptr<TmvLayoutItem>>> reloadSnapshots_;
   TmvParametersList parameters_;

@@ -59,6 +59,13 @@ class TmvBaseSQLBuilder : public TmvObject {
   // While a stored form is loaded updates wait; Loaded fires once if one came.
   void BeginLoading() { loading_ = true; }
   void Loaded();
+  // The settings as properties XML (PropertiesXML.h, root "properties"): the
+  // inner builder's keyed settings and "quote-all-identifiers" (defined in
+  // SQLBuilderComponentsXML.cpp). Setting applies inside one update; empty
+  // or malformed text changes nothing.
+  WideString GetPropertiesXML() { return GetPropertiesXMLByXPath({}, {}); }
+  WideString GetPropertiesXMLByXPath(WideStringView include, WideStringView exclude);
+  void SetPropertiesXML(WideStringView text);
 
   std::function<void(TmvBaseSQLBuilder*)> OnSQLUpdated;
   std::function<void(TmvBaseSQLBuilder*)> OnQueryPartChanging;

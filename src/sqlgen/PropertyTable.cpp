@@ -28,6 +28,9 @@ WideString TmvPropertyEntry::TypeName() const {
     case ptInteger: return u"integer";
     case ptEnumeration: return Enum ? WideString(Enum->Name) : WideString(u"enumeration");
     case ptObject: return ObjectTable ? WideFromAscii(ObjectTable().ClassName()) : WideString(u"object");
+    case ptColor: return u"colour";
+    case ptSet: return Enum ? u"set of " + WideString(Enum->Name) : WideString(u"set");
+    case ptString: return u"string";
   }
   return {};
 }
@@ -131,11 +134,15 @@ TmvPropertyTable::Resolved TmvPropertyTable::Resolve(const TmvPersistent& object
 
 WideString TmvPropertyTable::GetText(const TmvPersistent& object, WideStringView path) const {
   Resolved r = Resolve(object, path);
-  return ValueText(*r.entry, r.entry->Get(*r.object));
+  return EntryText(*r.entry, *r.object);
 }
 
 void TmvPropertyTable::SetText(TmvPersistent& object, WideStringView path, WideStringView value) const {
   Resolved r = Resolve(object, path);
+  if (r.entry->Type == ptString) {
+    r.entry->SetString(*r.object, value);
+    return;
+  }
   int64_t parsed;
   try {
     parsed = ParseValue(*r.entry, value);
@@ -144,6 +151,25 @@ void TmvPropertyTable::SetText(TmvPersistent& object, WideStringView path, WideS
     throw EConvertError(WideFormat(u"Property \"%s\": %s", {WideString(path), e.Message()}));
   }
   r.entry->Set(*r.object, parsed);
+}
+
+WideString TmvPropertyTable::EntryText(const TmvPropertyEntry& entry, const TmvPersistent& object) {
+  if (entry.Type == ptString) return entry.GetString(object);
+  return ValueText(entry, entry.Get(object));
+}
+
+void TmvPropertyTable::SetEntryText(const TmvPropertyEntry& entry, TmvPersistent& object, WideStringView text) {
+  if (entry.Type == ptString) {
+    entry.SetString(object, text);
+    return;
+  }
+  int64_t parsed;
+  try {
+    parsed = ParseValue(entry, text);
+  } catch (const EConvertError& e) {
+    throw EConvertError(WideFormat(u"Property \"%s\": %s", {WideString(entry.Name), e.Message()}));
+  }
+  entry.Set(object, parsed);
 }
 
 void TmvPropertyTable::SetAssignment(TmvPersistent& object, WideStringView assignment) const {
@@ -156,6 +182,13 @@ void TmvPropertyTable::SetAssignment(TmvPersistent& object, WideStringView assig
 
 void TmvPropertyTable::StoreDefaults(TmvPersistent& object) const {
   for (const TmvPropertyEntry& entry : entries_) {
+    if (entry.Type == ptString) {
+      if (entry.StoreString)
+        entry.StoreString(object, entry.DefaultText);
+      else
+        entry.SetString(object, entry.DefaultText);
+      continue;
+    }
     if (entry.Type != ptObject) {
       if (entry.Store)
         entry.Store(object, entry.Default);
@@ -178,6 +211,8 @@ void TmvPropertyTable::AssignValues(TmvPersistent& dest, const TmvPersistent& so
   for (const TmvPropertyEntry& entry : entries_) {
     if (entry.Type == ptObject)
       entry.Object(dest)->Assign(entry.Object(source));
+    else if (entry.Type == ptString)
+      entry.SetString(dest, entry.GetString(source));
     else
       entry.Set(dest, entry.Get(source));
   }
@@ -188,6 +223,8 @@ void TmvPropertyTable::Describe(const TmvPersistent& object, TmvPropertyWriter& 
   for (const TmvPropertyEntry& entry : entries_) {
     if (entry.Type == ptObject)
       writer.WriteObject(entry.Name, entry.Object(object));
+    else if (entry.Type == ptString)
+      writer.WriteText(entry.Name, entry.GetString(object));
     else
       writer.WriteRaw(entry.Name, ValueText(entry, entry.Get(object)));
   }
@@ -198,7 +235,23 @@ WideString TmvPropertyTable::ValueText(const TmvPropertyEntry& entry, int64_t va
     case ptBoolean: return value ? u"True" : u"False";
     case ptInteger: return IntToWide(value);
     case ptEnumeration: return entry.Enum->NameOf(value);
-    case ptObject: break;
+    case ptColor: {
+      static constexpr char16_t kDigits[] = u"0123456789ABCDEF";
+      WideString text(9, u'$');
+      for (int i = 8; i >= 1; --i, value >>= 4) text[size_t(i)] = kDigits[value & 15];
+      return text;
+    }
+    case ptSet: {
+      WideString text = u"[";
+      for (size_t i = 0; i < entry.Enum->Members.size(); ++i) {
+        if (!(value & (int64_t(1) << i))) continue;
+        if (text.size() > 1) text += u", ";
+        text += entry.Enum->Members[i];
+      }
+      return text + u"]";
+    }
+    case ptObject:
+    case ptString: break;
   }
   return {};
 }
@@ -230,7 +283,55 @@ int64_t TmvPropertyTable::ParseValue(const TmvPropertyEntry& entry, WideStringVi
       throw EConvertError(WideFormat(u"\"%s\" is not a value of %s; give one of %s",
                                      {WideString(text), WideString(type.Name), members}));
     }
+    case ptColor: {
+      // "$80000005", "0x80000005", or a decimal number, signed or not.
+      WideStringView digits = trimmed;
+      int base = 10;
+      if (!digits.empty() && digits[0] == u'$') {
+        digits.remove_prefix(1);
+        base = 16;
+      } else if (digits.size() > 2 && digits[0] == u'0' && (digits[1] == u'x' || digits[1] == u'X')) {
+        digits.remove_prefix(2);
+        base = 16;
+      }
+      if (base == 16) {
+        uint64_t bits = 0;
+        bool ok = !digits.empty() && digits.size() <= 8;
+        for (char16_t c : digits) {
+          const int digit = c >= u'0' && c <= u'9'   ? c - u'0'
+                            : c >= u'a' && c <= u'f' ? c - u'a' + 10
+                            : c >= u'A' && c <= u'F' ? c - u'A' + 10
+                                                     : -1;
+          if (digit < 0) ok = false;
+          bits = bits * 16 + uint64_t(digit < 0 ? 0 : digit);
+        }
+        if (ok) return int64_t(bits);
+      } else if (TryStrToInt(trimmed, number) && number >= std::numeric_limits<int32_t>::min() &&
+                 number <= int64_t(std::numeric_limits<uint32_t>::max())) {
+        return int64_t(uint32_t(number));
+      }
+      throw EConvertError(WideFormat(u"\"%s\" is not a colour; give $BBGGRR in hex or a 32-bit number",
+                                     {WideString(text)}));
+    }
+    case ptSet: {
+      // "[a, b]" or "a,b"; each member by name or ordinal.
+      WideStringView body = trimmed;
+      if (!body.empty() && body.front() == u'[' && body.back() == u']') body = body.substr(1, body.size() - 2);
+      int64_t bits = 0;
+      const TmvEnumType& type = *entry.Enum;
+      while (!WideTrim(body).empty()) {
+        const size_t comma = body.find(u',');
+        const WideString member = WideTrim(body.substr(0, comma));
+        body = comma == WideStringView::npos ? WideStringView() : body.substr(comma + 1);
+        int64_t ordinal = type.Find(member);
+        if (ordinal < 0 && !(TryStrToInt(member, ordinal) && ordinal >= 0 && ordinal < int64_t(type.Members.size())))
+          throw EConvertError(WideFormat(u"\"%s\" is not a member of %s", {member, WideString(type.Name)}));
+        bits |= int64_t(1) << ordinal;
+      }
+      return bits;
+    }
     case ptObject: break;
+    case ptString: return 0;  // strings go through SetString
   }
   throw EConvertError(WideFormat(u"Property \"%s\" is an object and takes no value", {WideString(entry.Name)}));
 }

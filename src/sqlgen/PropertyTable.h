@@ -9,7 +9,9 @@
 // option object is reached by a dotted path ("MainQueryFormat.WhereFormat.
 // NewLineAfter"). Names compare without regard to case. Values as text:
 // booleans "True"/"False" (also "true", "false", "1", "0"), integers in
-// decimal, enumerations by member name (also by ordinal).
+// decimal, enumerations by member name (also by ordinal), colours as
+// "$80000005" (also "0x..." and decimal), sets as "[member, member]" (also
+// an ordinal per member), strings as they stand.
 //
 //   const TmvPropertyTable& TFoo::Properties() {
 //     static const TmvPropertyTable table("TFoo", {
@@ -43,7 +45,9 @@ struct TmvEnumType {
   int64_t Find(WideStringView name) const;
 };
 
-enum TmvPropertyType : uint8_t { ptBoolean, ptInteger, ptEnumeration, ptObject };
+// A colour is a 32-bit value (its bits in the int64_t), a set the bits of its
+// members' ordinals; a string travels as text (GetString, SetString).
+enum TmvPropertyType : uint8_t { ptBoolean, ptInteger, ptEnumeration, ptObject, ptColor, ptSet, ptString };
 
 // A default of a nested object that differs from its class's own default.
 struct TmvDefaultOverride {
@@ -57,7 +61,8 @@ struct TmvPropertyEntry {
   TmvPropertyType Type = ptBoolean;
   int64_t Default = 0;           // scalars only
   const char16_t* XMLPath = u"";  // key in properties XML; empty: not stored there; an object's ends in "/"
-  const TmvEnumType* Enum = nullptr;
+  const TmvEnumType* Enum = nullptr;  // enumerations, and the members of a set
+  const char16_t* DefaultText = u"";  // strings only
 
   int64_t (*Get)(const TmvPersistent&) = nullptr;
   // Through the public setter: acts only on a change and notifies.
@@ -65,13 +70,18 @@ struct TmvPropertyEntry {
   // Into the field, without notification; used while constructing. When
   // null the defaults go through Set.
   void (*Store)(TmvPersistent&, int64_t) = nullptr;
+  // Strings: the same three.
+  WideString (*GetString)(const TmvPersistent&) = nullptr;
+  void (*SetString)(TmvPersistent&, WideStringView) = nullptr;
+  void (*StoreString)(TmvPersistent&, WideStringView) = nullptr;
 
   // Nested option objects: the owned object and its table.
   TmvPersistent* (*Object)(const TmvPersistent&) = nullptr;
   const TmvPropertyTable& (*ObjectTable)() = nullptr;
   std::vector<TmvDefaultOverride> DefaultOverrides;
 
-  // "boolean", "integer", the enumeration's or the nested class's name.
+  // "boolean", "integer", "colour", "string", the enumeration's or the
+  // nested class's name, "set of " the members' enumeration.
   WideString TypeName() const;
 };
 
@@ -80,7 +90,7 @@ struct TmvPropertyLeaf {
   WideString Path;     // dotted property names
   WideString XMLPath;  // the joined XML keys; empty when the leaf or an object above it has none
   const TmvPropertyEntry* Entry;
-  int64_t Default;  // with the overrides of the objects above it
+  int64_t Default;  // with the overrides of the objects above it; strings: Entry->DefaultText
 };
 
 class TmvPropertyTable {
@@ -117,9 +127,14 @@ class TmvPropertyTable {
   // Writes every property, nested objects as nested blocks.
   void Describe(const TmvPersistent& object, TmvPropertyWriter& writer) const;
 
-  // A value as text, and text as a value of an entry (EConvertError).
+  // A value as text, and text as a value of an entry (EConvertError); not
+  // for strings.
   static WideString ValueText(const TmvPropertyEntry& entry, int64_t value);
   static int64_t ParseValue(const TmvPropertyEntry& entry, WideStringView text);
+  // The value of a scalar or string entry of `object` as text, and text set
+  // through the entry's setter (EConvertError naming the entry).
+  static WideString EntryText(const TmvPropertyEntry& entry, const TmvPersistent& object);
+  static void SetEntryText(const TmvPropertyEntry& entry, TmvPersistent& object, WideStringView text);
 
  private:
   struct Resolved {
