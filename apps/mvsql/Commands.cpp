@@ -21,8 +21,11 @@ int RunEdit(const std::vector<std::string>& args, std::ostream& out, std::ostrea
 
 const std::vector<Command>& AllCommands() {
   static const std::string roundtripUsage =
-      std::string("mvsql roundtrip [--dialect NAME] [--metadata FILE.xml|--sqlite FILE] [--one-line] [FILE|-]\n") +
+      std::string("mvsql roundtrip [--dialect NAME] [--metadata FILE.xml|--sqlite FILE] [--one-line]\n"
+                  "                [--layout FILE.xml | FILE|-] [--layout-out FILE.xml]\n") +
       kBuilderUsage +
+      "  --layout FILE.xml     the query and the places of its boxes from a layout document\n"
+      "  --layout-out FILE.xml write the layout document (the query with its places) to the file\n"
       "The statement becomes the query builder's model and the model's text is printed. A syntax\n"
       "error, or a statement that is no SELECT, prints the parser's message and exits with 1.\n";
   static const std::string editUsage =

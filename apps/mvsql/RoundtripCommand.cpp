@@ -5,6 +5,13 @@
 // error, or text that is no SELECT, prints the parser's message on standard
 // error and exits with 1; the metadata of --metadata or --sqlite binds the
 // names as the builder binds them.
+//
+// --layout FILE.xml takes the query and the places of its boxes from a
+// layout document instead of the input; --layout-out FILE.xml writes the
+// builder's layout document after the text is set.
+#include <pugixml.hpp>
+
+#include <fstream>
 #include <ostream>
 #include <string>
 
@@ -17,14 +24,43 @@
 namespace mvsql {
 
 int RunRoundtrip(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-  Arguments arguments(args, {"dialect", "metadata", "sqlite"}, {"one-line"});
-  const mv::WideString sql = mv::ReadTextFile(arguments.InputPath());
+  Arguments arguments(args, {"dialect", "metadata", "sqlite", "layout", "layout-out"}, {"one-line"});
+  const std::string layoutPath = arguments.Value("layout");
+  if (arguments.Has("layout") && !arguments.Positional().empty())
+    throw UsageError{"--layout takes the query from the layout document: give no FILE"};
+  const mv::WideString text = mv::ReadTextFile(arguments.Has("layout") ? layoutPath : arguments.InputPath());
   BuilderSession session(arguments);
   try {
-    session.Builder().SetSql(sql);
+    if (arguments.Has("layout")) {
+      // The builder ignores text that is no layout document; say so here.
+      pugi::xml_document document;
+      const std::string bytes = mv::UTF8Encode(text);
+      const pugi::xml_parse_result parsed = document.load_buffer(bytes.data(), bytes.size());
+      if (!parsed) {
+        err << layoutPath << ": not a well-formed layout document: " << parsed.description() << " (byte "
+            << parsed.offset << ")\n";
+        return kExitFailure;
+      }
+      if (std::string(document.document_element().name()) != "MorvaneLayout") {
+        err << layoutPath << ": not a layout document: the root element is not <MorvaneLayout>\n";
+        return kExitFailure;
+      }
+      session.Builder().SetLayout(text);
+    } else {
+      session.Builder().SetSql(text);
+    }
   } catch (const mv::EmvSQLError& e) {
     err << mv::UTF8Encode(e.Message()) << "\n";
     return kExitFailure;
+  }
+  if (arguments.Has("layout-out")) {
+    const std::string path = arguments.Value("layout-out");
+    std::ofstream file(path, std::ios::binary);
+    file << mv::UTF8Encode(session.Builder().GetLayout());
+    if (!file.flush()) {
+      err << path << ": cannot write the layout document\n";
+      return kExitFailure;
+    }
   }
   out << session.Print(arguments.Has("one-line"));
   return kExitSuccess;
