@@ -18,6 +18,7 @@ int RunFormat(const std::vector<std::string>& args, std::ostream& out, std::ostr
 int RunMetadata(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunRoundtrip(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunEdit(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunOptions(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 const std::vector<Command>& AllCommands() {
   static const std::string roundtripUsage =
@@ -101,6 +102,17 @@ const std::vector<Command>& AllCommands() {
        roundtripUsage.c_str(), RunRoundtrip},
       {"edit", "run an editing script on the query builder's model and print the query",
        editUsage.c_str(), RunEdit},
+      {"options", "print the query builder's options and properties with their values, or as XML",
+       "mvsql options [--dialect NAME] [--properties FILE.xml] [--set NAME=VALUE]... [--xml]\n"
+       "  --dialect NAME        the dialect of the query builder (default sql92)\n"
+       "  --properties FILE.xml apply a properties XML document first\n"
+       "  --set NAME=VALUE      one property by its registry name: SnapToGrid=False, GridSize=10,\n"
+       "                        Color=$00FF0000, OptionsView.TreeMargins=False,\n"
+       "                        SelectListOptions.DisableDirectEditingIn=[mvColumnConditions]; repeatable\n"
+       "  --xml                 print the properties XML document instead of the list\n"
+       "Without --xml every property is printed as NAME=VALUE, one a line. An unknown name or\n"
+       "a bad value exits with 2; a properties document with a bad value exits with 1.\n",
+       RunOptions},
   };
   return commands;
 }

@@ -44,6 +44,8 @@ void TmvQueryBuilderProperties::UpdateModelOptions() {
   options.CreateColumnAliasesFromAltNames = SelectListOptions_.CreateColumnAliasesFromAltNames();
   options.CreateColumnAliasesForUnnamedColumns = SelectListOptions_.CreateColumnAliasesForUnnamedColumns();
   options.ResolveColumnNamingConflictsAutomatically = SelectListOptions_.ResolveColumnNamingConflictsAutomatically();
+  // The field the grid reads.
+  builder_->UseCustomExpressionBuilder = UseCustomExpressionBuilder();
 }
 
 void TmvQueryBuilderProperties::DoUpdated() {

@@ -186,8 +186,10 @@ TEST_F(OptionsTest, CorrectionsAndPassThroughs) {
 
   properties.SetUseCustomExpressionBuilder(false);
   EXPECT_TRUE(builder->SelectListOptions().UseCustomExpressionBuilder().Empty());
+  EXPECT_FALSE(builder->UseCustomExpressionBuilder);
   builder->SelectListOptions().SetUseCustomExpressionBuilder({mv::mvColumnConditions});
   EXPECT_TRUE(properties.UseCustomExpressionBuilder());
+  EXPECT_TRUE(builder->UseCustomExpressionBuilder);
 
   // The model reads its options from the option objects.
   builder->LinkOptions().SetCreateLinksFromRelations(false);
