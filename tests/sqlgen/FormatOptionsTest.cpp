@@ -191,7 +191,10 @@ WideString OtherValue(const TmvPropertyEntry& entry, const WideString& current) 
       const int64_t ordinal = entry.Enum->Find(current);
       return entry.Enum->Members[(ordinal + 1) % int64_t(entry.Enum->Members.size())];
     }
-    case ptObject: break;
+    case ptObject:
+    case ptColor:
+    case ptSet:
+    case ptString: break;  // none among the format options
   }
   return {};
 }
