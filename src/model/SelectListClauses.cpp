@@ -35,10 +35,13 @@ TmvOwned<TSQLExpressionItem> AsExpression(TmvOwned<TastNode> node) {
   return TmvOwned<TSQLExpressionItem>(expression);
 }
 
-// The name of a column of one part without a table prefix, or null.
+// The name of a column of one part without a table prefix, or null. A
+// column bound to a source names that source's field (the fix-up took its
+// prefix into the binding), never an output column.
 const TastToken* OnePartColumnName(const TastNode* node) {
   auto* column = TmvCast<TSQLExpressionColumn>(node);
   if (!column || !column->Column || column->Column->Items.Count() != 1) return nullptr;
+  if (column->Column->FromSource) return nullptr;
   if (column->Column->DatabaseLink && column->Column->DatabaseLink->Items.Count() > 0) return nullptr;
   return column->Column->Token(0);
 }

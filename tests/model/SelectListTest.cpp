@@ -77,6 +77,11 @@ TEST_F(SelectListTest, StatementsBecomeRowsAndPrintBack) {
       // A one-part name in GROUP BY or ORDER BY finds the row that shows it.
       {"SELECT a AS x FROM t ORDER BY x", {"a sel asc where"}, nullptr},
       {"SELECT a AS x FROM t GROUP BY x", {"a sel grp where"}, "SELECT a AS x FROM t GROUP BY a"},
+      // A name with a table prefix stays that table's column, whatever row
+      // shows the same name.
+      {"SELECT t.a AS x FROM t, u GROUP BY u.x", {"t.a sel where", "u.x grp where"}, nullptr},
+      {"SELECT t.a AS x FROM t, u ORDER BY u.x DESC", {"t.a sel where", "u.x desc none"}, nullptr},
+      {"SELECT t.a, u.a FROM t, u GROUP BY t.a, u.a", {"t.a sel grp where", "u.a sel grp where"}, nullptr},
       {"SELECT a.x, COUNT(*) FROM a LEFT JOIN b ON a.id = b.id WHERE a.y > 1 GROUP BY a.x ORDER BY 2 DESC",
        {"a.x sel grp where", "* sel agg=count having", "a.y where [> 1]", "2 desc none"}, nullptr},
   };
