@@ -23,8 +23,10 @@ int RunOptions(const std::vector<std::string>& args, std::ostream& out, std::ost
 const std::vector<Command>& AllCommands() {
   static const std::string roundtripUsage =
       std::string("mvsql roundtrip [--dialect NAME] [--metadata FILE.xml|--sqlite FILE] [--one-line]\n"
-                  "                [--layout FILE.xml | FILE|-] [--layout-out FILE.xml]\n") +
+                  "                [--properties FILE.xml] [--layout FILE.xml | FILE|-] [--layout-out FILE.xml]\n") +
       kBuilderUsage +
+      "  --properties FILE.xml the builder's properties (quoting, alternative names, ...) from a\n"
+      "                        properties XML document, applied before the text\n"
       "  --layout FILE.xml     the query and the places of its boxes from a layout document\n"
       "  --layout-out FILE.xml write the layout document (the query with its places) to the file\n"
       "The statement becomes the query builder's model and the model's text is printed. A syntax\n"

@@ -8,7 +8,8 @@
 //
 // --layout FILE.xml takes the query and the places of its boxes from a
 // layout document instead of the input; --layout-out FILE.xml writes the
-// builder's layout document after the text is set.
+// builder's layout document after the text is set. --properties FILE.xml
+// applies a properties XML document to the builder before the text.
 #include <pugixml.hpp>
 
 #include <fstream>
@@ -19,17 +20,28 @@
 #include "BuilderSession.h"
 #include "Command.h"
 #include "frontend/SQLError.h"
+#include "support/Exceptions.h"
 #include "support/TextFile.h"
 
 namespace mvsql {
 
 int RunRoundtrip(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-  Arguments arguments(args, {"dialect", "metadata", "sqlite", "layout", "layout-out"}, {"one-line"});
+  Arguments arguments(args, {"dialect", "metadata", "sqlite", "layout", "layout-out", "properties"}, {"one-line"});
   const std::string layoutPath = arguments.Value("layout");
   if (arguments.Has("layout") && !arguments.Positional().empty())
     throw UsageError{"--layout takes the query from the layout document: give no FILE"};
   const mv::WideString text = mv::ReadTextFile(arguments.Has("layout") ? layoutPath : arguments.InputPath());
   BuilderSession session(arguments);
+  if (arguments.Has("properties")) {
+    // A document that is not well-formed changes nothing; a bad value raises.
+    const std::string path = arguments.Value("properties");
+    try {
+      session.Builder().SetPropertiesXML(mv::ReadTextFile(path));
+    } catch (const mv::Exception& e) {
+      err << path << ": " << mv::UTF8Encode(e.Message()) << "\n";
+      return kExitFailure;
+    }
+  }
   try {
     if (arguments.Has("layout")) {
       // The builder ignores text that is no layout document; say so here.

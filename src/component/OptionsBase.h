@@ -48,6 +48,11 @@ class TmvOptionsBase : public TmvUpdatablePersistent {
   // object the parent of its nested option objects, so that their changes
   // reach this object's listeners.
   void InitializeOptions(const TmvPropertyTable& table);
+  // A value held in min..max.
+  template <class V>
+  static V ClampOption(V value, V min, V max) {
+    return value < min ? min : value > max ? max : value;
+  }
   // The generated setters' end: acts only on a change, then notifies.
   template <class V>
   void StoreOption(V& field, const V& value) {

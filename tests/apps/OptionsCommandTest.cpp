@@ -62,4 +62,20 @@ TEST(OptionsCommandTest, ErrorsNameTheCulprit) {
   EXPECT_NE(r.err.find("visual/query-builder/border-width"), std::string::npos) << r.err;
 }
 
+// roundtrip --properties: the builder's settings before the text.
+TEST(OptionsCommandTest, RoundtripTakesProperties) {
+  mvtest::TempFile quoted(
+      "<properties><system><internal-sql-formatter><quote-all-identifiers><value>1</value>"
+      "</quote-all-identifiers></internal-sql-formatter></system></properties>",
+      ".xml");
+  mvtest::ToolResult r = mvtest::RunMvsql({"roundtrip", "--one-line", "--properties", quoted.path()}, "SELECT a FROM t");
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_NE(r.out.find("\"a\""), std::string::npos) << r.out;
+  mvtest::TempFile bad("<properties><system><offline-mode><value>maybe</value></offline-mode></system></properties>",
+                       ".xml");
+  r = mvtest::RunMvsql({"roundtrip", "--properties", bad.path()}, "SELECT a FROM t");
+  EXPECT_EQ(r.exitCode, 1);
+  EXPECT_NE(r.err.find("system/offline-mode"), std::string::npos) << r.err;
+}
+
 }  // namespace

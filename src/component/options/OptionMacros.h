@@ -23,39 +23,37 @@
 #if defined(MV_OPTIONS_MEMBERS)
 
 #define MV_OPTION(Type, Name, Default, XMLKey)                                          \
- public:                                                                               \
-  ::mv::TmvOptionArg<Type> Name() const { return Name##_; }                            \
+ public:                                                                                \
+  ::mv::TmvOptionArg<Type> Name() const { return Name##_; }                             \
   void Set##Name(::mv::TmvOptionArg<Type> value) { StoreOption(Name##_, Type(value)); } \
-                                                                                       \
- protected:                                                                            \
+                                                                                        \
+ protected:                                                                             \
   Type Name##_{};
-#define MV_OPTION_RANGE(Type, Name, Default, XMLKey, Min, Max)                          \
- public:                                                                               \
-  Type Name() const { return Name##_; }                                                \
-  void Set##Name(Type value) {                                                         \
-    StoreOption(Name##_, value < Type(Min) ? Type(Min) : value > Type(Max) ? Type(Max) : value); \
-  }                                                                                    \
-                                                                                       \
- protected:                                                                            \
+#define MV_OPTION_RANGE(Type, Name, Default, XMLKey, Min, Max)                             \
+ public:                                                                                   \
+  Type Name() const { return Name##_; }                                                    \
+  void Set##Name(Type value) { StoreOption(Name##_, ClampOption<Type>(value, Min, Max)); } \
+                                                                                           \
+ protected:                                                                                \
   Type Name##_{};
-#define MV_OPTION_CORRECTED(Type, Name, Default, XMLKey, Correct)                            \
- public:                                                                                    \
-  ::mv::TmvOptionArg<Type> Name() const { return Name##_; }                                 \
+#define MV_OPTION_CORRECTED(Type, Name, Default, XMLKey, Correct)                                \
+ public:                                                                                         \
+  ::mv::TmvOptionArg<Type> Name() const { return Name##_; }                                      \
   void Set##Name(::mv::TmvOptionArg<Type> value) { StoreOption(Name##_, Type(Correct(value))); } \
-                                                                                            \
-protected:                                                                                 \
+                                                                                                 \
+ protected:                                                                                      \
   Type Name##_{};
-#define MV_OPTION_OBJECT(Class, Name, XMLKey)                      \
- public:                                                          \
-  Class& Name() { return Name##_; }                               \
-  const Class& Name() const { return Name##_; }                   \
-  void Set##Name(const Class& value) { Name##_.Assign(&value); }  \
-                                                                  \
-protected:                                                       \
+#define MV_OPTION_OBJECT(Class, Name, XMLKey)                    \
+ public:                                                         \
+  Class& Name() { return Name##_; }                              \
+  const Class& Name() const { return Name##_; }                  \
+  void Set##Name(const Class& value) { Name##_.Assign(&value); } \
+                                                                 \
+ protected:                                                      \
   Class Name##_;
 #define MV_OPTION_PROXY(Type, Name, Default, XMLKey) \
- public:                                            \
-  ::mv::TmvOptionArg<Type> Name() const;            \
+ public:                                             \
+  ::mv::TmvOptionArg<Type> Name() const;             \
   void Set##Name(::mv::TmvOptionArg<Type> value);
 #define MV_OPTION_BOUND(Type, Name, Default, XMLKey) MV_OPTION_PROXY(Type, Name, Default, XMLKey)
 
@@ -72,12 +70,12 @@ protected:                                                       \
 
 #elif defined(MV_OPTIONS_FORWARD)
 
-#define MV_OPTION(Type, Name, Default, XMLKey)                            \
+#define MV_OPTION(Type, Name, Default, XMLKey)                          \
   ::mv::TmvOptionArg<Type> Name() const { return properties_->Name(); } \
   void Set##Name(::mv::TmvOptionArg<Type> value) { properties_->Set##Name(value); }
 #define MV_OPTION_RANGE(Type, Name, Default, XMLKey, Min, Max) MV_OPTION(Type, Name, Default, XMLKey)
 #define MV_OPTION_CORRECTED(Type, Name, Default, XMLKey, Correct) MV_OPTION(Type, Name, Default, XMLKey)
-#define MV_OPTION_OBJECT(Class, Name, XMLKey)          \
+#define MV_OPTION_OBJECT(Class, Name, XMLKey)         \
   Class& Name() const { return properties_->Name(); } \
   void Set##Name(const Class& value) { properties_->Set##Name(value); }
 #define MV_OPTION_PROXY(Type, Name, Default, XMLKey) MV_OPTION(Type, Name, Default, XMLKey)
