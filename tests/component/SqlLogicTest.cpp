@@ -211,6 +211,32 @@ TEST_P(SqlLogicMeaningSlow, RoundTripReturnsTheSameRows) {
             << std::flush;
 }
 
+// Where the model's own rules make the round trip return other rows, each
+// with its reason. A case that starts to agree has been fixed: take it off.
+TEST(SqlLogicMeaning, KnownDivergencesStayListed) {
+  mv::InitializeEngine();
+  struct TDivergence {
+    const char* sql;
+    const char* reason;
+  };
+  const TDivergence cases[] = {
+      {"SELECT count(*) FROM e GROUP BY 1 + 1",
+       "a constant GROUP BY key cannot group and is dropped: no group of an empty table becomes one row"},
+      {"SELECT q.a AS a, q.c AS c, r.c AS c FROM x AS q, x AS r ORDER BY q.a, r.c DESC",
+       "ORDER BY names a row by its alias also when an earlier output column has the same alias"},
+  };
+  mv::TmvSQLiteConnection connection(u":memory:");
+  for (const char16_t* statement :
+       {u"CREATE TABLE e(a INTEGER)", u"CREATE TABLE x(a INTEGER, c INTEGER)", u"INSERT INTO x VALUES (1, 1), (2, 2)"})
+    connection.ExecSQL(statement);
+  TReferenceBuilder builder;
+  for (const TDivergence& c : cases) {
+    const std::string roundTrip = ToUtf8(builder.RoundTrip(mv::UTF8Decode(c.sql)));
+    EXPECT_NE(RunQuery(connection, roundTrip, "nosort"), RunQuery(connection, c.sql, "nosort"))
+        << c.sql << "\n  " << roundTrip << "\n  agrees now; it was listed because " << c.reason;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(SelectFiles, SqlLogicMeaningSlow,
                          ::testing::Values("select1", "select2", "select3", "select4", "select5"),
                          [](const auto& info) { return std::string(info.param); });
