@@ -47,21 +47,6 @@ MV_DEFINE_ENUM_TYPE(TmvFieldsListSortType, flsDescription, u"flsNone", u"flsName
 
 MV_DEFINE_CLASS(TmvOptionsBase, TmvUpdatablePersistent)
 
-void TmvOptionsBase::Assign(const TmvPersistent* source) {
-  if (!source || !source->InheritsFrom(ClassType())) {
-    TmvUpdatablePersistent::Assign(source);
-    return;
-  }
-  if (source == this) return;
-  TmvUpdateBatch batch(*this);
-  PropertyTable().AssignValues(*this, *source);
-}
-
-void TmvOptionsBase::DescribeProperties(TmvPropertyWriter& writer) const {
-  TmvUpdatablePersistent::DescribeProperties(writer);
-  PropertyTable().Describe(*this, writer);
-}
-
 void TmvOptionsBase::InitializeOptions(const TmvPropertyTable& table) {
   table.StoreDefaults(*this);
   for (const TmvPropertyEntry& entry : table.OwnEntries())

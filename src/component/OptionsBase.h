@@ -25,6 +25,7 @@
 
 #include "component/OptionTypes.h"
 #include "sqlgen/PropertyTable.h"
+#include "sqlgen/TablePersistent.h"
 #include "support/UpdatablePersistent.h"
 #include "support/WideString.h"
 
@@ -34,15 +35,8 @@ namespace mv {
 template <class T>
 using TmvOptionArg = std::conditional_t<std::is_scalar_v<T>, T, const T&>;
 
-class TmvOptionsBase : public TmvUpdatablePersistent {
+class TmvOptionsBase : public TmvTablePersistent {
   MV_DECLARE_CLASS()
- public:
-  virtual const TmvPropertyTable& PropertyTable() const = 0;
-  // From an object of this class (or a descendant): every property of the
-  // table, nested option objects too, inside one update.
-  void Assign(const TmvPersistent* source) override;
-  void DescribeProperties(TmvPropertyWriter& writer) const override;
-
  protected:
   // Stores the table's defaults (without notification) and makes this
   // object the parent of its nested option objects, so that their changes

@@ -7,23 +7,6 @@ MV_DEFINE_CLASS(TSQLBuilderConditionFormat, TmvUpdatablePersistent)
 MV_DEFINE_CLASS(TSQLBuilderFromClauseFormat, TmvUpdatablePersistent)
 MV_DEFINE_CLASS(TSQLBuilderSelectFormat, TmvUpdatablePersistent)
 
-// --- TSQLBuilderFormatBase ---
-
-void TSQLBuilderFormatBase::Assign(const TmvPersistent* source) {
-  if (!source || !source->InheritsFrom(ClassType())) {
-    TmvUpdatablePersistent::Assign(source);
-    return;
-  }
-  if (source == this) return;
-  TmvUpdateBatch batch(*this);
-  PropertyTable().AssignValues(*this, *source);
-}
-
-void TSQLBuilderFormatBase::DescribeProperties(TmvPropertyWriter& writer) const {
-  TmvUpdatablePersistent::DescribeProperties(writer);
-  PropertyTable().Describe(*this, writer);
-}
-
 // --- The tables. The XML keys are those of the builder component's
 // properties document; a property without one is not stored there. ---
 

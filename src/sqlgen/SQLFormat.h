@@ -11,6 +11,7 @@
 
 #include "sqlgen/PropertyTable.h"
 #include "sqlgen/SQLOptions.h"
+#include "sqlgen/TablePersistent.h"
 #include "support/UpdatablePersistent.h"
 
 namespace mv {
@@ -19,17 +20,7 @@ namespace mv {
 // copying and describing through the class's property table. A nested
 // format has its owner as update parent, so a change deep inside reaches the
 // builder.
-class TSQLBuilderFormatBase : public TmvUpdatablePersistent {
- public:
-  // The table of the object's class.
-  virtual const TmvPropertyTable& PropertyTable() const = 0;
-
-  // From an object of the same class (or a descendant): every property of
-  // the table inside one batch, nested objects by their own Assign. Other
-  // sources fall to the inherited Assign.
-  void Assign(const TmvPersistent* source) override;
-  void DescribeProperties(TmvPropertyWriter& writer) const override;
-};
+class TSQLBuilderFormatBase : public TmvTablePersistent {};
 
 // How a comma-separated list is broken.
 class TSQLBuilderItemsListFormat : public TSQLBuilderFormatBase {
