@@ -55,118 +55,82 @@ void TmvOptionsBase::InitializeOptions(const TmvPropertyTable& table) {
 
 // --- The option classes: each table is its .def file ---
 
-#define MV_OPTIONS_CLASS(Class, Parent) \
-  MV_DEFINE_CLASS(Class, Parent)                  \
-  Class::Class() { InitializeOptions(Properties()); }
+// The class, its constructor and the head of its table; the .def file
+// included after it gives the rows, MV_OPTIONS_TABLE_END closes the table.
+#define MV_OPTIONS_TABLE_BEGIN(Class, Parent)                  \
+  MV_DEFINE_CLASS(Class, Parent)                               \
+  Class::Class() { InitializeOptions(Properties()); }          \
+  const TmvPropertyTable& Class::Properties() {                \
+    using T = Class;                                           \
+    static const TmvPropertyTable table(#Class, {
+#define MV_OPTIONS_TABLE_END \
+  });                        \
+  return table;              \
+  }
 
-MV_OPTIONS_CLASS(TmvOptionsView, TmvOptionsBase)
-const TmvPropertyTable& TmvOptionsView::Properties() {
-  using T = TmvOptionsView;
-  static const TmvPropertyTable table("TmvOptionsView", {
+MV_OPTIONS_TABLE_BEGIN(TmvOptionsView, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #include "component/options/OptionsView.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvDesignPaneOptions, TmvOptionsBase)
-const TmvPropertyTable& TmvDesignPaneOptions::Properties() {
-  using T = TmvDesignPaneOptions;
-  static const TmvPropertyTable table("TmvDesignPaneOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvDesignPaneOptions, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #include "component/options/DesignPaneOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvDatasourceOptions, TmvOptionsBase)
-const TmvPropertyTable& TmvDatasourceOptions::Properties() {
-  using T = TmvDatasourceOptions;
-  static const TmvPropertyTable table("TmvDatasourceOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvDatasourceOptions, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #include "component/options/DatasourceOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvLinkOptions, TmvOptionsBase)
-const TmvPropertyTable& TmvLinkOptions::Properties() {
-  using T = TmvLinkOptions;
-  static const TmvPropertyTable table("TmvLinkOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvLinkOptions, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #include "component/options/LinkOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
 // Each column class has the whole table with its own column of defaults.
-MV_OPTIONS_CLASS(TmvFieldsListBaseColumnOptions, TmvOptionsBase)
-const TmvPropertyTable& TmvFieldsListBaseColumnOptions::Properties() {
-  using T = TmvFieldsListBaseColumnOptions;
-  static const TmvPropertyTable table("TmvFieldsListBaseColumnOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvFieldsListBaseColumnOptions, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #define MV_COLUMN_COMMON
 #define MV_COLUMN_PICK(Base, Mark, Name, Type, Description) Base
 #include "component/options/ColumnOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvFieldsListMarkColumnOptions, TmvFieldsListBaseColumnOptions)
-const TmvPropertyTable& TmvFieldsListMarkColumnOptions::Properties() {
-  using T = TmvFieldsListMarkColumnOptions;
-  static const TmvPropertyTable table("TmvFieldsListMarkColumnOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvFieldsListMarkColumnOptions, TmvFieldsListBaseColumnOptions)
 #define MV_OPTIONS_TABLE
 #define MV_COLUMN_COMMON
 #define MV_COLUMN_PICK(Base, Mark, Name, Type, Description) Mark
 #include "component/options/ColumnOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
 MV_DEFINE_CLASS(TmvFieldsListBaseTextColumnOptions, TmvFieldsListBaseColumnOptions)
 
-MV_OPTIONS_CLASS(TmvFieldsListNameColumnOptions, TmvFieldsListBaseTextColumnOptions)
-const TmvPropertyTable& TmvFieldsListNameColumnOptions::Properties() {
-  using T = TmvFieldsListNameColumnOptions;
-  static const TmvPropertyTable table("TmvFieldsListNameColumnOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvFieldsListNameColumnOptions, TmvFieldsListBaseTextColumnOptions)
 #define MV_OPTIONS_TABLE
 #define MV_COLUMN_COMMON
 #define MV_COLUMN_TEXT
 #define MV_COLUMN_PICK(Base, Mark, Name, Type, Description) Name
 #define MV_NAME_COLUMN_OWN(Type, Name, Default, XMLKey) MV_OPTION(Type, Name, Default, XMLKey)
 #include "component/options/ColumnOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvFieldsListTypeColumnOptions, TmvFieldsListBaseTextColumnOptions)
-const TmvPropertyTable& TmvFieldsListTypeColumnOptions::Properties() {
-  using T = TmvFieldsListTypeColumnOptions;
-  static const TmvPropertyTable table("TmvFieldsListTypeColumnOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvFieldsListTypeColumnOptions, TmvFieldsListBaseTextColumnOptions)
 #define MV_OPTIONS_TABLE
 #define MV_COLUMN_COMMON
 #define MV_COLUMN_TEXT
 #define MV_COLUMN_PICK(Base, Mark, Name, Type, Description) Type
 #define MV_TYPE_COLUMN_OWN(Type, Name, Default, XMLKey) MV_OPTION(Type, Name, Default, XMLKey)
 #include "component/options/ColumnOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvFieldsListDescriptionColumnOptions, TmvFieldsListBaseTextColumnOptions)
-const TmvPropertyTable& TmvFieldsListDescriptionColumnOptions::Properties() {
-  using T = TmvFieldsListDescriptionColumnOptions;
-  static const TmvPropertyTable table("TmvFieldsListDescriptionColumnOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvFieldsListDescriptionColumnOptions, TmvFieldsListBaseTextColumnOptions)
 #define MV_OPTIONS_TABLE
 #define MV_COLUMN_COMMON
 #define MV_COLUMN_TEXT
 #define MV_COLUMN_PICK(Base, Mark, Name, Type, Description) Description
 #define MV_DESCRIPTION_COLUMN_OWN(Type, Name, Default, XMLKey) MV_OPTION(Type, Name, Default, XMLKey)
 #include "component/options/ColumnOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
 MV_DEFINE_CLASS(TmvFieldsListOptions, TmvOptionsBase)
 TmvFieldsListOptions::TmvFieldsListOptions() {
@@ -196,55 +160,30 @@ void TmvFieldsListOptions::DoUpdated() {
   TmvOptionsBase::DoUpdated();
 }
 
-MV_OPTIONS_CLASS(TmvSelectListOptions, TmvOptionsBase)
-const TmvPropertyTable& TmvSelectListOptions::Properties() {
-  using T = TmvSelectListOptions;
-  static const TmvPropertyTable table("TmvSelectListOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvSelectListOptions, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #include "component/options/SelectListOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvAddObjectSizeConstraints, TmvOptionsBase)
-const TmvPropertyTable& TmvAddObjectSizeConstraints::Properties() {
-  using T = TmvAddObjectSizeConstraints;
-  static const TmvPropertyTable table("TmvAddObjectSizeConstraints", {
+MV_OPTIONS_TABLE_BEGIN(TmvAddObjectSizeConstraints, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #include "component/options/SizeConstraints.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvAddObjectFormOptions, TmvOptionsBase)
-const TmvPropertyTable& TmvAddObjectFormOptions::Properties() {
-  using T = TmvAddObjectFormOptions;
-  static const TmvPropertyTable table("TmvAddObjectFormOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvAddObjectFormOptions, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #include "component/options/AddObjectFormOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvTreeOptions, TmvOptionsBase)
-const TmvPropertyTable& TmvTreeOptions::Properties() {
-  using T = TmvTreeOptions;
-  static const TmvPropertyTable table("TmvTreeOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvTreeOptions, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #include "component/options/TreeOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
-MV_OPTIONS_CLASS(TmvMetadataTreeOptions, TmvOptionsBase)
-const TmvPropertyTable& TmvMetadataTreeOptions::Properties() {
-  using T = TmvMetadataTreeOptions;
-  static const TmvPropertyTable table("TmvMetadataTreeOptions", {
+MV_OPTIONS_TABLE_BEGIN(TmvMetadataTreeOptions, TmvOptionsBase)
 #define MV_OPTIONS_TABLE
 #include "component/options/MetadataTreeOptions.def"
-  });
-  return table;
-}
+MV_OPTIONS_TABLE_END
 
 #undef MV_OPTIONS_CLASS
 
