@@ -30,6 +30,11 @@ TmvMetadataField::~TmvMetadataField() = default;
 
 TmvMetadataFieldsList* TmvMetadataField::FieldsList() const { return TmvCast<TmvMetadataFieldsList>(Parent()); }
 
+void TmvMetadataField::PrepareStatsCollections() {
+  if (!usedDatabaseObjects_) usedDatabaseObjects_ = std::make_unique<TmvStatsObjects>(SQLContext());
+  if (!usedDatabaseObjectColumns_) usedDatabaseObjectColumns_ = std::make_unique<TmvStatsColumns>(SQLContext());
+}
+
 void TmvMetadataField::Assign(const TmvPersistent* source) {
   AssignFrom<TmvMetadataField>(
       source, [&] { TmvMetadataCollectionItemBase::Assign(source); },

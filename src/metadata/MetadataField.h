@@ -5,6 +5,7 @@
 
 #include "metadata/MetadataAltName.h"
 #include "metadata/MetadataDataType.h"
+#include "tree/NodeStatistics.h"
 #include "tree/QualifiedNames.h"
 
 namespace mv {
@@ -78,6 +79,14 @@ class TmvMetadataField : public TmvWithDataType<TmvWithAltName<TmvMetadataCollec
   // without one; no blanks.
   WideString GetFieldTypeNameAndSize() const;
 
+  // --- Statistics: for a field of a FROM source or a select's result, the
+  // objects and columns that it reads. Null until prepared; not copied by
+  // Assign (each gathering fills them afresh). ---
+  TmvStatsObjects* UsedDatabaseObjects() const { return usedDatabaseObjects_.get(); }
+  TmvStatsColumns* UsedDatabaseObjectColumns() const { return usedDatabaseObjectColumns_.get(); }
+  // Makes the two lists when missing.
+  void PrepareStatsCollections();
+
   // --- XML (see MetadataXml.h) ---
   pugi::xml_node GetXMLNode(pugi::xml_node parent, const char* nodeName) override;
   // Resets the field to its defaults, then reads the children in any order;
@@ -85,6 +94,8 @@ class TmvMetadataField : public TmvWithDataType<TmvWithAltName<TmvMetadataCollec
   void LoadFromXMLNode(pugi::xml_node element) override;
 
  private:
+  std::unique_ptr<TmvStatsObjects> usedDatabaseObjects_;
+  std::unique_ptr<TmvStatsColumns> usedDatabaseObjectColumns_;
   TmvOwned<TSQLQualifiedName> name_;
   WideString expression_;
   TmvOwned<TSQLExpressionItem> expressionAST_;

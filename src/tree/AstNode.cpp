@@ -248,6 +248,7 @@ const TastClassFields& TastNodeBase::StaticClassFields() {
 void TastNodeBase::Assign(const TastNodeBase& source) {
   if (&source == this) return;
   Tag = source.Tag;
+  AssignStatistics(source);
   // A copy that a clone made: its children are left to that clone.
   TastCloneSession* session = TastCloneSession::Current();
   const bool queue = session && session->TakeQueueFor(this);

@@ -17,6 +17,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "support/Class.h"
@@ -32,6 +33,8 @@ class TSQLFromSource;
 class TSQLObjectColumn;
 class TSQLWithClauseItem;
 class TmvConnection;
+class TmvStatsObjects;
+class TmvStatsColumns;
 
 using TSQLFromSourceList = std::vector<TSQLFromSource*>;
 using TSQLWithClauseItemList = std::vector<TSQLWithClauseItem*>;
@@ -125,6 +128,23 @@ class TastNodeBase : public TmvObject {
   void PrepareAndFixupRecursive(const TSQLWithClauseItemList& withItems = {},
                                 const TSQLFromSourceList& fromSources = {}, TmvConnection* connection = nullptr);
 
+  // --- Statistics: the objects and columns the node and its subtree read
+  // (tree/NodeStatistics.h). A caller runs PrepareCalcStatisticsRecursive,
+  // then CalcStatisticsRecursive until it adds nothing. ---
+  // Null until PrepareCalcStatistics makes them.
+  TmvStatsObjects* StatsObjects() const;
+  TmvStatsColumns* StatsColumns() const;
+  // Makes the two lists when missing and clears them.
+  virtual void PrepareCalcStatistics();
+  // Own first, then the children.
+  void PrepareCalcStatisticsRecursive();
+  // Adds the children's lists to the own; the number of entries added.
+  virtual int CalcStatistics();
+  // The children's, each before its parent, then own; the sum of the entries added.
+  int CalcStatisticsRecursive();
+  // The children in the order the statistics gather them (all of them).
+  virtual void GetStatisticsChildren(TastNodeBaseList& list) const { GetMyChildren(list); }
+
   // --- Helpers for subclasses. ---
   // Frees the destination's node and puts a clone of the source's under this node's context.
   void AssignASTField(TastFieldBase& destination, const TastFieldBase& source) const;
@@ -139,7 +159,15 @@ class TastNodeBase : public TmvObject {
   explicit TastNodeBase(TmvBaseSQLContext* context) : context_(context) {}
 
  private:
+  // Copies of the source's statistics lists, when it has them.
+  void AssignStatistics(const TastNodeBase& source);
+
+  struct TastNodeStatistics;
+  struct TastNodeStatisticsDeleter {
+    void operator()(TastNodeStatistics* statistics) const;
+  };
   TmvBaseSQLContext* context_;
+  std::unique_ptr<TastNodeStatistics, TastNodeStatisticsDeleter> statistics_;
 };
 
 // Frees the node in the field and empties the field.

@@ -56,6 +56,16 @@ class TSQLFromSource : public TastNode {
   virtual void CalcFieldsList(const TSQLWithClauseItemList& withItems, const TSQLFromSourceList& fromSources,
                               TmvConnection* connection);
 
+  // --- Statistics (metadata/TreeStatistics.cpp). The fields of FieldsList
+  // carry what each column reads: a table's, its own column; a derived
+  // table's or a with item's, what the select items behind it read. ---
+  // Also makes the fields' lists; a source that reads an object (a table, a
+  // function) records the object and the column in each field.
+  void PrepareCalcStatistics() override;
+  // Also passes what the result fields of a derived table or a with item
+  // read to the fields of FieldsList.
+  int CalcStatistics() override;
+
  private:
   mutable TastOwnedFieldsList fieldsList_;
 };

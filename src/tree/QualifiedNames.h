@@ -86,6 +86,10 @@ class TSQLDatabaseObject : public TSQLQualifiedName {
   bool ReplaceReferencesToDatasource(TSQLFromSource* oldSource, TSQLFromSource* newSource) override;
   // Makes a bound name self-contained again (the source's alias or name as prefix) and unbinds it.
   void RestoreColumnPrefix() override;
+  // Bound: the object its source stands for, with the source's alias (the
+  // objects behind a with item or a virtual object). Defined by the metadata
+  // layer (metadata/TreeStatistics.cpp).
+  int CalcStatistics() override;
 
   // The source's column prefix when bound, else the full name.
   void BuildQualifiedNameNames(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
@@ -111,6 +115,10 @@ class TSQLObjectColumn : public TSQLQualifiedName {
   void GetReferencedColumns(TSQLObjectColumnList& list) override;
   bool ReplaceReferencesToDatasource(TSQLFromSource* oldSource, TSQLFromSource* newSource) override;
   void RestoreColumnPrefix() override;
+  // The object of its source, then what the source's field of that name
+  // reads; without such a field, the column by the object's and its own
+  // name. An unbound column counts only with a prefix (its object's name).
+  int CalcStatistics() override;
 
   // Bound: the source's prefix, ".", the column's own name, the source's
   // suffix. Otherwise as a qualified name. Then "(+)" when marked.

@@ -170,6 +170,11 @@ class TSQLWithClauseItem : public TastNode {
   // The columns the item offers, named by its column list where it has one.
   TmvMetadataFieldsList* FieldsList() const { return fieldsList_.Get(SQLContext()); }
 
+  // Also passes what the result fields of its query read to FieldsList
+  // (metadata/TreeStatistics.cpp).
+  void PrepareCalcStatistics() override;
+  int CalcStatistics() override;
+
  private:
   mutable TastOwnedFieldsList fieldsList_;
 };

@@ -1,5 +1,6 @@
 #include "tree/SelectStatement.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "sqlgen/SQLBuilder.h"
@@ -296,5 +297,17 @@ TmvOwned<TSQLSubQueryExpression> TSQLSubSelectStatementProxy::Extract(const TSQL
 TmvOwned<TSQLSubQueryExpression> TSQLSubSelectStatementProxy::Extract(int) { return nullptr; }
 void TSQLSubSelectStatementProxy::Clear() {}
 TSQLSubQuerySelectExpression* TSQLSubSelectStatementProxy::FirstUnionSubQuery() const { return nullptr; }
+
+}  // namespace mv
+
+namespace mv {
+
+void TSQLSubSelectStatement::GetStatisticsChildren(TastNodeBaseList& list) const {
+  const size_t first = list.size();
+  GetMyChildren(list);
+  if (!With) return;
+  auto it = std::find(list.begin() + first, list.end(), static_cast<TastNodeBase*>(With.get()));
+  if (it != list.end()) std::rotate(list.begin() + first, it, it + 1);
+}
 
 }  // namespace mv

@@ -40,6 +40,12 @@ class TSQLSubQuerySelectExpression : public TSQLSubQueryExpression {
   // The columns this select returns, as the last fix-up found them.
   TmvMetadataFieldsList* ResultFields() const { return resultFields_.Get(SQLContext()); }
 
+  // Also gives each field of ResultFields what its select item reads (for
+  // an item of all columns, what each source field behind it reads), in the
+  // order the fix-up made them (metadata/TreeStatistics.cpp).
+  void PrepareCalcStatistics() override;
+  int CalcStatistics() override;
+
  private:
   mutable TastOwnedFieldsList resultFields_;
 };
@@ -74,6 +80,8 @@ class TSQLSubSelectStatement : public TSQLSubQueryExpressions {
   void BuildResultOffsetClause(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
   void BuildFetchFirstClause(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
   void BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
+  // The With clause first, so that the members read what its items learnt.
+  void GetStatisticsChildren(TastNodeBaseList& list) const override;
 };
 
 // The statement of a whole text, indented by the format's IndentGlobal.
