@@ -10,6 +10,7 @@
 #include "metadata/MetadataProvider.h"
 #include "metadata/QueryFixup.h"
 #include "model/Datasources.h"
+#include "model/QueryStatistics.h"
 #include "model/QueryTree.h"
 #include "support/MainThread.h"
 #include "support/MessageCatalog.h"
@@ -47,12 +48,14 @@ TmvQueryBuilder::~TmvQueryBuilder() { *alive_ = false; }
 
 void TmvQueryBuilder::AfterConstruction() {
   TmvQueryModelHost::AfterConstruction();
+  TmvQueryModelHost::MetadataContainer()->GetOnUpdated().AddHandler(this, &TmvQueryBuilder::MetadataContainerUpdated);
   ResetUniqueQueryNameCounter();
 }
 
 void TmvQueryBuilder::BeforeDestruction() {
   // No background load may reach what is being freed.
   CancelAsyncMetadataLoading();
+  TmvQueryModelHost::MetadataContainer()->GetOnUpdated().RemoveHandler(this, &TmvQueryBuilder::MetadataContainerUpdated);
   *alive_ = false;
   DestroyingNotification.Fire(this);
   // What waits for the deferred call goes now: the call will not come.
@@ -205,6 +208,32 @@ void TmvQueryBuilder::GenerateResultQueryAST() {
 void TmvQueryBuilder::SetResultQueryASTInvalid() {
   resultQueryAST_.reset();
   parameters_.SetParametersInvalid();
+  if (!IsDestroying()) QueryStatistics()->SetStatisticsInvalid();
+}
+
+// --- Statistics ---
+
+TmvQueryStatistics* TmvQueryBuilder::GetQueryStatistics() {
+  TmvQueryStatistics* statistics = QueryStatistics();
+  if (!statistics->Valid()) ReloadStatistics();
+  return statistics;
+}
+
+void TmvQueryBuilder::ReloadStatistics() {
+  if (IsDestroying()) return;
+  TSQLSelectStatement* tree = GetResultQueryAST();
+  if (tree) {
+    tree->PrepareCalcStatisticsRecursive();
+    // A pass adds what each node learnt from its children; what a derived
+    // table's fields learnt reaches the columns that read them in the next.
+    while (tree->CalcStatisticsRecursive() > 0) {
+    }
+  }
+  QueryStatistics()->ReloadStatistics(tree);
+}
+
+void TmvQueryBuilder::MetadataContainerUpdated(TmvObject*) {
+  if (!IsDestroying()) QueryStatistics()->SetStatisticsInvalid();
 }
 
 // --- Updates ---
@@ -575,30 +604,25 @@ void TmvQueryBuilder::DoPartialMetadataLoading() {
   if (WorkOffline()) return;
   const TmvLogHelper& log = LogHelper();
   log.Debug(u"DoPartialMetadataLoding: start");
-  TSQLSelectStatement* tree = GetResultQueryAST();
-  // The objects the query names that the container does not hold.
-  std::vector<TSQLFromObject*> objects;
-  auto collect = [&objects](TastNodeBase* node) {
-    if (auto* object = TmvCast<TSQLFromObject>(node); object && object->Object && !object->WithItem)
-      objects.push_back(object);
-  };
-  if (tree) tree->TraverseASTTreeDepthFirst(collect);
-  if (objects.empty()) {
+  // The objects the query reads; those without a metadata object are what
+  // the container lacks.
+  TmvStatisticsDatabaseObjectsList* objects = GetQueryStatistics()->UsedDatabaseObjects();
+  if (objects->GetCount() == 0) {
     log.Debug(u"\tDoPartialMetadataLoding: query does not reference any object");
     log.Debug(u"DoPartialMetadataLoding: end");
     return;
   }
   TmvMetadataFilter filter;
-  for (TSQLFromObject* object : objects) {
-    if (object->GetMetadataObject()) continue;
-    WideString name = object->Object->GetNonQualifiedNameNames();
+  for (int i = 0; i < objects->GetCount(); ++i) {
+    const TmvStatisticsDatabaseObject* object = objects->GetItems(i);
+    if (object->MetadataObject()) continue;
+    WideString name = object->FullName()->GetNonQualifiedNameNames();
     log.Debug(u"\tDoPartialMetadataLoding: unresolved reference to " + name + u" found");
     // A filter's object mask matches the object's own name (the innermost
     // part), and loosely: the binding decides which of the objects fits.
-    const TastToken* ownName = object->Object->GetCount() > 0 ? object->Object->Token(0) : nullptr;
-    if (!ownName) continue;
+    if (object->ObjectName()->IsEmpty()) continue;
     TmvMetadataFilterItem* item = filter.Add();
-    item->SetObjectMask(ownName->Token);
+    item->SetObjectMask(object->ObjectName()->Token);
     item->SetObjectMaskCaseSensitive(false);
   }
   if (filter.Count() == 0 || !MetadataProvider()) {

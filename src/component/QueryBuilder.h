@@ -83,8 +83,16 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   TSQLSelectStatement* GetResultQueryAST();
   void GenerateResultQueryAST();
   bool IsResultQueryASTGenerated() const { return resultQueryAST_ != nullptr; }
+  // Also invalidates the statistics.
   void SetResultQueryASTInvalid();
   TmvParametersList& ParametersList() { return parameters_; }
+
+  // --- Statistics: what the result tree reads and returns ---
+  // Valid: gathered again first when the query or the metadata changed.
+  TmvQueryStatistics* GetQueryStatistics();
+  // Makes the result tree, lets its nodes gather what they read until
+  // nothing is added, and fills the statistics from it.
+  void ReloadStatistics() override;
 
   // --- Updates: one OnSQLUpdated for the outermost pair ---
   void BeginUpdate() override;
@@ -236,7 +244,8 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   void SilentClearSQL();
   void DestroyContainedControls();
   void DoSQLUpdated();
-  void MetadataContainerUpdated();
+  // A change of metadata can bind a name to an object: the statistics are invalid.
+  void MetadataContainerUpdated(TmvObject* sender);
   void CheckProviders() const;
   std::vector<TmvNamedObject> GetNames(const TmvClass& kind, bool system) const;
   bool IsNameOf(const TmvClass& kind, const WideString& name) const;

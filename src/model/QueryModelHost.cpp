@@ -6,6 +6,7 @@
 #include "metadata/MetadataContainer.h"
 #include "model/Datasources.h"
 #include "model/ModelMessages.h"
+#include "model/QueryStatistics.h"
 #include "model/QueryTree.h"
 #include "support/Exceptions.h"
 
@@ -22,6 +23,11 @@ TmvQueryModelHost::TmvQueryModelHost() : context_(TmvCreate<TmvBaseSQLContext>()
 
 TmvQueryModelHost::~TmvQueryModelHost() = default;
 
+TmvQueryStatistics* TmvQueryModelHost::QueryStatistics() {
+  if (!statistics_) statistics_ = TmvCreate<TmvQueryStatistics>(this);
+  return statistics_.get();
+}
+
 void TmvQueryModelHost::AfterConstruction() {
   TmvObject::AfterConstruction();
   query_ = TmvCreate<TmvQuery>(this, nullptr);
@@ -31,6 +37,7 @@ void TmvQueryModelHost::AfterConstruction() {
 
 void TmvQueryModelHost::BeforeDestruction() {
   destroying_ = true;
+  statistics_.reset();
   query_.reset();
   activeSubQuery_ = nullptr;
   // The container's names belong to the context: they go first.

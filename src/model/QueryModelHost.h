@@ -27,6 +27,7 @@ class TmvMetadataProcedure;
 class TmvMetadataRelation;
 class TmvDatasource;
 class TmvQuery;
+class TmvQueryStatistics;
 class TmvSubQuery;
 class TmvUnionSubQuery;
 class TSQLFromSource;
@@ -102,6 +103,12 @@ class TmvQueryModelHost : public TmvObject {
   TmvMetadataContainer* MetadataContainer() const { return container_.get(); }
 
   TmvQuery* Query() const { return query_.get(); }
+  // What the result tree reads and returns (model/QueryStatistics.h); made
+  // on first use, not rebuilt here (see ReloadStatistics).
+  TmvQueryStatistics* QueryStatistics();
+  // Gathers the statistics of the result tree afresh. The model has no
+  // result tree of its own: the query builder makes it. Nothing here.
+  virtual void ReloadStatistics() {}
   bool IsDestroying() const { return destroying_; }
 
   // --- Sub-queries ---
@@ -201,6 +208,7 @@ class TmvQueryModelHost : public TmvObject {
   TmvOwned<TmvBaseSQLContext> context_;
   TmvOwned<TmvMetadataContainer> container_;
   TmvOwned<TmvQuery> query_;
+  TmvOwned<TmvQueryStatistics> statistics_;
   std::vector<TmvSubQuery*> subQueries_;
   TmvSubQuery* activeSubQuery_ = nullptr;
   int uniqueQueryNameCounter_ = 1;
