@@ -14,6 +14,8 @@ packages=(
   libsqlite3-dev libpq-dev libmariadb-dev unixodbc-dev
   # design surface (Qt 6 Widgets) and the fonts it renders with when headless
   qt6-base-dev fonts-dejavu-core
+  # the PostgreSQL 15 server the tests start throw-away instances of
+  postgresql-15
 )
 
 # One dpkg-query for all packages; a package it has never heard of prints nothing.
@@ -32,6 +34,13 @@ sudo_cmd=()
 if [[ $(id -u) != 0 ]]; then sudo_cmd=(sudo); fi
 export DEBIAN_FRONTEND=noninteractive
 log=$(mktemp /tmp/mv-setup.XXXXXX.log)
+# Tests start their own database servers: keep the packages' services from
+# starting during the install (a policy-rc.d of our own, only for the install).
+if [[ ! -e /usr/sbin/policy-rc.d ]]; then
+  printf '#!/bin/sh\nexit 101\n' | "${sudo_cmd[@]}" tee /usr/sbin/policy-rc.d >/dev/null
+  "${sudo_cmd[@]}" chmod 755 /usr/sbin/policy-rc.d
+  trap '"${sudo_cmd[@]}" rm -f /usr/sbin/policy-rc.d' EXIT
+fi
 if ! { "${sudo_cmd[@]}" apt-get update -qq &&
        "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
   cat "$log" >&2

@@ -1,0 +1,360 @@
+#include "PostgresServer.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <libpq-fe.h>
+#include <netinet/in.h>
+#include <pwd.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+
+extern char** environ;
+
+namespace fs = std::filesystem;
+
+namespace mvtest {
+
+namespace {
+
+// Scratch folders are /tmp/mvtest-pg.<pid>.XXXXXX, so that a run can tell its
+// own from those of a run that is gone.
+constexpr const char* kFolderPrefix = "mvtest-pg.";
+
+bool IsExecutable(const fs::path& p) { return access(p.c_str(), X_OK) == 0; }
+
+// The folder of initdb, pg_ctl and postgres: $MV_POSTGRES_BIN, else the
+// newest /usr/lib/postgresql/<version>/bin that has all three.
+std::string FindServerBin() {
+  auto complete = [](const fs::path& dir) {
+    return IsExecutable(dir / "initdb") && IsExecutable(dir / "pg_ctl") && IsExecutable(dir / "postgres");
+  };
+  if (const char* env = std::getenv("MV_POSTGRES_BIN"); env && *env) return complete(env) ? env : "";
+  std::vector<std::pair<int, fs::path>> found;
+  std::error_code ec;
+  for (const auto& entry : fs::directory_iterator("/usr/lib/postgresql", ec)) {
+    const std::string name = entry.path().filename().string();
+    if (name.empty() || name.find_first_not_of("0123456789.") != std::string::npos) continue;
+    if (complete(entry.path() / "bin")) found.emplace_back(std::atoi(name.c_str()), entry.path() / "bin");
+  }
+  if (found.empty()) return {};
+  return std::max_element(found.begin(), found.end())->second.string();
+}
+
+std::string FindRunuser() {
+  for (const char* p : {"/usr/sbin/runuser", "/sbin/runuser", "/usr/bin/runuser"})
+    if (IsExecutable(p)) return p;
+  return {};
+}
+
+bool IsRoot() { return geteuid() == 0; }
+
+// The last lines of a log file, for failure messages.
+std::string LogTail(const std::string& path, size_t lines = 15) {
+  std::ifstream in(path);
+  if (!in) return "(no " + path + ")";
+  std::vector<std::string> all;
+  for (std::string line; std::getline(in, line);) all.push_back(line);
+  std::string out;
+  for (size_t i = all.size() > lines ? all.size() - lines : 0; i < all.size(); ++i) out += "\n  " + all[i];
+  return out.empty() ? "(" + path + " is empty)" : path + ":" + out;
+}
+
+// Runs a program to its end, output appended to `log`, in `dir`; as the
+// postgres user when `asDbUser` and we are root (initdb refuses root).
+// Returns its exit code, -1 when it could not run or died of a signal.
+int RunProgram(std::vector<std::string> args, const std::string& log, const std::string& dir, bool asDbUser) {
+  if (asDbUser && IsRoot()) args.insert(args.begin(), {FindRunuser(), "-u", "postgres", "--"});
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 1, log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+  posix_spawn_file_actions_adddup2(&actions, 1, 2);
+  posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+  if (!dir.empty()) posix_spawn_file_actions_addchdir_np(&actions, dir.c_str());
+  std::vector<char*> argv;
+  for (auto& a : args) argv.push_back(a.data());
+  argv.push_back(nullptr);
+  pid_t pid = -1;
+  const int error = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0) return -1;
+  int status = 0;
+  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// Stops the server of a data folder at once (the data is thrown away).
+void StopCluster(const std::string& bin, const std::string& folder) {
+  const std::string data = folder + "/data";
+  if (!fs::exists(data + "/postmaster.pid")) return;
+  if (RunProgram({bin + "/pg_ctl", "-D", data, "-m", "immediate", "-w", "-t", "20", "stop"}, "/dev/null", "/",
+                 true) == 0)
+    return;
+  // pg_ctl could not do it: kill the postmaster named in its pid file.
+  std::ifstream pidFile(data + "/postmaster.pid");
+  long pid = 0;
+  if (pidFile >> pid && pid > 1) kill(static_cast<pid_t>(pid), SIGKILL);
+}
+
+// Removes scratch folders of runs whose process is gone, stopping their
+// servers first (a run killed together with its watchdog).
+void RemoveStaleFolders(const std::string& bin) {
+  std::error_code ec;
+  for (const auto& entry : fs::directory_iterator("/tmp", ec)) {
+    const std::string name = entry.path().filename().string();
+    if (name.rfind(kFolderPrefix, 0) != 0) continue;
+    const long pid = std::atol(name.c_str() + std::strlen(kFolderPrefix));
+    if (pid <= 0 || pid == getpid() || kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH) continue;
+    StopCluster(bin, entry.path().string());
+    fs::remove_all(entry.path(), ec);
+  }
+}
+
+// A port of 127.0.0.1 that nothing listens on now.
+int FreePort() {
+  static std::mt19937 random(std::random_device{}());
+  std::uniform_int_distribution<int> pick(20000, 59999);
+  for (int attempt = 0; attempt < 200; ++attempt) {
+    const int port = pick(random);
+    const int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (s < 0) break;
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const bool free = bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    close(s);
+    if (free) return port;
+  }
+  throw std::runtime_error("PostgreSQL test server: no free port on 127.0.0.1");
+}
+
+std::string Trimmed(std::string s) {
+  while (!s.empty() && (s.back() == '\n' || s.back() == ' ')) s.pop_back();
+  return s;
+}
+
+std::string Abbreviated(const std::string& sql) { return sql.size() > 400 ? sql.substr(0, 400) + "..." : sql; }
+
+}  // namespace
+
+std::string RowText(const SqlRow& row) {
+  std::string out;
+  for (size_t i = 0; i < row.size(); ++i) out += (i ? " | " : "") + (row[i] ? *row[i] : std::string("NULL"));
+  return out;
+}
+
+bool RunningInCI() {
+  const char* ci = std::getenv("CI");
+  return ci && (std::strcmp(ci, "true") == 0 || std::strcmp(ci, "1") == 0);
+}
+
+bool PostgresServer::Available(std::string* why) {
+  static const std::string reason = [] {
+    if (const char* env = std::getenv("MV_POSTGRES_BIN"); env && *env && FindServerBin().empty())
+      return "$MV_POSTGRES_BIN (" + std::string(env) + ") lacks initdb, pg_ctl or postgres";
+    if (FindServerBin().empty())
+      return std::string(
+          "PostgreSQL server programs not found (no /usr/lib/postgresql/<version>/bin with initdb, pg_ctl and "
+          "postgres, nor $MV_POSTGRES_BIN; scripts/setup.sh installs them)");
+    if (IsRoot() && getpwnam("postgres") == nullptr)
+      return std::string("running as root, and there is no postgres user to run the PostgreSQL server as");
+    if (IsRoot() && FindRunuser().empty())
+      return std::string("running as root, and runuser is missing to run the PostgreSQL server as postgres");
+    return std::string();
+  }();
+  if (why) *why = reason;
+  return reason.empty();
+}
+
+PostgresServer& PostgresServer::Shared() {
+  static std::mutex mutex;
+  static std::unique_ptr<PostgresServer> server;
+  static std::string failure;
+  std::lock_guard<std::mutex> lock(mutex);
+  if (!server && failure.empty()) {
+    try {
+      server = std::make_unique<PostgresServer>();
+    } catch (const std::exception& e) {
+      failure = e.what();
+    }
+  }
+  if (!server) throw std::runtime_error(failure);
+  return *server;
+}
+
+PostgresServer::PostgresServer() {
+  std::string why;
+  if (!Available(&why)) throw std::runtime_error(why);
+  try {
+    Start();
+  } catch (...) {
+    Stop();
+    throw;
+  }
+}
+
+PostgresServer::~PostgresServer() { Stop(); }
+
+void PostgresServer::Start() {
+  bin_ = FindServerBin();
+  RemoveStaleFolders(bin_);
+
+  std::string pattern = "/tmp/" + std::string(kFolderPrefix) + std::to_string(getpid()) + ".XXXXXX";
+  if (!mkdtemp(pattern.data())) throw std::runtime_error("PostgreSQL test server: cannot create " + pattern);
+  folder_ = pattern;
+  if (IsRoot()) {
+    const passwd* user = getpwnam("postgres");
+    if (!user || chown(folder_.c_str(), user->pw_uid, user->pw_gid) != 0)
+      throw std::runtime_error("PostgreSQL test server: cannot give " + folder_ + " to the postgres user");
+  }
+
+  StartWatchdog();
+
+  // initdb: trust on loopback, no syncing (the cluster lives for one run).
+  const std::string data = folder_ + "/data";
+  const std::string initLog = folder_ + "/initdb.log";
+  const int initExit = RunProgram({bin_ + "/initdb", "-D", data, "-U", "postgres", "-A", "trust", "-E", "UTF8",
+                                   "--locale=C.UTF-8", "--no-sync", "--no-instructions"},
+                                  initLog, folder_, true);
+  if (initExit != 0)
+    throw std::runtime_error("PostgreSQL test server: initdb failed (exit " + std::to_string(initExit) + ") in " +
+                             folder_ + "; " + LogTail(initLog));
+
+  // pg_ctl start on a free port; another process may take the port between
+  // the test and the server's bind, so a bind failure tries another one.
+  const std::string serverLog = folder_ + "/server.log";
+  for (int attempt = 1;; ++attempt) {
+    port_ = FreePort();
+    std::error_code ignored;
+    fs::remove(serverLog, ignored);
+    const std::string options = "-c listen_addresses=127.0.0.1 -p " + std::to_string(port_) + " -k " + folder_ +
+                                " -c fsync=off -c synchronous_commit=off -c full_page_writes=off"
+                                " -c TimeZone=UTC -c max_connections=20";
+    const int startExit =
+        RunProgram({bin_ + "/pg_ctl", "-D", data, "-l", serverLog, "-w", "-t", "60", "-o", options, "start"},
+                   folder_ + "/pg_ctl.log", folder_, true);
+    if (startExit == 0) break;
+    StopCluster(bin_, folder_);
+    std::ifstream in(serverLog);
+    const std::string log((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    if (attempt < 3 && log.find("could not bind") != std::string::npos) continue;
+    throw std::runtime_error("PostgreSQL test server: pg_ctl start failed (exit " + std::to_string(startExit) +
+                             ") on port " + std::to_string(port_) + "; " + LogTail(serverLog) + "\n" +
+                             LogTail(folder_ + "/pg_ctl.log", 5));
+  }
+  connectionString_ = "host=127.0.0.1 port=" + std::to_string(port_) + " dbname=postgres user=postgres";
+  connection_ = PQconnectdb((connectionString_ + " client_encoding=UTF8 connect_timeout=20").c_str());
+  if (PQstatus(connection_) != CONNECTION_OK)
+    throw std::runtime_error("PostgreSQL test server: connecting to port " + std::to_string(port_) +
+                             " failed: " + Trimmed(PQerrorMessage(connection_)) + "; " + LogTail(serverLog));
+}
+
+// The watchdog: a shell in a session of its own that waits for the end of a
+// pipe only this process holds, then stops the server and removes the
+// folder. It acts when this process dies without running its destructors.
+void PostgresServer::StartWatchdog() {
+  int fds[2];
+  if (pipe2(fds, O_CLOEXEC) != 0) return;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, fds[0], 0);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, 1, 2);
+  posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+  posix_spawn_file_actions_addchdir_np(&actions, "/");
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+  // $1 pg_ctl, $2 the data folder, $3 the scratch folder, $4 runuser when root.
+  std::vector<std::string> args = {
+      "/bin/sh", "-c",
+      "read -r _; if [ -f \"$2/postmaster.pid\" ]; then ${4:+\"$4\" -u postgres --} \"$1\" -D \"$2\" "
+      "-m immediate -w -t 20 stop; fi; rm -rf \"$3\"",
+      "mvtest-pg-watchdog", bin_ + "/pg_ctl", folder_ + "/data", folder_, IsRoot() ? FindRunuser() : ""};
+  std::vector<char*> argv;
+  for (auto& a : args) argv.push_back(a.data());
+  argv.push_back(nullptr);
+  pid_t pid = -1;
+  if (posix_spawn(&pid, "/bin/sh", &actions, &attributes, argv.data(), environ) == 0) {
+    watchdogPid_ = pid;
+    watchdogPipe_ = fds[1];
+  } else {
+    close(fds[1]);
+  }
+  close(fds[0]);
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+}
+
+void PostgresServer::Stop() noexcept {
+  if (connection_) PQfinish(connection_);
+  connection_ = nullptr;
+  if (!folder_.empty()) {
+    StopCluster(bin_, folder_);
+    std::error_code ec;
+    fs::remove_all(folder_, ec);
+  }
+  if (watchdogPid_ > 0) {
+    kill(watchdogPid_, SIGKILL);
+    while (waitpid(watchdogPid_, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    watchdogPid_ = -1;
+  }
+  if (watchdogPipe_ >= 0) close(watchdogPipe_);
+  watchdogPipe_ = -1;
+}
+
+int PostgresServer::ServerVersion() const { return PQserverVersion(connection_); }
+
+namespace {
+
+// The result of a statement; throws with the server's message when it failed.
+std::unique_ptr<PGresult, void (*)(PGresult*)> Run(pg_conn* connection, const std::string& sql, bool wantRows) {
+  std::unique_ptr<PGresult, void (*)(PGresult*)> result(PQexec(connection, sql.c_str()), PQclear);
+  const ExecStatusType status = PQresultStatus(result.get());
+  const bool ok = wantRows ? status == PGRES_TUPLES_OK
+                           : status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK || status == PGRES_EMPTY_QUERY;
+  if (!ok) {
+    std::string message = result ? PQresultErrorMessage(result.get()) : "";
+    if (message.empty()) message = PQerrorMessage(connection);
+    if (message.empty()) message = std::string("unexpected result ") + PQresStatus(status);
+    throw std::runtime_error("PostgreSQL: " + Trimmed(message) + "\nin: " + Abbreviated(sql));
+  }
+  return result;
+}
+
+}  // namespace
+
+void PostgresServer::Exec(const std::string& sql) { Run(connection_, sql, false); }
+
+SqlRows PostgresServer::Query(const std::string& sql) {
+  auto result = Run(connection_, sql, true);
+  SqlRows rows(PQntuples(result.get()));
+  const int columns = PQnfields(result.get());
+  for (int r = 0; r < static_cast<int>(rows.size()); ++r) {
+    rows[r].resize(columns);
+    for (int c = 0; c < columns; ++c)
+      if (!PQgetisnull(result.get(), r, c))
+        rows[r][c] = std::string(PQgetvalue(result.get(), r, c), PQgetlength(result.get(), r, c));
+  }
+  return rows;
+}
+
+}  // namespace mvtest
