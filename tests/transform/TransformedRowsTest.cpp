@@ -1,0 +1,230 @@
+// Transformed queries run on the Chinook sample database in SQLite: the rows
+// of each must be the rows of the untransformed query filtered, sorted or
+// totalled here in C++. None of our SQLite-compatible dialects writes a
+// LIMIT, so paging is left out on SQLite (the limits are checked on the
+// dialects that have them).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "Corpus.h"
+#include "ReferenceDialect.h"
+#include "component/QueryBuilder.h"
+#include "dialects/EngineInit.h"
+#include "frontend/SQLContext.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataProvider.h"
+#include "metadata/dataset/SQLiteCatalog.h"
+#include "metadata/dataset/SQLiteConnection.h"
+#include "support/MainThread.h"
+#include "support/Variant.h"
+#include "transform/QueryTransformer.h"
+
+namespace {
+
+using Row = std::vector<std::string>;
+using Rows = std::vector<Row>;
+using mv::TmvQueryTransformer;
+
+std::string ValueText(const mv::TmvField& field) {
+  if (field.IsNull()) return "NULL";
+  const mv::TmvVariant value = field.AsVariant();
+  if (value.VarType() == mv::TmvVarType::vtFloat) {
+    char buffer[40];
+    std::snprintf(buffer, sizeof buffer, "%.6f", value.AsFloat());
+    return buffer;
+  }
+  return field.AsString();
+}
+
+Rows RunQuery(mv::TmvConnection& connection, const mv::WideString& sql) {
+  std::unique_ptr<mv::TmvDataSet> query = connection.CreateQuery();
+  query->SetParamCheck(false);
+  query->SetCommandText(sql);
+  Rows rows;
+  for (query->Open(); !query->Eof(); query->Next()) {
+    Row row;
+    for (int i = 0; i < query->FieldCount(); ++i) row.push_back(ValueText(query->Fields()[i]));
+    rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+double Num(const Row& row, size_t column) { return std::stod(row.at(column)); }
+
+std::string Fixed(double value) {
+  char buffer[40];
+  std::snprintf(buffer, sizeof buffer, "%.6f", value);
+  return buffer;
+}
+
+Rows Where(const Rows& rows, const std::function<bool(const Row&)>& keep) {
+  Rows result;
+  std::copy_if(rows.begin(), rows.end(), std::back_inserter(result), keep);
+  return result;
+}
+
+// Real numbers rounded alike on both sides.
+Rows Normalized(Rows rows) {
+  for (Row& row : rows)
+    for (std::string& value : row)
+      if (value.find('.') != std::string::npos && value.find_first_not_of("-0123456789.") == std::string::npos)
+        value = Fixed(std::stod(value));
+  return rows;
+}
+
+struct RowsCase {
+  const char* name;
+  const char* sql;
+  std::function<void(TmvQueryTransformer&)> transform;
+  // The expected rows, made from the untransformed query's rows.
+  std::function<Rows(const Rows&)> expected;
+  // The column whose order must match (-1: the order is free).
+  int orderedBy = -1;
+};
+
+class TransformedRowsTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { mv::InitializeEngine(); }
+  ~TransformedRowsTest() override { mv::MainThreadDispatcher().ProcessPending(); }
+};
+
+TEST_F(TransformedRowsTest, ChinookOnSQLite) {
+  MV_REQUIRE_CORPUS();
+  const std::string path = mvtest::CorpusDir() + "/chinook/Chinook_Sqlite.sqlite";
+  if (!std::ifstream(path)) GTEST_SKIP() << "no " << path;
+  mv::TmvSQLiteConnection connection(mv::UTF8Decode(path), mv::somReadOnly);
+  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = mvtest::NewReferenceProvider();
+  mv::TmvOwned<mv::TmvQueryBuilder> builder = mv::TmvCreate<mv::TmvQueryBuilder>();
+  builder->SetSyntaxProvider(provider.get());
+  mv::TmvConnectionMetadataProvider metadata;
+  metadata.SetConnection(&connection);
+  builder->SQLContext()->SetMetadataProvider(&metadata);
+  mv::LoadSQLiteCatalog(builder->SQLContext(), builder->MetadataContainer());
+  builder->SetWorkOffline(true);
+
+  auto col = [](TmvQueryTransformer& x, const char16_t* name) { return x.Columns().ColumnByOriginalName(name); };
+  const std::vector<RowsCase> cases = {
+      {"filter and sort on a plain column", "SELECT Track.Name, Track.Milliseconds FROM Track",
+       [&](TmvQueryTransformer& x) {
+         x.Where(col(x, u"Milliseconds")->Greater(u"1000000")).OrderBy(col(x, u"Milliseconds"), false);
+       },
+       [](const Rows& rows) {
+         Rows result = Where(rows, [](const Row& r) { return Num(r, 1) > 1000000; });
+         std::stable_sort(result.begin(), result.end(), [](const Row& a, const Row& b) { return Num(a, 1) > Num(b, 1); });
+         return result;
+       },
+       1},
+      {"two conditions are alternatives", "SELECT Invoice.InvoiceId, Invoice.BillingCountry, Invoice.Total FROM Invoice",
+       [&](TmvQueryTransformer& x) {
+         x.Where(col(x, u"BillingCountry")->Equal(u"'Norway'")).Where(col(x, u"Total")->GreaterEqual(u"20"));
+       },
+       [](const Rows& rows) {
+         return Where(rows, [](const Row& r) { return r[1] == "Norway" || Num(r, 2) >= 20; });
+       }},
+      {"like, between and a sort over a join",
+       "SELECT Album.Title, Artist.Name FROM Album INNER JOIN Artist ON Album.ArtistId = Artist.ArtistId",
+       [&](TmvQueryTransformer& x) {
+         x.Filters().SetOperator(mv::jtAnd);
+         x.Where(col(x, u"Name")->Like(u"'B%'")).Where(col(x, u"Title")->Not_Between(u"'C'", u"'M'"));
+         x.OrderBy(col(x, u"Title"), true);
+       },
+       [](const Rows& rows) {
+         Rows result = Where(rows, [](const Row& r) { return r[1][0] == 'B' && !(r[0] >= "C" && r[0] <= "M"); });
+         std::stable_sort(result.begin(), result.end(), [](const Row& a, const Row& b) { return a[0] < b[0]; });
+         return result;
+       },
+       0},
+      {"totals over the filtered query", "SELECT Invoice.BillingCountry, Invoice.Total FROM Invoice",
+       [&](TmvQueryTransformer& x) {
+         x.Where(col(x, u"BillingCountry")->In_(u"('USA', 'Canada')"));
+         x.Select(col(x, u"Total")->Sum(), u"s").Select(col(x, u"Total")->Max(), u"m").SelectRecordsCount(u"n");
+       },
+       [](const Rows& rows) {
+         double sum = 0, max = 0;
+         long count = 0;
+         for (const Row& r : rows) {
+           if (r[0] != "USA" && r[0] != "Canada") continue;
+           sum += Num(r, 1);
+           max = std::max(max, Num(r, 1));
+           ++count;
+         }
+         return Rows{{Fixed(sum), Fixed(max), std::to_string(count)}};
+       }},
+      {"null tests and distinct", "SELECT Track.Composer FROM Track",
+       [&](TmvQueryTransformer& x) {
+         x.Where(col(x, u"Composer")->IsNotNull());
+         x.SetSelectMode(mv::smDistinct);
+       },
+       [](const Rows& rows) {
+         Rows result = Where(rows, [](const Row& r) { return r[0] != "NULL"; });
+         std::sort(result.begin(), result.end());
+         result.erase(std::unique(result.begin(), result.end()), result.end());
+         return result;
+       }},
+      {"a hidden column filtered and sorted through the wrapper",
+       "SELECT Customer.FirstName, Customer.LastName, Customer.Country FROM Customer",
+       [&](TmvQueryTransformer& x) {
+         col(x, u"Country")->SetVisible(false);
+         x.Where(col(x, u"Country")->Equal(u"'Brazil'")).OrderBy(col(x, u"LastName"), false);
+       },
+       [](const Rows& rows) {
+         Rows result;
+         for (const Row& r : rows)
+           if (r[2] == "Brazil") result.push_back({r[0], r[1]});
+         std::stable_sort(result.begin(), result.end(), [](const Row& a, const Row& b) { return a[1] > b[1]; });
+         return result;
+       },
+       1},
+      {"an expression column and an aggregate column of a grouped query",
+       "SELECT Invoice.BillingCountry AS Country, Count(*) AS Invoices, Sum(Invoice.Total) AS Spent "
+       "FROM Invoice GROUP BY Invoice.BillingCountry",
+       [&](TmvQueryTransformer& x) {
+         x.SetAlwaysWrapInSubQuery(true);
+         x.Where(col(x, u"Spent")->Greater(u"100")).OrderBy(col(x, u"Spent"), false);
+       },
+       [](const Rows& rows) {
+         Rows result = Where(rows, [](const Row& r) { return Num(r, 2) > 100; });
+         std::stable_sort(result.begin(), result.end(), [](const Row& a, const Row& b) { return Num(a, 2) > Num(b, 2); });
+         return result;
+       },
+       2},
+  };
+  for (const RowsCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    builder->SetSql(mv::UTF8Decode(c.sql));
+    const mv::WideString source = builder->GetSql();
+    const Rows original = RunQuery(connection, source);
+    ASSERT_FALSE(original.empty());
+    auto transformer = mv::TmvCreate<TmvQueryTransformer>();
+    transformer->SetQueryBuilder(builder.get());
+    c.transform(*transformer);
+    const mv::WideString sql = transformer->GetSql();
+    SCOPED_TRACE(mv::UTF8Encode(sql));
+    if (std::getenv("MV_SHOW_SQL")) std::cout << c.name << ":\n  " << mv::UTF8Encode(sql) << "\n";
+    Rows actual, expected = Normalized(c.expected(original));
+    ASSERT_NO_THROW(actual = Normalized(RunQuery(connection, sql)));
+    EXPECT_EQ(builder->GetSql(), source);
+    if (c.orderedBy >= 0) {
+      auto key = [&](const Rows& rows) {
+        std::vector<std::string> keys;
+        for (const Row& r : rows) keys.push_back(r.at(size_t(c.orderedBy)));
+        return keys;
+      };
+      EXPECT_EQ(key(actual), key(expected));
+    }
+    std::sort(actual.begin(), actual.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(actual.size(), expected.size());
+    EXPECT_TRUE(actual == expected);
+  }
+}
+
+}  // namespace
