@@ -13,6 +13,7 @@
 #include "metadata/MetadataObject.h"
 #include "model/QueryStatistics.h"
 #include "support/MainThread.h"
+#include "tree/NodeStatistics.h"
 #include "tree/QualifiedNames.h"
 
 namespace {
@@ -139,6 +140,56 @@ TEST_F(QueryStatisticsTest, OutputColumnDetails) {
   EXPECT_NE(named->SelectItem(), nullptr);
   EXPECT_EQ(output->GetItems(1)->Field(), nullptr);
   EXPECT_EQ(output->GetItems(1)->Expression(), u"1 + 2");
+}
+
+// A node's column list matches by what is known: object and field, object
+// and column name, object name and field, or both names.
+TEST_F(QueryStatisticsTest, ColumnEntriesMatchByWhatIsKnown) {
+  mv::TmvBaseSQLContext* context = builder->SQLContext();
+  auto name = [context](const char16_t* text) {
+    auto qualified = mv::TastCreate<mv::TSQLQualifiedName>(context);
+    qualified->SetQualifiedName(text);
+    return qualified;
+  };
+  mv::TmvMetadataObject* u = builder->MetadataContainer()->AddTable(u"uu");
+  mv::TmvMetadataField* a = t->GetFields()->Items(0);
+  mv::TmvMetadataField* c = t->GetFields()->Items(2);
+  mv::TmvStatsColumns columns(context);
+  columns.AddColumn(t, name(u"t").get(), name(u"a").get(), a);
+  columns.AddColumn(nullptr, name(u"x").get(), name(u"b").get(), nullptr);
+  columns.AddColumn(nullptr, name(u"y").get(), name(u"c").get(), c);
+  columns.AddColumn(t, name(u"t").get(), name(u"d").get(), nullptr);
+  struct Case {
+    mv::TmvMetadataObject* object;
+    const char16_t* objectName;
+    const char16_t* columnName;
+    mv::TmvMetadataField* field;
+    int found;
+  };
+  const Case cases[] = {
+      {t, u"zz", u"zz", a, 0},          {t, u"q", u"D", nullptr, 3},   {nullptr, u"y", u"other", c, 2},
+      {nullptr, u"X", u"B", nullptr, 1}, {u, u"t", u"a", a, -1},        {nullptr, u"x", u"c", nullptr, -1},
+  };
+  for (const Case& k : cases) {
+    const mv::TmvStatsColumn* found = columns.FindColumn(k.object, name(k.objectName).get(), name(k.columnName).get(), k.field);
+    EXPECT_EQ(found, k.found < 0 ? nullptr : columns.GetItems(k.found)) << UTF8Encode(k.columnName);
+  }
+  EXPECT_EQ(columns.AddColumnIfNotExists(nullptr, name(u"x").get(), name(u"b").get(), nullptr), 0);
+  EXPECT_EQ(columns.AddColumnIfNotExists(nullptr, name(u"x").get(), name(u"e").get(), nullptr), 1);
+
+  // Objects: a new alias of a known entry adds nothing to the count.
+  mv::TmvStatsObjects objects(context), other(context);
+  auto alias = [context](const char16_t* text) { return mv::TastCreate<mv::TastTokenIdentifier>(context, text, false); };
+  EXPECT_EQ(objects.AddObjectIfNotExists(t, t->FullName(), alias(u"t1").get()), 1);
+  EXPECT_EQ(objects.AddObjectIfNotExists(t, name(u"other").get(), alias(u"t2").get()), 0);
+  EXPECT_EQ(objects.AddObjectIfNotExists(nullptr, name(u"db.zz").get(), nullptr), 1);
+  EXPECT_EQ(objects.GetItems(0)->AliasCount(), 2);
+  other.AddObjectIfNotExists(nullptr, name(u"DB.ZZ").get(), alias(u"z").get());
+  other.AddObjectIfNotExists(u, u->FullName(), nullptr);
+  EXPECT_EQ(objects.AddObjects(&other), 1);
+  EXPECT_EQ(objects.AddObjects(nullptr), 0);
+  ASSERT_EQ(objects.GetCount(), 3);
+  EXPECT_EQ(objects.GetItems(1)->AliasCount(), 1);
 }
 
 TEST_F(QueryStatisticsTest, NewTextInvalidates) {
