@@ -255,6 +255,10 @@ class TmvQueryStatistics : public TmvStatisticsBase {
   // Fills the three lists from the statement, whose nodes have gathered
   // their statistics; null empties them. Valid afterwards.
   void ReloadStatistics(TSQLSelectStatement* statement);
+  // The structure of the statement as an XML document (model/QueryStructureXML.h),
+  // its texts as the server reads them; the statistics are made first when
+  // not valid. Defined in QueryStructureXML.cpp.
+  WideString GetQueryStructureXML();
 
  protected:
   // Forgets the statement and invalidates the three lists.
