@@ -18,6 +18,7 @@ int RunFormat(const std::vector<std::string>& args, std::ostream& out, std::ostr
 int RunMetadata(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunRoundtrip(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunEdit(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunStats(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunOptions(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 const std::vector<Command>& AllCommands() {
@@ -31,6 +32,17 @@ const std::vector<Command>& AllCommands() {
       "  --layout-out FILE.xml write the layout document (the query with its places) to the file\n"
       "The statement becomes the query builder's model and the model's text is printed. A syntax\n"
       "error, or a statement that is no SELECT, prints the parser's message and exits with 1.\n";
+  static const std::string statsUsage =
+      std::string("mvsql stats [--format json|xml] [--dialect NAME] [--metadata FILE.xml|--sqlite FILE] [FILE|-]\n"
+                  "  --format json|xml     json (default): the objects and columns the query reads and the\n"
+                  "                        columns it returns, with the source columns of each; xml: the\n"
+                  "                        query's structure document\n"
+                  "  --dialect NAME        the dialect: a short name (sql92) or a provider class name (default sql92)\n"
+                  "  --metadata FILE.xml   the builder's metadata from a metadata XML file\n"
+                  "  --sqlite FILE         the builder's metadata from the catalog of a SQLite database\n") +
+      "The statement becomes the query builder's model and its statistics are printed. Without\n"
+      "metadata names stay unknown (\"known\": false, no types). A syntax error, or a statement\n"
+      "that is no SELECT, prints the parser's message and exits with 1.\n";
   static const std::string editUsage =
       std::string("mvsql edit --script FILE [--dialect NAME] [--metadata FILE.xml|--sqlite FILE] [--one-line]\n"
                   "           [FILE|-]\n"
@@ -104,6 +116,8 @@ const std::vector<Command>& AllCommands() {
        roundtripUsage.c_str(), RunRoundtrip},
       {"edit", "run an editing script on the query builder's model and print the query",
        editUsage.c_str(), RunEdit},
+      {"stats", "what the query reads and returns: objects, columns and output columns (JSON), or its structure (XML)",
+       statsUsage.c_str(), RunStats},
       {"options", "print the query builder's options and properties with their values, or as XML",
        "mvsql options [--dialect NAME] [--properties FILE.xml] [--set NAME=VALUE]... [--xml]\n"
        "  --dialect NAME        the dialect of the query builder (default sql92)\n"
