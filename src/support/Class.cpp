@@ -4,13 +4,6 @@
 
 namespace mv {
 
-bool TmvClass::InheritsFrom(const TmvClass& ancestor) const {
-  for (const TmvClass* c = this; c; c = c->parent_) {
-    if (c == &ancestor) return true;
-  }
-  return false;
-}
-
 const TmvClass& TmvObject::StaticClass() {
   static const TmvClass info("TObject", nullptr);
   return info;

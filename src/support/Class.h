@@ -24,19 +24,28 @@ class TmvObject;
 // process; compare them by address.
 class TmvClass {
  public:
-  constexpr TmvClass(std::string_view name, const TmvClass* parent) : name_(name), parent_(parent) {}
+  constexpr TmvClass(std::string_view name, const TmvClass* parent)
+      : name_(name), parent_(parent), depth_(parent ? parent->depth_ + 1 : 0) {}
   TmvClass(const TmvClass&) = delete;
   TmvClass& operator=(const TmvClass&) = delete;
 
   std::string_view ClassName() const { return name_; }
   const TmvClass* ClassParent() const { return parent_; }
-  // True for the class itself and every class it derives from.
-  bool InheritsFrom(const TmvClass& ancestor) const;
+  // True for the class itself and every class it derives from. An ancestor
+  // stands exactly (depth - its depth) steps up, so a failed test climbs that
+  // far at most instead of to the root: casts fail far more often than not.
+  bool InheritsFrom(const TmvClass& ancestor) const {
+    if (ancestor.depth_ > depth_) return false;
+    const TmvClass* c = this;
+    for (unsigned steps = depth_ - ancestor.depth_; steps > 0; --steps) c = c->parent_;
+    return c == &ancestor;
+  }
   bool InheritsFrom(const TmvClass* ancestor) const { return ancestor && InheritsFrom(*ancestor); }
 
  private:
   std::string_view name_;
   const TmvClass* parent_;
+  unsigned depth_;  // steps to the root class
 };
 
 // A class of one family whose members are all made with the same constructor
