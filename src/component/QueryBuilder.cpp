@@ -98,7 +98,8 @@ TmvOwned<TSQLSelectStatement> TmvQueryBuilder::ParseSQL(const WideString& text) 
     if (ParsingErrorOnUnknownObjects) CheckUnknownObjects(statement.get());
     return statement;
   } catch (const EmvSQLError& error) {
-    if (!OnSQLError) throw;
+    // SetSql puts text that is not a SELECT to sleep instead.
+    if (!OnSQLError || (sleepOnNotSelect_ && error.Kind == ekNotSelectStatement)) throw;
     OnSQLError(this, text, error.Message(), error.TokenText, error.Line, error.Col);
     return nullptr;
   }
@@ -106,13 +107,27 @@ TmvOwned<TSQLSelectStatement> TmvQueryBuilder::ParseSQL(const WideString& text) 
 
 void TmvQueryBuilder::SetSql(const WideString& text) {
   LogHelper().Debug(u"SetSyncSql: Sql = \"%s\"", text);
-  if (AllowSleepMode && !WideTrim(text).empty() && !IsSelectStatement(text)) {
-    SetSleepMode(true);
-    SetSleepModeText(text);
-    return;
+  // The parse tells whether the text is a SELECT: scanning it once more
+  // beforehand only to ask would cost a tenth of the whole round trip.
+  TmvOwned<TSQLSelectStatement> statement;
+  sleepOnNotSelect_ = AllowSleepMode;
+  try {
+    statement = ParseSQL(text);
+  } catch (const EmvSQLError& error) {
+    sleepOnNotSelect_ = false;
+    if (AllowSleepMode && error.Kind == ekNotSelectStatement) {
+      SetSleepMode(true);
+      SetSleepModeText(text);
+      return;
+    }
+    SetSleepMode(false);
+    throw;
+  } catch (...) {
+    sleepOnNotSelect_ = false;
+    throw;
   }
+  sleepOnNotSelect_ = false;
   SetSleepMode(false);
-  TmvOwned<TSQLSelectStatement> statement = ParseSQL(text);
   if (!statement) return;
   // Equal text keeps the model, its positions and active pages.
   TSQLBuilder& server = SQLContext()->SQLBuilderExpressionForServer();

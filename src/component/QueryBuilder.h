@@ -261,6 +261,7 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   TmvMetadataAsyncLoading asyncLoading_;
   int updateCount_ = 0;
   bool sleepMode_ = false;
+  bool sleepOnNotSelect_ = false;  // while SetSql parses
   WideString sleepModeText_;
   bool silentUpdate_ = false;
   bool silentClearPosted_ = false;
