@@ -16,6 +16,7 @@
 // clause defines it).
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -355,8 +356,19 @@ class TmvSubQuery : public TmvUnionGroup {
   TmvUnionSubQuery* FirstSelect() const;
   bool IsQueryWithUnions() const;
 
-  // The output columns of this sub-select.
-  TmvMetadataFieldsList* Fields() const { return fields_.get(); }
+  // The output columns of this sub-select, worked out first when a change
+  // left them stale.
+  TmvMetadataFieldsList* Fields() {
+    if (fieldsStale_ && fieldsRefresh_) {
+      fieldsStale_ = false;
+      fieldsRefresh_();
+    }
+    return fields_.get();
+  }
+  // Set by the proxy that made the sub-query: how to work the columns out,
+  // and that a change may have changed them.
+  void SetFieldsRefresh(std::function<void()> refresh) { fieldsRefresh_ = std::move(refresh); }
+  void SetFieldsStale() { fieldsStale_ = true; }
 
   // --- What this sub-query is ---
   TSQLWithClauseItem* CteItem() const { return cteItem_; }
@@ -436,6 +448,8 @@ class TmvSubQuery : public TmvUnionGroup {
   TmvUnionSubQuery* activeUnionSubQuery_ = nullptr;
   std::vector<TmvUnionSubQuery*> unionSubQueries_;
   TmvOwned<TmvMetadataFieldsList> fields_;
+  std::function<void()> fieldsRefresh_;
+  bool fieldsStale_ = false;
   TSQLWithClauseItem* cteItem_ = nullptr;
   TmvDatasourceQuery* derivedTable_ = nullptr;
   TmvQueryBuilderControlOwner* parentSelectItem_ = nullptr;

@@ -55,6 +55,7 @@ void TmvSubSelectStatementProxy::AfterConstruction() {
     subQuery_->SetKind(nullptr, nullptr, ownerObject_);
 
   TmvUpdateScope update(subQuery_);
+  subQuery_->SetFieldsRefresh([this] { UpdateFields(); });
   subQuery_->OnUpdated().AddHandler(this, &TmvSubSelectStatementProxy::SubqueryChanged);
   subQuery_->LoadFromStatement(ReleaseStatement());
   if (ownerObject_->HasControls() && subQuery_->CanCreateControls()) subQuery_->CreateControl();
@@ -73,6 +74,7 @@ TmvSubQuery* TmvSubSelectStatementProxy::ReleaseSubQuery() {
   if (subQuery) {
     subQuery->OnDestroying().RemoveHandler(this, &TmvSubSelectStatementProxy::SubQueryDestroying);
     subQuery->OnUpdated().RemoveHandler(this, &TmvSubSelectStatementProxy::SubqueryChanged);
+    subQuery->SetFieldsRefresh(nullptr);
   }
   return subQuery;
 }
@@ -110,6 +112,20 @@ bool SameFields(const TmvMetadataFieldsList& a, const TmvMetadataFieldsList& b) 
 }  // namespace
 
 void TmvSubSelectStatementProxy::SubqueryChanged(TmvObject*) {
+  if (!subQuery_ || !ownerObject_ || ownerObject_->IsDestroying()) return;
+  // A derived table and a common table expression pass their columns on at
+  // once. Other sub-selects (in a condition or an expression) have no one
+  // listening, and working the columns out means a bound copy of the whole
+  // sub-select with everything nested in it, at every level of nesting: they
+  // wait until someone asks.
+  if (!subQuery_->IsSubQueryCTE() && !subQuery_->IsSubQueryDerivedTable()) {
+    subQuery_->SetFieldsStale();
+    return;
+  }
+  UpdateFields();
+}
+
+void TmvSubSelectStatementProxy::UpdateFields() {
   if (!subQuery_ || !ownerObject_ || ownerObject_->IsDestroying()) return;
   TmvOwned<TastNode> tree = subQuery_->GetResultAST();
   auto* statement = TmvCast<TSQLSubSelectStatement>(tree.get());

@@ -41,6 +41,7 @@ class TmvSubSelectStatementProxy : public TSQLSubSelectStatementProxy {
  private:
   // Keeps the sub-query's Fields equal to its output columns.
   void SubqueryChanged(TmvObject* sender);
+  void UpdateFields();
   void SubQueryDestroying(TmvObject* sender);
   // Unhooks from the sub-query and hands it back (null if there is none).
   TmvSubQuery* ReleaseSubQuery();
