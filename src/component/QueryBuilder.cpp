@@ -108,7 +108,7 @@ TmvOwned<TSQLSelectStatement> TmvQueryBuilder::ParseSQL(const WideString& text) 
 void TmvQueryBuilder::SetSql(const WideString& text) {
   LogHelper().Debug(u"SetSyncSql: Sql = \"%s\"", text);
   // The parse tells whether the text is a SELECT: scanning it once more
-  // beforehand only to ask would cost a tenth of the whole round trip.
+  // beforehand only to ask would cost a twentieth of the whole round trip.
   TmvOwned<TSQLSelectStatement> statement;
   sleepOnNotSelect_ = AllowSleepMode;
   try {
