@@ -20,6 +20,7 @@ int RunRoundtrip(const std::vector<std::string>& args, std::ostream& out, std::o
 int RunEdit(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunStats(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunOptions(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunTransform(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 const std::vector<Command>& AllCommands() {
   static const std::string roundtripUsage =
@@ -54,6 +55,23 @@ const std::vector<Command>& AllCommands() {
       EditScriptSummary() +
       "Texts go in double quotes (a quote inside doubled). A bad line prints 'line N: <why>' on\n"
       "standard error and exits with 1; nothing after it runs.\n";
+  static const std::string transformUsage =
+      std::string("mvsql transform [--dialect NAME] [--metadata FILE.xml|--sqlite FILE] [--one-line]\n"
+                  "                [--filter \"COLUMN OP VALUE\"]... [--and] [--sort COLUMN [asc|desc]]...\n"
+                  "                [--aggregate FUNC(COLUMN)]... [--distinct] [--offset N] [--limit N] [FILE|-]\n") +
+      kBuilderUsage +
+      "  --filter \"COLUMN OP VALUE\"  a condition on an output column; OP is one of = <> > >= < <=\n"
+      "                        like, not like, in, not in, is null, is not null, between (VALUE 'A and B');\n"
+      "                        VALUE is SQL text (quote strings: 'USA'); repeatable, joined by or\n"
+      "  --and                 join the filters by and instead\n"
+      "  --sort COLUMN [asc|desc]  sort by an output column; repeatable\n"
+      "  --aggregate FUNC(COLUMN)  avg, count, max, min or sum of a column, or count(*); repeatable\n"
+      "  --distinct            SELECT DISTINCT\n"
+      "  --offset N, --limit N rows to skip and to return, in the dialect's own limit syntax\n"
+      "  --wrap, --expand, --rename-duplicates  always wrap the query, list every column by name,\n"
+      "                        rename columns whose names repeat\n"
+      "COLUMN is a column's alias or name, without regard to case. A name that no column or two\n"
+      "columns have, an unknown operator or function exits with 1. The builder's query stays as it was.\n";
   static const std::vector<Command> commands = {
       {"help", "show help for mvsql or one of its commands", "mvsql help [COMMAND]\n", RunHelp},
       {"version", "print the version", "mvsql version\n", RunVersion},
@@ -129,6 +147,8 @@ const std::vector<Command>& AllCommands() {
        "Without --xml every property is printed as NAME=VALUE, one a line. An unknown name or\n"
        "a bad value exits with 2; a properties document with a bad value exits with 1.\n",
        RunOptions},
+      {"transform", "print the query as a result grid runs it: with filters, sorts, aggregates and limits",
+       transformUsage.c_str(), RunTransform},
   };
   return commands;
 }
