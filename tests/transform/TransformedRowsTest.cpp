@@ -1,8 +1,9 @@
-// Transformed queries run on the Chinook sample database in SQLite: the rows
-// of each must be the rows of the untransformed query filtered, sorted or
-// totalled here in C++. None of our SQLite-compatible dialects writes a
-// LIMIT, so paging is left out on SQLite (the limits are checked on the
-// dialects that have them).
+// Transformed queries run on the Chinook sample database in SQLite and, when
+// a PostgreSQL server can run here, on its copy there: the rows of each must
+// be the rows of the untransformed query filtered, sorted or totalled here in
+// C++. No dialect of the build writes a limit that SQLite reads (SQL Server's
+// TOP and OFFSET/FETCH are the only ones), so paging is left out here; the
+// limits' shapes are checked with the dialect that has them.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "ChinookLoader.h"
 #include "Corpus.h"
 #include "ReferenceDialect.h"
 #include "component/QueryBuilder.h"
@@ -96,24 +98,12 @@ class TransformedRowsTest : public ::testing::Test {
   ~TransformedRowsTest() override { mv::MainThreadDispatcher().ProcessPending(); }
 };
 
-TEST_F(TransformedRowsTest, ChinookOnSQLite) {
-  MV_REQUIRE_CORPUS();
-  const std::string path = mvtest::CorpusDir() + "/chinook/Chinook_Sqlite.sqlite";
-  if (!std::ifstream(path)) GTEST_SKIP() << "no " << path;
-  mv::TmvSQLiteConnection connection(mv::UTF8Decode(path), mv::somReadOnly);
-  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = mvtest::NewReferenceProvider();
-  mv::TmvOwned<mv::TmvQueryBuilder> builder = mv::TmvCreate<mv::TmvQueryBuilder>();
-  builder->SetSyntaxProvider(provider.get());
-  mv::TmvConnectionMetadataProvider metadata;
-  metadata.SetConnection(&connection);
-  builder->SQLContext()->SetMetadataProvider(&metadata);
-  mv::LoadSQLiteCatalog(builder->SQLContext(), builder->MetadataContainer());
-  builder->SetWorkOffline(true);
-
+// The cases, each over a query of Chinook.
+std::vector<RowsCase> ChinookCases() {
   auto col = [](TmvQueryTransformer& x, const char16_t* name) { return x.Columns().ColumnByOriginalName(name); };
   const std::vector<RowsCase> cases = {
       {"filter and sort on a plain column", "SELECT Track.Name, Track.Milliseconds FROM Track",
-       [&](TmvQueryTransformer& x) {
+       [col](TmvQueryTransformer& x) {
          x.Where(col(x, u"Milliseconds")->Greater(u"1000000")).OrderBy(col(x, u"Milliseconds"), false);
        },
        [](const Rows& rows) {
@@ -123,7 +113,7 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
        },
        1},
       {"two conditions are alternatives", "SELECT Invoice.InvoiceId, Invoice.BillingCountry, Invoice.Total FROM Invoice",
-       [&](TmvQueryTransformer& x) {
+       [col](TmvQueryTransformer& x) {
          x.Where(col(x, u"BillingCountry")->Equal(u"'Norway'")).Where(col(x, u"Total")->GreaterEqual(u"20"));
        },
        [](const Rows& rows) {
@@ -131,7 +121,7 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
        }},
       {"like, between and a sort over a join",
        "SELECT Album.Title, Artist.Name FROM Album INNER JOIN Artist ON Album.ArtistId = Artist.ArtistId",
-       [&](TmvQueryTransformer& x) {
+       [col](TmvQueryTransformer& x) {
          x.Filters().SetOperator(mv::jtAnd);
          x.Where(col(x, u"Name")->Like(u"'B%'")).Where(col(x, u"Title")->Not_Between(u"'C'", u"'M'"));
          x.OrderBy(col(x, u"Title"), true);
@@ -143,7 +133,7 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
        },
        0},
       {"totals over the filtered query", "SELECT Invoice.BillingCountry, Invoice.Total FROM Invoice",
-       [&](TmvQueryTransformer& x) {
+       [col](TmvQueryTransformer& x) {
          x.Where(col(x, u"BillingCountry")->In_(u"('USA', 'Canada')"));
          x.Select(col(x, u"Total")->Sum(), u"s").Select(col(x, u"Total")->Max(), u"m").SelectRecordsCount(u"n");
        },
@@ -159,7 +149,7 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
          return Rows{{Fixed(sum), Fixed(max), std::to_string(count)}};
        }},
       {"null tests and distinct", "SELECT Track.Composer FROM Track",
-       [&](TmvQueryTransformer& x) {
+       [col](TmvQueryTransformer& x) {
          x.Where(col(x, u"Composer")->IsNotNull());
          x.SetSelectMode(mv::smDistinct);
        },
@@ -171,7 +161,7 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
        }},
       {"a hidden column filtered and sorted through the wrapper",
        "SELECT Customer.FirstName, Customer.LastName, Customer.Country FROM Customer",
-       [&](TmvQueryTransformer& x) {
+       [col](TmvQueryTransformer& x) {
          col(x, u"Country")->SetVisible(false);
          x.Where(col(x, u"Country")->Equal(u"'Brazil'")).OrderBy(col(x, u"LastName"), false);
        },
@@ -186,7 +176,7 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
       {"an expression column and an aggregate column of a grouped query",
        "SELECT Invoice.BillingCountry AS Country, Count(*) AS Invoices, Sum(Invoice.Total) AS Spent "
        "FROM Invoice GROUP BY Invoice.BillingCountry",
-       [&](TmvQueryTransformer& x) {
+       [col](TmvQueryTransformer& x) {
          x.SetAlwaysWrapInSubQuery(true);
          x.Where(col(x, u"Spent")->Greater(u"100")).OrderBy(col(x, u"Spent"), false);
        },
@@ -197,21 +187,27 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
        },
        2},
   };
-  for (const RowsCase& c : cases) {
+  return cases;
+}
+
+// Runs each case: the untransformed and the transformed query on the same
+// server, through `run`.
+void RunCases(mv::TmvQueryBuilder& builder, const std::function<Rows(const mv::WideString&)>& run) {
+  for (const RowsCase& c : ChinookCases()) {
     SCOPED_TRACE(c.name);
-    builder->SetSql(mv::UTF8Decode(c.sql));
-    const mv::WideString source = builder->GetSql();
-    const Rows original = RunQuery(connection, source);
+    builder.SetSql(mv::UTF8Decode(c.sql));
+    const mv::WideString source = builder.GetSql();
+    const Rows original = run(source);
     ASSERT_FALSE(original.empty());
     auto transformer = mv::TmvCreate<TmvQueryTransformer>();
-    transformer->SetQueryBuilder(builder.get());
+    transformer->SetQueryBuilder(&builder);
     c.transform(*transformer);
     const mv::WideString sql = transformer->GetSql();
     SCOPED_TRACE(mv::UTF8Encode(sql));
     if (std::getenv("MV_SHOW_SQL")) std::cout << c.name << ":\n  " << mv::UTF8Encode(sql) << "\n";
     Rows actual, expected = Normalized(c.expected(original));
-    ASSERT_NO_THROW(actual = Normalized(RunQuery(connection, sql)));
-    EXPECT_EQ(builder->GetSql(), source);
+    ASSERT_NO_THROW(actual = Normalized(run(sql)));
+    EXPECT_EQ(builder.GetSql(), source);
     if (c.orderedBy >= 0) {
       auto key = [&](const Rows& rows) {
         std::vector<std::string> keys;
@@ -225,6 +221,49 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
     EXPECT_EQ(actual.size(), expected.size());
     EXPECT_TRUE(actual == expected);
   }
+}
+
+TEST_F(TransformedRowsTest, ChinookOnSQLite) {
+  MV_REQUIRE_CORPUS();
+  const std::string path = mvtest::CorpusDir() + "/chinook/Chinook_Sqlite.sqlite";
+  if (!std::ifstream(path)) GTEST_SKIP() << "no " << path;
+  mv::TmvSQLiteConnection connection(mv::UTF8Decode(path), mv::somReadOnly);
+  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = mvtest::NewReferenceProvider();
+  mv::TmvOwned<mv::TmvQueryBuilder> builder = mv::TmvCreate<mv::TmvQueryBuilder>();
+  builder->SetSyntaxProvider(provider.get());
+  mv::TmvConnectionMetadataProvider metadata;
+  metadata.SetConnection(&connection);
+  builder->SQLContext()->SetMetadataProvider(&metadata);
+  mv::LoadSQLiteCatalog(builder->SQLContext(), builder->MetadataContainer());
+  builder->SetWorkOffline(true);
+
+  RunCases(*builder, [&](const mv::WideString& sql) { return RunQuery(connection, sql); });
+}
+
+// The same cases on PostgreSQL, with every name quoted as the copy of
+// Chinook spells it ("Track"."Name").
+TEST_F(TransformedRowsTest, ChinookOnPostgres) {
+  MV_REQUIRE_POSTGRES_CHINOOK();
+  mv::TmvSQLiteConnection connection(mv::UTF8Decode(mvtest::ChinookSqlitePath()), mv::somReadOnly);
+  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = mvtest::NewReferenceProvider();
+  mv::TmvOwned<mv::TmvQueryBuilder> builder = mv::TmvCreate<mv::TmvQueryBuilder>();
+  builder->SetSyntaxProvider(provider.get());
+  mv::TmvConnectionMetadataProvider metadata;
+  metadata.SetConnection(&connection);
+  builder->SQLContext()->SetMetadataProvider(&metadata);
+  mv::LoadSQLiteCatalog(builder->SQLContext(), builder->MetadataContainer());
+  builder->SetWorkOffline(true);
+  builder->SetQuoteAllIdentifiers(true);
+  mvtest::PostgresServer& server = mvtest::ChinookOnPostgres();
+  RunCases(*builder, [&](const mv::WideString& sql) {
+    Rows rows;
+    for (const mvtest::SqlRow& row : server.Query(sql)) {
+      Row values;
+      for (const auto& value : row) values.push_back(value ? *value : "NULL");
+      rows.push_back(std::move(values));
+    }
+    return rows;
+  });
 }
 
 }  // namespace
