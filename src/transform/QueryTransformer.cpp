@@ -16,6 +16,21 @@ namespace mv {
 
 MV_DEFINE_CLASS(TmvQueryTransformer, TmvObject)
 
+namespace {
+
+// The state document leaves the Not flags out; a copy takes them junction
+// by junction from a tree of the same shape.
+void CopyNotFlags(const TmvFilterConditionJunction& from, TmvFilterConditionJunction& to) {
+  to.SetNot(from.Not());
+  for (int i = 0; i < from.Count() && i < to.Count(); ++i) {
+    auto* source = TmvCast<TmvFilterConditionJunction>(from.Items(i));
+    auto* target = TmvCast<TmvFilterConditionJunction>(to.Items(i));
+    if (source && target) CopyNotFlags(*source, *target);
+  }
+}
+
+}  // namespace
+
 TmvQueryTransformer::TmvQueryTransformer() = default;
 
 TmvQueryTransformer::~TmvQueryTransformer() = default;
@@ -302,6 +317,7 @@ void TmvQueryTransformer::Assign(const TmvQueryTransformer& other) {
     pugi::xml_document document;
     other.filters_->Write(document);
     filters_->Read(document.child("junction"), columns_.get());
+    CopyNotFlags(*other.filters_, *filters_);
   }
   sortings_->Clear();
   for (int i = 0; i < other.sortings_->Count(); ++i) {

@@ -272,6 +272,13 @@ TEST_F(QueryTransformerTest, StateXmlRoundTripLosesOnlyTheNotFlag) {
   ASSERT_NE(junction, nullptr);
   EXPECT_FALSE(junction->Not());
   EXPECT_EQ(copy->Aggregations().Items(0)->Column(), copy->Columns().ColumnByOriginalName(u"b"));
+  // Assign copies everything, the Not flag too.
+  auto assigned = mv::TmvCreate<TmvQueryTransformer>();
+  assigned->SetQueryBuilder(builder.get());
+  assigned->Assign(*transformer);
+  EXPECT_EQ(assigned->GetStateXml(), state);
+  EXPECT_TRUE(mv::TmvCast<mv::TmvFilterConditionJunction>(assigned->Filters().Items(0))->Not());
+  EXPECT_EQ(assigned->GetSql(), transformer->GetSql());
 
   const std::vector<std::pair<const char16_t*, const char16_t*>> bad = {
       {u"<transformer", u"Error parsing XML"},
