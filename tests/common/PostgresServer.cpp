@@ -8,6 +8,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,9 +32,20 @@ namespace mvtest {
 
 namespace {
 
-// Scratch folders are /tmp/mvtest-pg.<pid>.XXXXXX, so that a run can tell its
-// own from those of a run that is gone.
+// Scratch folders are <root>/mvtest-pg.<pid>.XXXXXX, so that a run can tell
+// its own from those of a run that is gone.
 constexpr const char* kFolderPrefix = "mvtest-pg.";
+const char* const kScratchRoots[] = {"/dev/shm", "/tmp"};
+
+// Where a cluster goes: memory (/dev/shm) when it has room to spare, since
+// initdb writes a thousand files; else /tmp.
+std::string ScratchRoot() {
+  struct statvfs room {};
+  if (access("/dev/shm", W_OK) == 0 && statvfs("/dev/shm", &room) == 0 &&
+      static_cast<unsigned long long>(room.f_bavail) * room.f_frsize >= (1ull << 30))
+    return "/dev/shm";
+  return "/tmp";
+}
 
 bool IsExecutable(const fs::path& p) { return access(p.c_str(), X_OK) == 0; }
 
@@ -115,14 +127,17 @@ void StopCluster(const std::string& bin, const std::string& folder) {
 // Removes scratch folders of runs whose process is gone, stopping their
 // servers first (a run killed together with its watchdog).
 void RemoveStaleFolders(const std::string& bin) {
-  std::error_code ec;
-  for (const auto& entry : fs::directory_iterator("/tmp", ec)) {
-    const std::string name = entry.path().filename().string();
-    if (name.rfind(kFolderPrefix, 0) != 0) continue;
-    const long pid = std::atol(name.c_str() + std::strlen(kFolderPrefix));
-    if (pid <= 0 || pid == getpid() || kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH) continue;
-    StopCluster(bin, entry.path().string());
-    fs::remove_all(entry.path(), ec);
+  for (const char* root : kScratchRoots) {
+    std::error_code ec;
+    for (const auto& entry : fs::directory_iterator(root, ec)) {
+      const std::string name = entry.path().filename().string();
+      if (name.rfind(kFolderPrefix, 0) != 0) continue;
+      const long pid = std::atol(name.c_str() + std::strlen(kFolderPrefix));
+      if (pid <= 0 || pid == getpid() || kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH) continue;
+      StopCluster(bin, entry.path().string());
+      std::error_code ignored;
+      fs::remove_all(entry.path(), ignored);
+    }
   }
 }
 
@@ -216,7 +231,7 @@ void PostgresServer::Start() {
   bin_ = FindServerBin();
   RemoveStaleFolders(bin_);
 
-  std::string pattern = "/tmp/" + std::string(kFolderPrefix) + std::to_string(getpid()) + ".XXXXXX";
+  std::string pattern = ScratchRoot() + "/" + kFolderPrefix + std::to_string(getpid()) + ".XXXXXX";
   if (!mkdtemp(pattern.data())) throw std::runtime_error("PostgreSQL test server: cannot create " + pattern);
   folder_ = pattern;
   if (IsRoot()) {

@@ -1,8 +1,9 @@
 // A throw-away PostgreSQL server for tests: a private cluster in a scratch
-// folder of /tmp, listening on 127.0.0.1 at a free port, with fsync off. It
-// is stopped and its folder removed when the object goes, at exit, and by a
-// watchdog process when the test executable dies any other way; a folder left
-// by a killed run (the watchdog killed too) is cleaned at the next start.
+// folder (in /dev/shm when it has room, else in /tmp), listening on
+// 127.0.0.1 at a free port, with fsync off. It is stopped and its folder
+// removed when the object goes, at exit, and by a watchdog process when the
+// test executable dies any other way; a folder left by a killed run (the
+// watchdog killed too) is cleaned at the next start.
 //
 //   TEST(PostgresSomething, Rows) {
 //     MV_REQUIRE_POSTGRES();
