@@ -24,16 +24,19 @@ void ResetFieldStatistics(TmvMetadataField* field) {
   field->UsedDatabaseObjectColumns()->Clear();
 }
 
-// Adds what `from` reads to the lists; the number of entries added.
-int AddFieldStatistics(const TmvMetadataField* from, TmvStatsObjects* objects, TmvStatsColumns* columns) {
+// Adds what `from` reads to the lists; the number of entries added. `copy`
+// for a field of another tree (a virtual object's expression).
+int AddFieldStatistics(const TmvMetadataField* from, TmvStatsObjects* objects, TmvStatsColumns* columns,
+                       bool copy = false) {
   if (!from) return 0;
-  return objects->AddObjects(from->UsedDatabaseObjects()) + columns->AddColumns(from->UsedDatabaseObjectColumns());
+  return objects->AddObjects(from->UsedDatabaseObjects(), copy) +
+         columns->AddColumns(from->UsedDatabaseObjectColumns(), copy);
 }
 
-int AddFieldStatistics(const TmvMetadataField* from, TmvMetadataField* to) {
+int AddFieldStatistics(const TmvMetadataField* from, TmvMetadataField* to, bool copy = false) {
   if (!from || !from->UsedDatabaseObjects() || from == to) return 0;
   to->PrepareStatsCollections();
-  return AddFieldStatistics(from, to->UsedDatabaseObjects(), to->UsedDatabaseObjectColumns());
+  return AddFieldStatistics(from, to->UsedDatabaseObjects(), to->UsedDatabaseObjectColumns(), copy);
 }
 
 int AddNodeStatistics(const TastNodeBase* from, TmvMetadataField* to) {
@@ -88,7 +91,7 @@ int AddSourceObjects(const TSQLFromSource* source, TmvStatsObjects* objects) {
     TmvMetadataObject* object = from->GetMetadataObject();
     const TSQLFromSource* expression = object ? object->ExpressionAST() : nullptr;
     if (expression && expression->StatsObjects() && expression->StatsObjects()->GetCount() > 0)
-      return objects->AddObjects(expression->StatsObjects());
+      return objects->AddObjects(expression->StatsObjects(), true);
     if (object) return objects->AddObjectIfNotExists(object, object->FullName(), alias);
     return from->Object ? objects->AddObjectIfNotExists(nullptr, from->Object.get(), alias) : 0;
   }
@@ -193,7 +196,7 @@ void TSQLFromSource::PrepareCalcStatistics() {
     TmvMetadataField* field = fields->Items(i);
     if (inner) {
       const int found = inner->FindFieldByName(field->Name());
-      if (found >= 0) AddFieldStatistics(inner->Items(found), field);
+      if (found >= 0) AddFieldStatistics(inner->Items(found), field, true);
       continue;
     }
     // The list holds copies: the column names the object's own field.

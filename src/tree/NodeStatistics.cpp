@@ -1,5 +1,7 @@
 #include "tree/NodeStatistics.h"
 
+#include <algorithm>
+
 #include "frontend/SQLContext.h"
 #include "tree/QualifiedNames.h"
 
@@ -46,18 +48,52 @@ void TmvStatsObject::AddAliases(const TastIdentifiersList* aliases) {
 
 // --- TmvStatsObjects ---
 
-TmvStatsObject* TmvStatsObjects::AddObject(TmvMetadataObject* metadataObject, const TSQLQualifiedName* name) {
-  items_.push_back(std::make_unique<TmvStatsObject>(context_, metadataObject, name));
-  return items_.back().get();
+namespace {
+
+// Whether `from` has an alias that `to` lacks.
+bool HasNewAlias(const TmvStatsObject* to, const TmvStatsObject* from) {
+  for (int i = 0; i < from->AliasCount(); ++i)
+    if (!to->Aliases() || to->Aliases()->FindByIdToken(from->Alias(i)) < 0) return true;
+  return false;
 }
 
-TmvStatsObject* TmvStatsObjects::FindObject(const TmvMetadataObject* metadataObject,
-                                            const TSQLQualifiedName* name) const {
-  for (const auto& item : items_) {
+}  // namespace
+
+const TmvStatsObject* TmvStatsObjects::AddObject(TmvMetadataObject* metadataObject, const TSQLQualifiedName* name) {
+  owned_.push_back(std::make_unique<TmvStatsObject>(context_, metadataObject, name));
+  items_.push_back({owned_.back().get(), true});
+  return items_.back().Entry;
+}
+
+TmvStatsObject* TmvStatsObjects::AddCopy(const TmvStatsObject* entry) {
+  owned_.push_back(std::make_unique<TmvStatsObject>(context_, entry->MetadataObject(), entry->Name()));
+  owned_.back()->AddAliases(entry->Aliases());
+  return owned_.back().get();
+}
+
+TmvStatsObject* TmvStatsObjects::OwnEntry(size_t index) {
+  Item& item = items_[index];
+  if (!item.Owned) {
+    item.Entry = AddCopy(item.Entry);
+    item.Owned = true;
+  }
+  return item.Entry;
+}
+
+int TmvStatsObjects::IndexOf(const TmvStatsObject* entry) const {
+  for (size_t i = 0; i < items_.size(); ++i)
+    if (items_[i].Entry == entry) return int(i);
+  return -1;
+}
+
+const TmvStatsObject* TmvStatsObjects::FindObject(const TmvMetadataObject* metadataObject,
+                                                  const TSQLQualifiedName* name) const {
+  for (const Item& item : items_) {
+    const TmvStatsObject* entry = item.Entry;
     if (metadataObject) {
-      if (item->MetadataObject() == metadataObject) return item.get();
-    } else if (!item->MetadataObject() && NamesEqual(context_, item->Name(), name)) {
-      return item.get();
+      if (entry->MetadataObject() == metadataObject) return entry;
+    } else if (!entry->MetadataObject() && NamesEqual(context_, entry->Name(), name)) {
+      return entry;
     }
   }
   return nullptr;
@@ -65,26 +101,32 @@ TmvStatsObject* TmvStatsObjects::FindObject(const TmvMetadataObject* metadataObj
 
 int TmvStatsObjects::AddObjectIfNotExists(TmvMetadataObject* metadataObject, const TSQLQualifiedName* name,
                                           const TastTokenIdentifier* alias) {
-  int added = 0;
-  TmvStatsObject* entry = FindObject(metadataObject, name);
-  if (!entry) {
-    entry = AddObject(metadataObject, name);
-    added = 1;
+  const TmvStatsObject* found = FindObject(metadataObject, name);
+  if (!found) {
+    AddObject(metadataObject, name);
+    OwnEntry(items_.size() - 1)->AddAlias(alias);
+    return 1;
   }
-  entry->AddAlias(alias);
-  return added;
+  if (alias && !alias->IsEmpty() && (!found->Aliases() || found->Aliases()->FindByIdToken(alias) < 0))
+    OwnEntry(size_t(IndexOf(found)))->AddAlias(alias);
+  return 0;
 }
 
-int TmvStatsObjects::AddObjects(const TmvStatsObjects* other) {
+int TmvStatsObjects::AddObjects(const TmvStatsObjects* other, bool copy) {
   if (!other || other == this) return 0;
   int added = 0;
-  for (const auto& item : other->items_) {
-    TmvStatsObject* entry = FindObject(item->MetadataObject(), item->Name());
-    if (!entry) {
-      entry = AddObject(item->MetadataObject(), item->Name());
-      ++added;
+  for (const Item& from : other->items_) {
+    const TmvStatsObject* entry = from.Entry;
+    int index = IndexOf(entry);
+    if (index < 0) {
+      if (const TmvStatsObject* found = FindObject(entry->MetadataObject(), entry->Name())) index = IndexOf(found);
     }
-    entry->AddAliases(item->Aliases());
+    if (index < 0) {
+      items_.push_back(copy ? Item{AddCopy(entry), true} : Item{from.Entry, false});
+      ++added;
+    } else if (items_[size_t(index)].Entry != entry && HasNewAlias(items_[size_t(index)].Entry, entry)) {
+      OwnEntry(size_t(index))->AddAliases(entry->Aliases());
+    }
   }
   return added;
 }
@@ -93,7 +135,12 @@ void TmvStatsObjects::Assign(const TmvStatsObjects* other) {
   if (other == this) return;
   Clear();
   if (!other) return;
-  for (const auto& item : other->items_) AddObject(item->MetadataObject(), item->Name())->AddAliases(item->Aliases());
+  for (const Item& item : other->items_) items_.push_back({AddCopy(item.Entry), true});
+}
+
+void TmvStatsObjects::Clear() {
+  items_.clear();
+  owned_.clear();
 }
 
 // --- TmvStatsColumn ---
@@ -111,17 +158,19 @@ TmvStatsColumn::~TmvStatsColumn() = default;
 
 // --- TmvStatsColumns ---
 
-TmvStatsColumn* TmvStatsColumns::AddColumn(TmvMetadataObject* metadataObject, const TSQLQualifiedName* objectName,
-                                           const TSQLQualifiedName* columnName, TmvMetadataField* field) {
-  items_.push_back(std::make_unique<TmvStatsColumn>(context_, metadataObject, objectName, columnName, field));
-  return items_.back().get();
+const TmvStatsColumn* TmvStatsColumns::AddColumn(TmvMetadataObject* metadataObject,
+                                                 const TSQLQualifiedName* objectName,
+                                                 const TSQLQualifiedName* columnName, TmvMetadataField* field) {
+  owned_.push_back(std::make_unique<TmvStatsColumn>(context_, metadataObject, objectName, columnName, field));
+  items_.push_back(owned_.back().get());
+  return items_.back();
 }
 
-TmvStatsColumn* TmvStatsColumns::FindColumn(const TmvMetadataObject* metadataObject,
-                                            const TSQLQualifiedName* objectName,
-                                            const TSQLQualifiedName* columnName,
-                                            const TmvMetadataField* field) const {
-  for (const auto& item : items_) {
+const TmvStatsColumn* TmvStatsColumns::FindColumn(const TmvMetadataObject* metadataObject,
+                                                  const TSQLQualifiedName* objectName,
+                                                  const TSQLQualifiedName* columnName,
+                                                  const TmvMetadataField* field) const {
+  for (const TmvStatsColumn* item : items_) {
     bool match;
     if (metadataObject && field)
       match = item->MetadataObject() == metadataObject && item->Field() == field;
@@ -132,7 +181,7 @@ TmvStatsColumn* TmvStatsColumns::FindColumn(const TmvMetadataObject* metadataObj
     else
       match = NamesEqual(context_, item->ObjectName(), objectName) &&
               NamesEqual(context_, item->ColumnName(), columnName);
-    if (match) return item.get();
+    if (match) return item;
   }
   return nullptr;
 }
@@ -144,11 +193,18 @@ int TmvStatsColumns::AddColumnIfNotExists(TmvMetadataObject* metadataObject, con
   return 1;
 }
 
-int TmvStatsColumns::AddColumns(const TmvStatsColumns* other) {
+int TmvStatsColumns::AddColumns(const TmvStatsColumns* other, bool copy) {
   if (!other || other == this) return 0;
   int added = 0;
-  for (const auto& item : other->items_)
-    added += AddColumnIfNotExists(item->MetadataObject(), item->ObjectName(), item->ColumnName(), item->Field());
+  for (TmvStatsColumn* entry : other->items_) {
+    if (std::find(items_.begin(), items_.end(), entry) != items_.end()) continue;
+    if (FindColumn(entry->MetadataObject(), entry->ObjectName(), entry->ColumnName(), entry->Field())) continue;
+    if (copy)
+      AddColumn(entry->MetadataObject(), entry->ObjectName(), entry->ColumnName(), entry->Field());
+    else
+      items_.push_back(entry);
+    ++added;
+  }
   return added;
 }
 
@@ -156,8 +212,13 @@ void TmvStatsColumns::Assign(const TmvStatsColumns* other) {
   if (other == this) return;
   Clear();
   if (!other) return;
-  for (const auto& item : other->items_)
+  for (const TmvStatsColumn* item : other->items_)
     AddColumn(item->MetadataObject(), item->ObjectName(), item->ColumnName(), item->Field());
+}
+
+void TmvStatsColumns::Clear() {
+  items_.clear();
+  owned_.clear();
 }
 
 // --- The node's part ---
@@ -190,12 +251,16 @@ void TastNodeBase::PrepareCalcStatisticsRecursive() {
 
 int TastNodeBase::CalcStatistics() {
   if (!statistics_) statistics_.reset(new TastNodeStatistics(context_));
-  TastNodeBaseList children;
+  // One buffer per thread: the walk calls this once per node.
+  static thread_local TastNodeBaseList children;
+  children.clear();
   GetMyChildren(children);
   int added = 0;
   for (TastNodeBase* child : children) {
-    added += statistics_->Objects.AddObjects(child->StatsObjects());
-    added += statistics_->Columns.AddColumns(child->StatsColumns());
+    const TastNodeStatistics* from = child->statistics_.get();
+    if (!from) continue;
+    if (from->Objects.GetCount()) added += statistics_->Objects.AddObjects(&from->Objects);
+    if (from->Columns.GetCount()) added += statistics_->Columns.AddColumns(&from->Columns);
   }
   return added;
 }

@@ -5,7 +5,12 @@
 // outer query that reads such a field inherits what the field reads.
 //
 // Entries refer to metadata objects and fields without owning them; names
-// are plain copies (no binding to a FROM source).
+// are plain copies (no binding to a FROM source). A list that takes the
+// entries of another list (AddObjects, AddColumns) shares them instead of
+// copying: the lists of a tree are gathered from the leaves up and cleared
+// from the root down, so a list never outlives the entries it shares within
+// one tree. An entry that must change (a new alias) is copied first; a list
+// that reads another tree's entries asks for copies.
 //
 //   TmvStatsObject(s)   an object by its metadata object or its name, with
 //                       every alias under which it is used
@@ -62,28 +67,38 @@ class TmvStatsObjects {
 
   TmvBaseSQLContext* SQLContext() const { return context_; }
   int GetCount() const { return int(items_.size()); }
-  TmvStatsObject* GetItems(int index) const { return items_[index].get(); }
+  const TmvStatsObject* GetItems(int index) const { return items_[index].Entry; }
 
   // A new entry, always.
-  TmvStatsObject* AddObject(TmvMetadataObject* metadataObject, const TSQLQualifiedName* name);
+  const TmvStatsObject* AddObject(TmvMetadataObject* metadataObject, const TSQLQualifiedName* name);
   // With a metadata object: the entry of that object. Without: the first
   // entry without one whose name is equal (the context's name comparison).
-  TmvStatsObject* FindObject(const TmvMetadataObject* metadataObject, const TSQLQualifiedName* name) const;
+  const TmvStatsObject* FindObject(const TmvMetadataObject* metadataObject, const TSQLQualifiedName* name) const;
   // Finds or adds the entry and gives it the alias (when not empty and new).
   // 1 when an entry was added, else 0: a new alias counts for nothing, so
   // that repeating the gathering ends.
   int AddObjectIfNotExists(TmvMetadataObject* metadataObject, const TSQLQualifiedName* name,
                            const TastTokenIdentifier* alias);
-  // Each entry of `other` found or added, its aliases merged; the number of
-  // entries added (0 for null).
-  int AddObjects(const TmvStatsObjects* other);
+  // Each entry of `other` found or added (shared, or copied with `copy`),
+  // its aliases merged; the number of entries added (0 for null).
+  int AddObjects(const TmvStatsObjects* other, bool copy = false);
   // Copies of the other's entries (none for null).
   void Assign(const TmvStatsObjects* other);
-  void Clear() { items_.clear(); }
+  void Clear();
 
  private:
+  struct Item {
+    TmvStatsObject* Entry;
+    bool Owned;
+  };
+  // The entry at `index`, made this list's own first.
+  TmvStatsObject* OwnEntry(size_t index);
+  TmvStatsObject* AddCopy(const TmvStatsObject* entry);
+  int IndexOf(const TmvStatsObject* entry) const;
+
   TmvBaseSQLContext* context_;
-  std::vector<std::unique_ptr<TmvStatsObject>> items_;
+  std::vector<Item> items_;
+  std::vector<std::unique_ptr<TmvStatsObject>> owned_;
 };
 
 class TmvStatsColumn {
@@ -118,29 +133,31 @@ class TmvStatsColumns {
 
   TmvBaseSQLContext* SQLContext() const { return context_; }
   int GetCount() const { return int(items_.size()); }
-  TmvStatsColumn* GetItems(int index) const { return items_[index].get(); }
+  const TmvStatsColumn* GetItems(int index) const { return items_[index]; }
 
   // A new entry, always.
-  TmvStatsColumn* AddColumn(TmvMetadataObject* metadataObject, const TSQLQualifiedName* objectName,
+  const TmvStatsColumn* AddColumn(TmvMetadataObject* metadataObject, const TSQLQualifiedName* objectName,
                             const TSQLQualifiedName* columnName, TmvMetadataField* field);
   // Matches by what is known:
   //   object and field    both the same
   //   object, no field    the same object and an equal column name
   //   field, no object    an equal object name and the same field
   //   neither             equal object and column names
-  TmvStatsColumn* FindColumn(const TmvMetadataObject* metadataObject, const TSQLQualifiedName* objectName,
+  const TmvStatsColumn* FindColumn(const TmvMetadataObject* metadataObject, const TSQLQualifiedName* objectName,
                              const TSQLQualifiedName* columnName, const TmvMetadataField* field) const;
   // 1 when an entry was added, else 0.
   int AddColumnIfNotExists(TmvMetadataObject* metadataObject, const TSQLQualifiedName* objectName,
                            const TSQLQualifiedName* columnName, TmvMetadataField* field);
-  // The number of entries of `other` added (0 for null).
-  int AddColumns(const TmvStatsColumns* other);
+  // The number of entries of `other` added (0 for null), shared or, with
+  // `copy`, copied.
+  int AddColumns(const TmvStatsColumns* other, bool copy = false);
   void Assign(const TmvStatsColumns* other);
-  void Clear() { items_.clear(); }
+  void Clear();
 
  private:
   TmvBaseSQLContext* context_;
-  std::vector<std::unique_ptr<TmvStatsColumn>> items_;
+  std::vector<TmvStatsColumn*> items_;
+  std::vector<std::unique_ptr<TmvStatsColumn>> owned_;
 };
 
 }  // namespace mv
