@@ -9,6 +9,10 @@
 //   set/roundtrip/clear    one builder: Clear, SetSql, GetSql per statement
 //   set/roundtrip/fresh    a new builder per statement: made, SetSql,
 //                          GetSql, freed
+//   set/parse              the statement set: ParseSelect alone
+//   set/statistics         the statistics of each statement's fixed-up tree
+//                          (parsed before the timing): gathered on the nodes
+//                          until nothing is added, then the three lists
 //   shape/<kind>/parse+print/N, shape/<kind>/roundtrip/N
 //                          one adversarial shape of N terms, items or levels
 //                          (the round trip with Clear between)
@@ -35,6 +39,7 @@
 #include "dialects/EngineInit.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "frontend/SQLContext.h"
+#include "model/QueryStatistics.h"
 #include "support/TextFile.h"
 #include "tree/SelectStatement.h"
 
@@ -143,6 +148,42 @@ void SetRoundTripFresh(benchmark::State& state, const StatementSet& set) {
   SetCounters(state, set);
 }
 
+void SetParse(benchmark::State& state, const StatementSet& set) {
+  for (auto _ : state)
+    for (const WideString& text : set.texts)
+      benchmark::DoNotOptimize(TheBuilder().SQLContext()->ParseSelect(text).get());
+  SetCounters(state, set);
+}
+
+// What the statistics read: each statement's tree as the builder fixes it up.
+const std::vector<TmvOwned<TSQLSelectStatement>>& FixedUpTrees(const StatementSet& set) {
+  static const std::vector<TmvOwned<TSQLSelectStatement>> trees = [&set] {
+    std::vector<TmvOwned<TSQLSelectStatement>> list;
+    for (const WideString& text : set.texts)
+      if (TmvOwned<TSQLSelectStatement> tree = TheBuilder().ParseSQL(text)) list.push_back(std::move(tree));
+    return list;
+  }();
+  return trees;
+}
+
+size_t Statistics(TSQLSelectStatement* tree) {
+  tree->PrepareCalcStatisticsRecursive();
+  while (tree->CalcStatisticsRecursive() > 0) {
+  }
+  TmvQueryStatistics* statistics = TheBuilder().QueryStatistics();
+  statistics->ReloadStatistics(tree);
+  return size_t(statistics->UsedDatabaseObjects()->GetCount() + statistics->UsedColumns()->GetCount() +
+                statistics->OutputColumns()->GetCount());
+}
+
+void SetStatistics(benchmark::State& state, const StatementSet& set) {
+  const auto& trees = FixedUpTrees(set);
+  for (auto _ : state)
+    for (const auto& tree : trees) benchmark::DoNotOptimize(Statistics(tree.get()));
+  TheBuilder().QueryStatistics()->SetStatisticsInvalid();
+  SetCounters(state, set);
+}
+
 void ShapeParsePrint(benchmark::State& state, const std::string& kind) {
   const WideString text = UTF8Decode(MakeShapeSql(kind, int(state.range(0))));
   for (auto _ : state) benchmark::DoNotOptimize(ParseAndPrint(TheBuilder(), text));
@@ -186,6 +227,8 @@ void Register() {
         ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("set/roundtrip/fresh", SetRoundTripFresh, std::cref(set))
         ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("set/parse", SetParse, std::cref(set))->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("set/statistics", SetStatistics, std::cref(set))->Unit(benchmark::kMillisecond);
   }
   for (const ShapeSizes& shape : Shapes()) {
     const std::string kind = shape.kind;
@@ -219,6 +262,8 @@ class SummaryReporter : public benchmark::ConsoleReporter {
     std::printf("%-24s %15s %15s %9s\n", "input", "parse+print", "roundtrip", "ratio");
     for (const char* way : {"clear", "fresh"})
       Ratio(std::string("set, ") + way, "set/parse+print", std::string("set/roundtrip/") + way);
+    std::printf("\nstatistics of the fixed-up trees against the parse alone (CPU time per pass)\n");
+    Ratio("set, statistics", "set/parse", "set/statistics");
     for (const ShapeSizes& shape : Shapes())
       for (int size : shape.sizes)
         Ratio(ShapeName(shape.kind, "-", size), ShapeName(shape.kind, "/parse+print/", size),
