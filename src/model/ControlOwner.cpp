@@ -230,6 +230,11 @@ TmvOwned<TastNode> TmvQueryBuilderControlOwner::GetResultAST() {
   return tree ? tree->CloneAs<TastNode>(context_) : nullptr;
 }
 
+TmvOwned<TastNode> TmvQueryBuilderControlOwner::MakeResultAST() {
+  if (cachedResultAST_) return cachedResultAST_->CloneAs<TastNode>(context_);
+  return CreateResultAST();
+}
+
 WideString TmvQueryBuilderControlOwner::GetResultSQL() {
   if (!context_) return {};
   return GetResultSQL(context_->SQLBuilderExpression());

@@ -102,6 +102,11 @@ class TmvQueryBuilderControlOwner : public TmvObject {
   TastNode* GetResultASTInternal();
   // A clone of the cache that the caller owns, or null.
   TmvOwned<TastNode> GetResultAST();
+  // A tree that the caller owns: a clone of the cache when there is one,
+  // else one made afresh and not kept. An enclosing tree takes its nested
+  // sub-queries this way: keeping each level's tree would keep a copy of
+  // everything below it at every level of nesting.
+  TmvOwned<TastNode> MakeResultAST();
   // The cache printed by the context's expression builder, or by `builder`.
   WideString GetResultSQL();
   WideString GetResultSQL(TSQLBuilder& builder);

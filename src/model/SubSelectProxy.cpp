@@ -83,7 +83,7 @@ void TmvSubSelectStatementProxy::SubQueryDestroying(TmvObject*) { subQuery_ = nu
 
 TmvOwned<TSQLSubSelectStatement> TmvSubSelectStatementProxy::GenerateASTTree(TmvBaseSQLContext* context) {
   if (!subQuery_) return nullptr;
-  TmvOwned<TastNode> tree = subQuery_->GetResultAST();
+  TmvOwned<TastNode> tree = subQuery_->MakeResultAST();
   auto* statement = TmvCast<TSQLSubSelectStatement>(tree.get());
   if (!statement) return nullptr;
   if (context && context != statement->SQLContext()) return statement->CloneAs<TSQLSubSelectStatement>(context);

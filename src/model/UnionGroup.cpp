@@ -312,7 +312,7 @@ TmvOwned<TastNode> TmvUnionGroup::CreateResultAST() {
   auto group = QueryAST()->CloneAs<TSQLSubQueryExpressions>(SQLContext());
   if (!group) return nullptr;
   for (TmvQueryBase* item : items_) {
-    TmvOwned<TastNode> member = item->GetResultAST();
+    TmvOwned<TastNode> member = item->MakeResultAST();
     if (auto* expression = TmvCast<TSQLSubQueryExpression>(member.get())) {
       member.release();
       group->Add(TmvOwned<TSQLSubQueryExpression>(expression));
