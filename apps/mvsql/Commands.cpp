@@ -42,7 +42,7 @@ const std::vector<Command>& AllCommands() {
                   "  --metadata FILE.xml   the builder's metadata from a metadata XML file\n"
                   "  --sqlite FILE         the builder's metadata from the catalog of a SQLite database\n") +
       "The statement becomes the query builder's model and its statistics are printed. Without\n"
-      "metadata names stay unknown (\"known\": false, no types). A syntax error, or a statement\n"
+      "metadata names stay unknown (\"known\": false, no column types). A syntax error, or a statement\n"
       "that is no SELECT, prints the parser's message and exits with 1.\n";
   static const std::string editUsage =
       std::string("mvsql edit --script FILE [--dialect NAME] [--metadata FILE.xml|--sqlite FILE] [--one-line]\n"
