@@ -130,8 +130,10 @@ void TmvQueryBuilder::SetSql(const WideString& text) {
   SetSleepMode(false);
   if (!statement) return;
   // Equal text keeps the model, its positions and active pages.
+  // The result tree, when there is one, is what SQL printed last.
   TSQLBuilder& server = SQLContext()->SQLBuilderExpressionForServer();
-  if (Query()->GetResultSQL(server) == statement->SimpleSQL(server)) return;
+  const WideString current = resultQueryAST_ ? resultQueryAST_->SimpleSQL(server) : Query()->GetResultSQL(server);
+  if (current == statement->SimpleSQL(server)) return;
   BeginUpdate();
   SetSettingSql(true);
   try {
@@ -204,7 +206,8 @@ TSQLSelectStatement* TmvQueryBuilder::GetResultQueryAST() {
 
 void TmvQueryBuilder::GenerateResultQueryAST() {
   resultQueryAST_.reset();
-  TmvOwned<TastNode> tree = Query()->GetResultAST();
+  // Made afresh, not kept in the model as well: the builder keeps it.
+  TmvOwned<TastNode> tree = Query()->MakeResultAST();
   auto* statement = TmvCast<TSQLSelectStatement>(tree.get());
   if (!statement) {
     parameters_.ReloadParametersListFromAST(nullptr);
