@@ -3,6 +3,7 @@
 #include "Command.h"
 #include "DialectNames.h"
 #include "frontend/SQLContext.h"
+#include "frontend/SQLError.h"
 #include "sqlgen/SQLBuilderPiped.h"
 #include "support/MainThread.h"
 #include "tree/SelectStatement.h"
@@ -35,6 +36,16 @@ BuilderSession::~BuilderSession() {
   builder_->SetSyntaxProvider(nullptr);
   builder_.reset();
   mv::MainThreadDispatcher().ProcessPending();
+}
+
+bool BuilderSession::LoadSql(const mv::WideString& text, std::ostream& err) {
+  try {
+    builder_->SetSql(text);
+    return true;
+  } catch (const mv::EmvSQLError& e) {
+    err << mv::UTF8Encode(e.Message()) << "\n";
+    return false;
+  }
 }
 
 std::string BuilderSession::Print(bool oneLine) {

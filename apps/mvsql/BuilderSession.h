@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include "Arguments.h"
@@ -22,6 +23,9 @@ class BuilderSession {
   BuilderSession& operator=(const BuilderSession&) = delete;
 
   mv::TmvQueryBuilder& Builder() { return *builder_; }
+
+  // Sets the builder's SQL; a syntax error goes to `err` and gives false.
+  bool LoadSql(const mv::WideString& text, std::ostream& err);
 
   // The query in UTF-8, ended by CR LF: laid out by the formatting builder
   // from the result tree, or on one line as GetSql gives it. An empty query

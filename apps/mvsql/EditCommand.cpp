@@ -16,7 +16,6 @@
 #include "BuilderSession.h"
 #include "Command.h"
 #include "EditScript.h"
-#include "frontend/SQLError.h"
 #include "support/TextFile.h"
 
 namespace mvsql {
@@ -29,12 +28,7 @@ int RunEdit(const std::vector<std::string>& args, std::ostream& out, std::ostrea
   const mv::WideString sql = fromTerminal ? mv::WideString() : mv::ReadTextFile(arguments.InputPath());
 
   BuilderSession session(arguments);
-  try {
-    session.Builder().SetSql(sql);
-  } catch (const mv::EmvSQLError& e) {
-    err << mv::UTF8Encode(e.Message()) << "\n";
-    return kExitFailure;
-  }
+  if (!session.LoadSql(sql, err)) return kExitFailure;
   const bool oneLine = arguments.Has("one-line");
   try {
     RunEditScript(session.Builder(), script, [&] { out << session.Print(oneLine) << std::flush; });

@@ -15,7 +15,6 @@
 #include "BuilderSession.h"
 #include "Command.h"
 #include "frontend/SQLContext.h"
-#include "frontend/SQLError.h"
 #include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
 #include "model/QueryStatistics.h"
@@ -222,12 +221,7 @@ int RunStats(const std::vector<std::string>& args, std::ostream& out, std::ostre
   if (format != "json" && format != "xml") throw UsageError{"--format takes json or xml, not '" + format + "'"};
   const mv::WideString text = mv::ReadTextFile(arguments.InputPath());
   BuilderSession session(arguments);
-  try {
-    session.Builder().SetSql(text);
-  } catch (const mv::EmvSQLError& e) {
-    err << mv::UTF8Encode(e.Message()) << "\n";
-    return kExitFailure;
-  }
+  if (!session.LoadSql(text, err)) return kExitFailure;
   if (format == "xml")
     out << mv::UTF8Encode(session.Builder().GetQueryStatistics()->GetQueryStructureXML());
   else

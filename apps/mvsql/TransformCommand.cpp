@@ -17,7 +17,6 @@
 #include "Arguments.h"
 #include "BuilderSession.h"
 #include "Command.h"
-#include "frontend/SQLError.h"
 #include "sqlgen/SQLBuilderPiped.h"
 #include "support/Exceptions.h"
 #include "support/TextFile.h"
@@ -167,12 +166,7 @@ int RunTransform(const std::vector<std::string>& args, std::ostream& out, std::o
   const std::string limit = arguments.Has("limit") ? Number(arguments, "limit") : std::string();
   const mv::WideString text = mv::ReadTextFile(arguments.InputPath());
   BuilderSession session(arguments);
-  try {
-    session.Builder().SetSql(text);
-  } catch (const mv::EmvSQLError& e) {
-    err << mv::UTF8Encode(e.Message()) << "\n";
-    return kExitFailure;
-  }
+  if (!session.LoadSql(text, err)) return kExitFailure;
   mv::TmvOwned<mv::TmvQueryTransformer> transformer = mv::TmvCreate<mv::TmvQueryTransformer>();
   transformer->SetQueryBuilder(&session.Builder());
   try {
