@@ -73,6 +73,13 @@ Rows Where(const Rows& rows, const std::function<bool(const Row&)>& keep) {
   return result;
 }
 
+// Rows in descending order of a numeric column, ties in their order.
+Rows ByNumberDescending(Rows rows, size_t column) {
+  std::stable_sort(rows.begin(), rows.end(),
+                   [column](const Row& a, const Row& b) { return Num(a, column) > Num(b, column); });
+  return rows;
+}
+
 // Real numbers rounded alike on both sides.
 Rows Normalized(Rows rows) {
   for (Row& row : rows)
@@ -107,9 +114,7 @@ std::vector<RowsCase> ChinookCases() {
          x.Where(col(x, u"Milliseconds")->Greater(u"1000000")).OrderBy(col(x, u"Milliseconds"), false);
        },
        [](const Rows& rows) {
-         Rows result = Where(rows, [](const Row& r) { return Num(r, 1) > 1000000; });
-         std::stable_sort(result.begin(), result.end(), [](const Row& a, const Row& b) { return Num(a, 1) > Num(b, 1); });
-         return result;
+         return ByNumberDescending(Where(rows, [](const Row& r) { return Num(r, 1) > 1000000; }), 1);
        },
        1},
       {"two conditions are alternatives", "SELECT Invoice.InvoiceId, Invoice.BillingCountry, Invoice.Total FROM Invoice",
@@ -181,9 +186,7 @@ std::vector<RowsCase> ChinookCases() {
          x.Where(col(x, u"Spent")->Greater(u"100")).OrderBy(col(x, u"Spent"), false);
        },
        [](const Rows& rows) {
-         Rows result = Where(rows, [](const Row& r) { return Num(r, 2) > 100; });
-         std::stable_sort(result.begin(), result.end(), [](const Row& a, const Row& b) { return Num(a, 2) > Num(b, 2); });
-         return result;
+         return ByNumberDescending(Where(rows, [](const Row& r) { return Num(r, 2) > 100; }), 2);
        },
        2},
   };
