@@ -262,12 +262,12 @@ class SummaryReporter : public benchmark::ConsoleReporter {
     std::printf("%-24s %15s %15s %9s\n", "input", "parse+print", "roundtrip", "ratio");
     for (const char* way : {"clear", "fresh"})
       Ratio(std::string("set, ") + way, "set/parse+print", std::string("set/roundtrip/") + way);
-    std::printf("\nstatistics of the fixed-up trees against the parse alone (CPU time per pass)\n");
-    Ratio("set, statistics", "set/parse", "set/statistics");
     for (const ShapeSizes& shape : Shapes())
       for (int size : shape.sizes)
         Ratio(ShapeName(shape.kind, "-", size), ShapeName(shape.kind, "/parse+print/", size),
               ShapeName(shape.kind, "/roundtrip/", size));
+    std::printf("\nstatistics of the fixed-up trees against the parse alone (CPU time per pass)\n");
+    Ratio("set, statistics", "set/parse", "set/statistics");
     std::printf("\ncost of one term, item or level (ns), and against the smallest size of its kind\n");
     std::printf("%-24s %12s %8s %12s %8s\n", "shape", "parse+print", "growth", "roundtrip", "growth");
     for (const ShapeSizes& shape : Shapes()) {
