@@ -93,7 +93,10 @@ std::vector<TmvXMLProperty> XMLPropertiesOf(const TmvPropertyTable& table, TmvPe
   std::vector<TmvXMLProperty> entries;
   for (const TmvPropertyLeaf& leaf : table.Leaves()) {
     if (leaf.XMLPath.empty()) continue;
-    auto [holder, entry] = ResolveLeaf(table, object, leaf.Path);
+    // Named copies, not a structured binding: older compilers cannot capture those.
+    const auto resolved = ResolveLeaf(table, object, leaf.Path);
+    auto* holder = resolved.first;
+    auto* entry = resolved.second;
     entries.push_back({leaf.XMLPath, [holder, entry] { return XMLPropertyText(*entry, *holder); },
                        [holder, entry](WideStringView text) {
                          TmvPropertyTable::SetEntryText(*entry, *holder, text);
