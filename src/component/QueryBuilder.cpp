@@ -130,10 +130,11 @@ void TmvQueryBuilder::SetSql(const WideString& text) {
   SetSleepMode(false);
   if (!statement) return;
   // Equal text keeps the model, its positions and active pages.
-  // The result tree, when there is one, is what SQL printed last.
+  // Compared as SQL gives the text: a query with nothing to select (say
+  // "SELECT DISTINCT") reads "", and setting "" back changes nothing.
   TSQLBuilder& server = SQLContext()->SQLBuilderExpressionForServer();
-  const WideString current = resultQueryAST_ ? resultQueryAST_->SimpleSQL(server) : Query()->GetResultSQL(server);
-  if (current == statement->SimpleSQL(server)) return;
+  const WideString next = IsQueryTreeEmpty(statement.get()) ? WideString() : statement->SimpleSQL(server);
+  if (GetSql() == next) return;
   BeginUpdate();
   SetSettingSql(true);
   try {
