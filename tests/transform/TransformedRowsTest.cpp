@@ -226,39 +226,38 @@ void RunCases(mv::TmvQueryBuilder& builder, const std::function<Rows(const mv::W
   }
 }
 
+// A query builder over the catalog of the Chinook SQLite file, offline.
+struct ChinookBuilder {
+  explicit ChinookBuilder(const std::string& path)
+      : connection(mv::UTF8Decode(path), mv::somReadOnly), provider(mvtest::NewReferenceProvider()) {
+    metadata.SetConnection(&connection);
+    builder->SetSyntaxProvider(provider.get());
+    builder->SQLContext()->SetMetadataProvider(&metadata);
+    mv::LoadSQLiteCatalog(builder->SQLContext(), builder->MetadataContainer());
+    builder->SetWorkOffline(true);
+  }
+  mv::TmvSQLiteConnection connection;
+  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider;
+  mv::TmvConnectionMetadataProvider metadata;
+  mv::TmvOwned<mv::TmvQueryBuilder> builder = mv::TmvCreate<mv::TmvQueryBuilder>();
+};
+
 TEST_F(TransformedRowsTest, ChinookOnSQLite) {
   MV_REQUIRE_CORPUS();
   const std::string path = mvtest::CorpusDir() + "/chinook/Chinook_Sqlite.sqlite";
   if (!std::ifstream(path)) GTEST_SKIP() << "no " << path;
-  mv::TmvSQLiteConnection connection(mv::UTF8Decode(path), mv::somReadOnly);
-  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = mvtest::NewReferenceProvider();
-  mv::TmvOwned<mv::TmvQueryBuilder> builder = mv::TmvCreate<mv::TmvQueryBuilder>();
-  builder->SetSyntaxProvider(provider.get());
-  mv::TmvConnectionMetadataProvider metadata;
-  metadata.SetConnection(&connection);
-  builder->SQLContext()->SetMetadataProvider(&metadata);
-  mv::LoadSQLiteCatalog(builder->SQLContext(), builder->MetadataContainer());
-  builder->SetWorkOffline(true);
-
-  RunCases(*builder, [&](const mv::WideString& sql) { return RunQuery(connection, sql); });
+  ChinookBuilder chinook(path);
+  RunCases(*chinook.builder, [&](const mv::WideString& sql) { return RunQuery(chinook.connection, sql); });
 }
 
 // The same cases on PostgreSQL, with every name quoted as the copy of
 // Chinook spells it ("Track"."Name").
 TEST_F(TransformedRowsTest, ChinookOnPostgres) {
   MV_REQUIRE_POSTGRES_CHINOOK();
-  mv::TmvSQLiteConnection connection(mv::UTF8Decode(mvtest::ChinookSqlitePath()), mv::somReadOnly);
-  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = mvtest::NewReferenceProvider();
-  mv::TmvOwned<mv::TmvQueryBuilder> builder = mv::TmvCreate<mv::TmvQueryBuilder>();
-  builder->SetSyntaxProvider(provider.get());
-  mv::TmvConnectionMetadataProvider metadata;
-  metadata.SetConnection(&connection);
-  builder->SQLContext()->SetMetadataProvider(&metadata);
-  mv::LoadSQLiteCatalog(builder->SQLContext(), builder->MetadataContainer());
-  builder->SetWorkOffline(true);
-  builder->SetQuoteAllIdentifiers(true);
+  ChinookBuilder chinook(mvtest::ChinookSqlitePath());
+  chinook.builder->SetQuoteAllIdentifiers(true);
   mvtest::PostgresServer& server = mvtest::ChinookOnPostgres();
-  RunCases(*builder, [&](const mv::WideString& sql) {
+  RunCases(*chinook.builder, [&](const mv::WideString& sql) {
     Rows rows;
     for (const mvtest::SqlRow& row : server.Query(sql)) {
       Row values;
