@@ -20,6 +20,7 @@
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
+#include "QueryRows.h"
 #include "metadata/dataset/SQLiteConnection.h"
 
 namespace mvtest {
@@ -76,29 +77,10 @@ std::vector<TLogicRecord> ReadLogicFile(const std::string& path) {
   return records;
 }
 
-// A value as text: NULL, integers as they are, reals with all their digits.
-std::string ValueText(const mv::TmvField& field) {
-  if (field.IsNull()) return "NULL";
-  const mv::TmvVariant value = field.AsVariant();
-  if (value.VarType() == mv::TmvVarType::vtFloat) {
-    char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "%.15g", value.AsFloat());
-    return buffer;
-  }
-  return field.AsString();
-}
-
-// Runs a query and gives its rows, sorted as the mode asks.
+// Runs a query and gives its rows (reals with all their digits), sorted as
+// the mode asks.
 Rows RunQuery(mv::TmvConnection& connection, const std::string& sql, const std::string& sortMode) {
-  std::unique_ptr<mv::TmvDataSet> query = connection.CreateQuery();
-  query->SetParamCheck(false);
-  query->SetCommandText(mv::UTF8Decode(sql));
-  Rows rows;
-  for (query->Open(); !query->Eof(); query->Next()) {
-    std::vector<std::string> row;
-    for (int i = 0; i < query->FieldCount(); ++i) row.push_back(ValueText(query->Fields()[i]));
-    rows.push_back(std::move(row));
-  }
+  Rows rows = mvtest::QueryRows(connection, mv::UTF8Decode(sql), "%.15g");
   if (sortMode == "rowsort") {
     std::sort(rows.begin(), rows.end());
   } else if (sortMode == "valuesort") {

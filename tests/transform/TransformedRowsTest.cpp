@@ -23,6 +23,7 @@
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataProvider.h"
+#include "QueryRows.h"
 #include "metadata/dataset/SQLiteCatalog.h"
 #include "metadata/dataset/SQLiteConnection.h"
 #include "support/MainThread.h"
@@ -35,28 +36,8 @@ using Row = std::vector<std::string>;
 using Rows = std::vector<Row>;
 using mv::TmvQueryTransformer;
 
-std::string ValueText(const mv::TmvField& field) {
-  if (field.IsNull()) return "NULL";
-  const mv::TmvVariant value = field.AsVariant();
-  if (value.VarType() == mv::TmvVarType::vtFloat) {
-    char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "%.6f", value.AsFloat());
-    return buffer;
-  }
-  return field.AsString();
-}
-
 Rows RunQuery(mv::TmvConnection& connection, const mv::WideString& sql) {
-  std::unique_ptr<mv::TmvDataSet> query = connection.CreateQuery();
-  query->SetParamCheck(false);
-  query->SetCommandText(sql);
-  Rows rows;
-  for (query->Open(); !query->Eof(); query->Next()) {
-    Row row;
-    for (int i = 0; i < query->FieldCount(); ++i) row.push_back(ValueText(query->Fields()[i]));
-    rows.push_back(std::move(row));
-  }
-  return rows;
+  return mvtest::QueryRows(connection, sql, "%.6f");
 }
 
 double Num(const Row& row, size_t column) { return std::stod(row.at(column)); }
