@@ -3,6 +3,7 @@
 #include "dialects/EngineInit.h"
 
 #include "dialects/mssql/MSSQLSyntaxProvider.h"
+#include "dialects/pgsql/PGSQLSyntaxProvider.h"
 #include "dialects/sql2003/SQL2003SyntaxProvider.h"
 #include "dialects/sql89/SQL89SyntaxProvider.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
@@ -26,6 +27,7 @@ constexpr void (*kDialects[])() = {
     &TmvSQL2003SyntaxProvider::RegisterDialect,
     // SQL Server and SQL Server Compact.
     &TmvMSSQLSyntaxProvider::RegisterDialect,
+    &TmvPGSQLSyntaxProvider::RegisterDialect,
     &TmvUniversalSyntaxProvider::RegisterDialect,
     // Not in that table: it stands for whichever of the others it detects.
     &TmvAutoSyntaxProvider::RegisterDialect,

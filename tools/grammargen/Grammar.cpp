@@ -360,6 +360,13 @@ class Reader {
           list.TryChar(',');
         }
       }
+    } else if (name == "notNext2Starts") {
+      // @notNext2Starts(rule): the token after the next cannot start it.
+      needArgs(true);
+      g.type = Guard::Type::NotNext2Starts;
+      Cursor list(g.where.file, args);
+      g.code = list.ReadWord();
+      if (!list.AtEnd()) Fail(g.where, "@notNext2Starts takes the name of one rule");
     } else if (name == "version") {
       needArgs(true);
       std::string op, number;
@@ -478,10 +485,11 @@ class Analyzer {
   // @starts takes the first set of its rule, which is known only now.
   void ResolveStartGuards(Node& n) {
     auto resolve = [&](Guard& g) {
-      if (g.type != Guard::Type::Starts) return;
+      if (g.type != Guard::Type::Starts && g.type != Guard::Type::NotNext2Starts) return;
+      const std::string guard = g.type == Guard::Type::Starts ? "@starts" : "@notNext2Starts";
       const Rule* rule = g_.FindRule(g.code);
-      if (!rule) Fail(g.where, "@starts names no rule '" + g.code + "'");
-      if (rule->nullable) Fail(g.where, "@starts needs a rule that cannot match nothing: '" + g.code + "' can");
+      if (!rule) Fail(g.where, guard + " names no rule '" + g.code + "'");
+      if (rule->nullable) Fail(g.where, guard + " needs a rule that cannot match nothing: '" + g.code + "' can");
       g.startKinds.clear();
       for (int kind : rule->first)
         if (std::find(g.kinds.begin(), g.kinds.end(), kind) == g.kinds.end()) g.startKinds.push_back(kind);

@@ -31,6 +31,7 @@ struct Guard {
     NotNextText,  // CheckLANotIn with a list member of the parser
     Check,        // a dialect's own test: a member function (list) -> bool
     Starts,       // CheckLATokenAfter: the next token, after any of `tokens`, starts the rule `code`
+    NotNext2Starts,  // CheckLA2NotToken: the token after the next cannot start the rule `code`
     State,        // a test of the parser's fields; no token is looked at
   };
   Type type = Type::State;

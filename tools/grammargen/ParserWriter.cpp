@@ -374,6 +374,9 @@ class Writer {
           calls.push_back("CheckLATokenAfter(" + list + ", " + KindsConstant(name + "Skip", {g.kinds.begin(), g.kinds.end()}) +
                           ", " + KindsConstant(name, {g.startKinds.begin(), g.startKinds.end()}) + ")");
           break;
+        case Guard::Type::NotNext2Starts:
+          calls.push_back("CheckLA2NotToken(" + list + ", " + KindsConstant(name, {g.startKinds.begin(), g.startKinds.end()}) + ")");
+          break;
         case Guard::Type::State: break;
       }
     }
