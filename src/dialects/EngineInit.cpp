@@ -7,6 +7,7 @@
 #include "dialects/sql2003/SQL2003SyntaxProvider.h"
 #include "dialects/sql89/SQL89SyntaxProvider.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
+#include "dialects/sqlite/SQLiteSyntaxProvider.h"
 #include "dialects/universal/AutoSyntaxProvider.h"
 #include "dialects/universal/UniversalSyntaxProvider.h"
 #include "frontend/SQLError.h"
@@ -28,6 +29,7 @@ constexpr void (*kDialects[])() = {
     // SQL Server and SQL Server Compact.
     &TmvMSSQLSyntaxProvider::RegisterDialect,
     &TmvPGSQLSyntaxProvider::RegisterDialect,
+    &TmvSQLiteSyntaxProvider::RegisterDialect,
     &TmvUniversalSyntaxProvider::RegisterDialect,
     // Not in that table: it stands for whichever of the others it detects.
     &TmvAutoSyntaxProvider::RegisterDialect,

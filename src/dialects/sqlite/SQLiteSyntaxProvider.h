@@ -1,0 +1,40 @@
+// The provider of SQLite. It has no server version; its capability answers,
+// texts and aggregate lists are its row of the capability matrix. A row
+// limit is a LIMIT clause of the statement (SQLiteNodes.h).
+#pragma once
+
+#include "dialects/matrix/MatrixSyntaxProvider.h"
+
+namespace mv {
+
+class TmvSQLiteSyntaxProvider : public TmvMatrixSyntaxProvider {
+  MV_DECLARE_SYNTAX_PROVIDER()
+ public:
+  TmvSQLiteSyntaxProvider();
+
+  // Registers the provider class, its node classes and its keyword resource
+  // with the engine; InitializeEngine calls it.
+  static void RegisterDialect();
+
+  const TmvScannerClass& GetScannerClass() const override;
+  const TmvParserClass& GetParserClass() const override;
+  std::vector<int32_t> GetStringTokenIds() const override;
+
+  void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
+  bool IsFixedSizeType(WideStringView) const override { return false; }
+
+  // True for any statement; the count and, with an offset, the offset of
+  // the statement's limit, in decimal.
+  bool GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset, WideString& count) const override;
+  // A count alone gives LIMIT count, a count and an offset LIMIT count
+  // OFFSET offset; an offset without a count is not applied. Texts that are
+  // no integers raise EConvertError.
+  TmvOwned<TSQLSubSelectStatement> TransformQueryLimits(const TSQLSubSelectStatement* statement,
+                                                        WideStringView offset, WideStringView count) const override;
+
+};
+
+// The keyword list of SQLite, separated by blanks.
+extern const char* const kSQLiteKeywords;
+
+}  // namespace mv
