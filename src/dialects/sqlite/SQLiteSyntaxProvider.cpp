@@ -2,7 +2,9 @@
 
 #include "SQLitePars.h"
 #include "SQLiteScan.h"
+#include "dialects/sqlite/SQLiteMetadataHelpers.h"
 #include "dialects/sqlite/SQLiteNodes.h"
+#include "metadata/MetadataProvider.h"
 #include "frontend/KeywordResources.h"
 #include "frontend/SyntaxProvidersList.h"
 #include "tree/NodeRegistry.h"
@@ -88,6 +90,45 @@ TmvOwned<TSQLSubSelectStatement> TmvSQLiteSyntaxProvider::TransformQueryLimits(c
   }
   result->PrepareAndFixupRecursive();
   return result;
+}
+
+// --- The catalog ---
+
+TmvSyntaxSupportConectedServer TmvSQLiteSyntaxProvider::IsSupportConnectedServer(
+    TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) const {
+  const TmvSyntaxSupportConectedServer answer =
+      IsConnectedServerIsSQLite(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+  return answer == scsDontKnow ? TmvMatrixSyntaxProvider::IsSupportConnectedServer(metadataProvider, owner) : answer;
+}
+
+TmvOwned<TSQLQualifiedName> TmvSQLiteSyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
+                                                                            TmvConnection* connection) {
+  if (auto name = GetDefaultDatabaseNameSQLite(context, connection)) return name;
+  return TmvMatrixSyntaxProvider::GetDefaultDatabaseName(context, connection);
+}
+
+void TmvSQLiteSyntaxProvider::GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                               std::vector<WideString>& list) {
+  if (!GetDatabasesListSQLite(context, connection, list))
+    TmvMatrixSyntaxProvider::GetDatabasesList(context, connection, list);
+}
+
+void TmvSQLiteSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                  TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                  const TSQLQualifiedName* database) {
+  if (!LoadMetadataObjectsSQLite(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvSQLiteSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                            TmvMetadataObject* object) {
+  LoadFieldsSQLite(context, connection, object);
+}
+
+void TmvSQLiteSyntaxProvider::LoadMetadataForTable(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                   TmvMetadataTable* table) {
+  TmvMatrixSyntaxProvider::LoadMetadataForTable(context, connection, table);
+  LoadRelationsOfTableSQLite(context, connection, table);
 }
 
 }  // namespace mv

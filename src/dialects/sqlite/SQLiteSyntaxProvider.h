@@ -1,6 +1,7 @@
 // The provider of SQLite. It has no server version; its capability answers,
 // texts and aggregate lists are its row of the capability matrix. A row
-// limit is a LIMIT clause of the statement (SQLiteNodes.h).
+// limit is a LIMIT clause of the statement (SQLiteNodes.h), and the catalog
+// is read through sqlite_master and the pragmas (SQLiteMetadataHelpers.h).
 #pragma once
 
 #include "dialects/matrix/MatrixSyntaxProvider.h"
@@ -32,6 +33,18 @@ class TmvSQLiteSyntaxProvider : public TmvMatrixSyntaxProvider {
   TmvOwned<TSQLSubSelectStatement> TransformQueryLimits(const TSQLSubSelectStatement* statement,
                                                         WideStringView offset, WideStringView count) const override;
 
+  // --- The catalog (SQLiteMetadataHelpers.h); where it gives no answer, the
+  // metadata provider's. ---
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
+  void GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list) override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
+  // The base, then the table's foreign keys, read table by table.
+  void LoadMetadataForTable(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataTable* table) override;
 };
 
 // The keyword list of SQLite, separated by blanks.
