@@ -74,6 +74,8 @@ TEST_F(SQLiteDialectTest, ReadsAndPrints) {
   };
   const Case cases[] = {
       {"select \"a\", t.\"a\", [b c], `d`, t.rowid, _rowid_ from t", "Select \"a\", t.a, \"b c\", d, t.rowid, _rowid_ From t"},
+      // A name that starts with a quote of the dialect prints in quotes.
+      {"select [`a], `[b`, [a`] from t", "Select \"`a\", \"[b\", \"a`\" From t"},
       // A tilde or a dollar sign starts a name: ~a and $x are columns.
       {"select ~ a, ~a, $x, $ x from t", "Select ~ a, ~a, $x, $x From t"},
       {"select a from t where a == 1 < 2", "Select a From t Where a == 1 < 2"},

@@ -52,6 +52,10 @@ void TmvSQLiteSyntaxProvider::GetBuiltinFunctionNames(TSQLQualifiedNamesList& li
     list.AddBuiltin(name);
 }
 
+bool TmvSQLiteSyntaxProvider::IsValidIdent(WideStringView text) const {
+  return text.empty() || (text.front() != u'[' && text.front() != u'`');
+}
+
 // --- Limits ---
 
 bool TmvSQLiteSyntaxProvider::GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset,

@@ -23,6 +23,9 @@ class TmvSQLiteSyntaxProvider : public TmvMatrixSyntaxProvider {
 
   void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
   bool IsFixedSizeType(WideStringView) const override { return false; }
+  // A name that starts with a bracket or a back quote would read back as a
+  // quoted name (the scanner takes an unclosed one too), so it is quoted.
+  bool IsValidIdent(WideStringView text) const override;
 
   // True for any statement; the count and, with an offset, the offset of
   // the statement's limit, in decimal.
