@@ -69,8 +69,13 @@ void TSQLExpressionParameterlessFunction::BuildSQLDirect(TSQLBuilder& builder, c
 
 void TSQLExpressionFunction::BuildFunctionName(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   if (!Name) return;
+  // A name written in quotes is the user's own function, even where a
+  // built-in one has the same letters ("substring"(a, 1) is not SubString).
+  bool quoted = false;
+  for (int i = 0; i < Name->GetCount(); ++i)
+    if (auto* id = TmvCast<TastTokenIdentifier>(Name->GetItems(i))) quoted = quoted || id->Quoted;
   TmvBaseSQLContext* context = SQLContext();
-  if (context && context->IsNameOfBuiltinFunction(Name.get()))
+  if (context && !quoted && context->IsNameOfBuiltinFunction(Name.get()))
     BuildBuiltinName(*Name, builder);
   else
     Name->BuildSQL(builder, format);

@@ -115,6 +115,7 @@ TEST_F(PGSQLDialectTest, ReadsAndPrintsBack) {
       {"select row(1, 2), (3, 4), position('a' in b), char_length(c) from t",
        "Select Row(1, 2), (3, 4), Position('a' In b), char_length(c) From t"},
       {"select a from t limit 5, 10", "error: Invalid SELECT statement.\r\n Unexpected token \",\" at line 1, pos 24"},
+      {"select a from t limit 4294967296", "error: Invalid SELECT statement.\r\n Unexpected token \"4294967296\" at line 1, pos 23"},
       {"select a from t offset 5 limit 10",
        "error: Invalid SELECT statement.\r\n Unexpected token \"limit\" at line 1, pos 26"},
   };
