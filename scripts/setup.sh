@@ -6,8 +6,9 @@ set -euo pipefail
 packages=(
   # toolchain (python3 runs the include check of the layering)
   g++ cmake ninja-build pkg-config ccache python3
-  # tests and benchmarks
-  libgtest-dev libgmock-dev libbenchmark-dev
+  # tests and benchmarks (libpg_query: PostgreSQL's own parser, which judges
+  # what the PostgreSQL dialect prints)
+  libgtest-dev libgmock-dev libbenchmark-dev libpg-query-dev
   # engine dependencies
   libicu-dev libpugixml-dev
   # database client libraries behind the dataset layer
