@@ -2,10 +2,12 @@
 
 #include "PGSQLPars.h"
 #include "PGSQLScan.h"
+#include "dialects/pgsql/PGSQLCatalog.h"
 #include "dialects/pgsql/PGSQLNodes.h"
 #include "frontend/KeywordResources.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataProvider.h"
 #include "support/Exceptions.h"
 #include "support/TextHelpers.h"
 #include "tree/NodeRegistry.h"
@@ -229,5 +231,61 @@ TmvOwned<TSQLSubSelectStatement> TmvPGSQLSyntaxProvider::TransformQueryLimits(co
   result->PrepareAndFixupRecursive();
   return result;
 }
+
+// --- The server's catalog ---
+
+TmvSyntaxSupportConectedServer TmvPGSQLSyntaxProvider::IsSupportConnectedServer(
+    TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) const {
+  const TmvSyntaxSupportConectedServer answer =
+      IsConnectedServerIsPostgreSQL(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+  return answer == scsDontKnow ? TmvMatrixSyntaxProvider::IsSupportConnectedServer(metadataProvider, owner) : answer;
+}
+
+TmvOwned<TSQLQualifiedName> TmvPGSQLSyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
+                                                                           TmvConnection* connection) {
+  if (auto name = GetDefaultDatabaseNamePostgreSQL(context, connection)) return name;
+  return TmvMatrixSyntaxProvider::GetDefaultDatabaseName(context, connection);
+}
+
+void TmvPGSQLSyntaxProvider::GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                   TSQLIdentifiersCollection& names) {
+  if (!GetDefaultSchemaNamesPostgreSQL(context, connection, names))
+    TmvMatrixSyntaxProvider::GetDefaultSchemaNames(context, connection, names);
+}
+
+void TmvPGSQLSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                            std::vector<WideString>& list, const TSQLQualifiedName* database) {
+  if (!GetSchemasListPostgreSQL(context, connection, database, list))
+    TmvMatrixSyntaxProvider::GetSchemasList(context, connection, list, database);
+}
+
+void TmvPGSQLSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                 TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                 const TSQLQualifiedName* database) {
+  if (!LoadMetadataObjectsPostgreSQL(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvPGSQLSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                   TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                   const TSQLQualifiedName* database) {
+  if (!LoadMetadataRelationsPostgreSQL(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
+
+void TmvPGSQLSyntaxProvider::LoadMetadataCustomAggregateNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                              TmvMetadataContainer* container,
+                                                              const TSQLQualifiedName* database) {
+  if (!LoadMetadataCustomAggregateNamesPostgreSQL(context, connection, container))
+    TmvMatrixSyntaxProvider::LoadMetadataCustomAggregateNames(context, connection, container, database);
+}
+
+void TmvPGSQLSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                           TmvMetadataObject* object) {
+  if (!LoadFieldsForObjectPostgreSQL(context, connection, object))
+    TmvMatrixSyntaxProvider::LoadFieldsForObjectFromServer(context, connection, object);
+}
+
+// --- end of the server's catalog ---
 
 }  // namespace mv

@@ -46,6 +46,28 @@ class TmvPGSQLSyntaxProvider : public TmvMatrixSyntaxProvider {
   TmvOwned<TSQLSubSelectStatement> TransformQueryLimits(const TSQLSubSelectStatement* statement,
                                                         WideStringView offset, WideStringView count) const override;
 
+  // --- The server's catalog (PGSQLCatalog.h). The probe decides unless it
+  // cannot run SQL; each load falls back on the base where the catalog gives
+  // no answer. ---
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
+  void GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                             TSQLIdentifiersCollection& names) override;
+  void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
+                      const TSQLQualifiedName* database) override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  // The server's aggregates of one argument beside the dialect's.
+  void LoadMetadataCustomAggregateNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                                        TmvMetadataContainer* container, const TSQLQualifiedName* database) override;
+  // Types, sizes, nullability, defaults, primary key and comments from pg_attribute.
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
+  // --- end of the server's catalog ---
+
  private:
   std::vector<WideString> comparisonOperators_;
 };
