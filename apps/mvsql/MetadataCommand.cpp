@@ -10,6 +10,13 @@
 // kind, each with its fields and relations. Without either, --xml prints
 // the summary and --sqlite the XML, so that `--sqlite DB --summary` and
 // `--xml FILE` written from it can be compared.
+//
+// --postgresql CONNINFO (libpq's connection string) reads the objects of a
+// PostgreSQL server outside its catalog schemas like --sqlite, under the
+// PostgreSQL dialect (or --dialect); a server that is
+// down or refuses the login exits with 1 and names the server. With
+// --dialect auto the dialect is detected from the connection and the
+// summary names it.
 #include <memory>
 #include <ostream>
 #include <string>
@@ -18,6 +25,7 @@
 #include "Command.h"
 #include "DialectNames.h"
 #include "MetadataSource.h"
+#include "dialects/universal/AutoSyntaxProvider.h"
 #include "frontend/SQLContext.h"
 
 namespace mvsql {
@@ -71,6 +79,16 @@ void PrintSummary(const mv::TmvMetadataContainer& container, std::ostream& out) 
       << ", " << Plural(relations, "relation", "relations") << "\n";
 }
 
+// The short name of the dialect the automatic one found; "none" before a connection.
+std::string DetectedDialect(const mv::TmvAutoSyntaxProvider& automatic) {
+  const mv::TmvSyntaxProviderClass* found =
+      automatic.IsSyntaxProviderDetected() ? automatic.GetSyntaxProviderInternalClass() : nullptr;
+  if (!found) return "none";
+  for (const DialectShortName& name : DialectShortNames())
+    if (found->ClassName() == name.className) return name.shortName;
+  return std::string(found->ClassName());
+}
+
 // "-o FILE" is "--output FILE".
 std::vector<std::string> WithLongOptions(std::vector<std::string> args) {
   for (std::string& arg : args)
@@ -81,14 +99,18 @@ std::vector<std::string> WithLongOptions(std::vector<std::string> args) {
 }  // namespace
 
 int RunMetadata(const std::vector<std::string>& rawArgs, std::ostream& out, std::ostream& err) {
-  Arguments arguments(WithLongOptions(rawArgs), {"xml", "sqlite", "output", "dialect"}, {"summary"});
+  Arguments arguments(WithLongOptions(rawArgs), {"xml", "sqlite", "postgresql", "output", "dialect"}, {"summary"});
   if (!arguments.Positional().empty()) throw UsageError{"unexpected argument '" + arguments.Positional().front() + "'"};
   const bool fromXml = arguments.Has("xml");
-  if (fromXml == arguments.Has("sqlite")) throw UsageError{"give one of --xml FILE and --sqlite FILE"};
-  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider = CreateDialect(arguments.Value("dialect", "sql92"));
+  const bool fromPostgres = arguments.Has("postgresql");
+  if (int(fromXml) + int(arguments.Has("sqlite")) + int(fromPostgres) != 1)
+    throw UsageError{"give one of --xml FILE, --sqlite FILE and --postgresql CONNINFO"};
+  mv::TmvOwned<mv::TmvBaseSyntaxProvider> provider =
+      CreateDialect(arguments.Value("dialect", fromPostgres ? "postgresql" : "sql92"));
   const std::string output = arguments.Value("output");
   const bool summary = arguments.Has("summary") || (fromXml && output.empty());
 
+  auto* automatic = dynamic_cast<mv::TmvAutoSyntaxProvider*>(provider.get());
   mv::TmvBaseSQLContext context;
   context.SetSyntaxProvider(provider.get());
   int code = kExitSuccess;
@@ -98,9 +120,12 @@ int RunMetadata(const std::vector<std::string>& rawArgs, std::ostream& out, std:
     try {
       if (fromXml)
         metadata.LoadXml(arguments.Value("xml"));
+      else if (fromPostgres)
+        metadata.LoadPostgreSQL(arguments.Value("postgresql"));
       else
         metadata.LoadSQLite(arguments.Value("sqlite"));
       if (!output.empty()) container.SaveToXMLFile(mv::UTF8Decode(output));
+      if (summary && automatic) out << "detected dialect: " << DetectedDialect(*automatic) << "\n";
       if (summary)
         PrintSummary(container, out);
       else if (output.empty())

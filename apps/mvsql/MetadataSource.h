@@ -1,5 +1,6 @@
 // The metadata a command reads names against: a container filled from an
-// XML file or from the catalog of a SQLite database, attached to a context
+// XML file or from the catalog of a SQLite database or a PostgreSQL server,
+// attached to a context
 // for as long as the object lives (or a container the caller has, such as
 // a query builder's own). What was read is all there is: the
 // container works offline afterwards, so nothing asks a server again.
@@ -10,7 +11,7 @@
 
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataProvider.h"
-#include "metadata/dataset/SQLiteConnection.h"
+#include "metadata/dataset/Connection.h"
 
 namespace mvsql {
 
@@ -28,6 +29,11 @@ class MetadataSource {
   // Raise mv::Exception with the file and the reason.
   void LoadXml(const std::string& path);
   void LoadSQLite(const std::string& path);
+  // The objects of a PostgreSQL server outside its catalog schemas
+  // (pg_catalog, information_schema, pg_toast), their fields and foreign
+  // keys, and its aggregates of one argument; `connectionString` is libpq's.
+  // Under the automatic dialect the server's dialect is detected first.
+  void LoadPostgreSQL(const std::string& connectionString);
 
   mv::TmvMetadataContainer& Container() { return *container_; }
 
@@ -35,7 +41,7 @@ class MetadataSource {
   mv::TmvBaseSQLContext& context_;
   mv::TmvOwned<mv::TmvMetadataContainer> ownContainer_;  // null when the caller's is used
   mv::TmvMetadataContainer* container_;
-  std::unique_ptr<mv::TmvSQLiteConnection> connection_;
+  std::unique_ptr<mv::TmvConnection> connection_;
   mv::TmvConnectionMetadataProvider provider_;
 };
 
