@@ -108,12 +108,12 @@ void RebindOrder(TSQLOrderByClause* order, const TSQLSubQuerySelectExpression* i
   order->TraverseASTTreeDepthFirst([&columns](TastNodeBase* node) {
     if (auto* column = TmvCast<TSQLObjectColumn>(node)) columns.push_back(column);
   });
-  TmvBaseSQLContext* context = order->SQLContext();
   for (TSQLObjectColumn* column : columns) {
     const WideString name = OutputNameOf(inner, column);
     if (name.empty()) continue;
     column->Clear();
-    column->AddName(context->ParseIdentifierQuoteIfNeed(name));
+    // The output name as the server has it (quoted; it prints bare where it may).
+    column->AddName(name, true);
     column->SetMetadataField(nullptr);
     column->FromSource = outer;
   }

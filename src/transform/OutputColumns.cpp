@@ -53,8 +53,11 @@ bool TmvOutputColumn::HasUnions() const { return TransformerQueryHasUnions(query
 WideString TmvOutputColumn::QuoteIdentifierIfNeeded(const WideString& name) const {
   TmvBaseSQLContext* context = queryBuilder_ ? queryBuilder_->SQLContext() : nullptr;
   if (!context || !context->SyntaxProvider() || name.empty()) return name;
-  TmvOwned<TastTokenIdentifier> identifier = context->ParseIdentifierQuoteIfNeed(name);
-  return identifier ? identifier->SimpleSQL(context->SQLBuilderExpressionForServer()) : name;
+  // The name is the object's real name: written as a quoted identifier, it
+  // prints bare only where the dialect reads the bare name as that name (in
+  // PostgreSQL "Total" keeps its quotes, total does not need them).
+  TmvOwned<TastTokenIdentifier> identifier = TastCreate<TastTokenIdentifier>(context, name, true);
+  return identifier->SimpleSQL(context->SQLBuilderExpressionForServer());
 }
 
 WideString TmvOutputColumn::GetExpressionForFiltration() const {
@@ -62,18 +65,18 @@ WideString TmvOutputColumn::GetExpressionForFiltration() const {
     const WideString column = QuoteIdentifierIfNeeded(info_.ColumnNameInQuery);
     return HasUnions() ? column : info_.ObjectNameInQuery + u"." + column;
   }
-  if (HasUnions()) return info_.Alias.empty() ? info_.ColumnNameInQuery : info_.Alias;
+  if (HasUnions()) return info_.Alias.empty() ? info_.ColumnNameInQuery : QuoteIdentifierIfNeeded(info_.Alias);
   return u"(" + info_.Expression + u")";
 }
 
 WideString TmvOutputColumn::GetExpressionForSorting() const {
-  if (!info_.Alias.empty()) return info_.Alias;
+  if (!info_.Alias.empty()) return QuoteIdentifierIfNeeded(info_.Alias);
   if (HasUnions()) return info_.ObjectName.empty() ? info_.ColumnNameInQuery : QuoteIdentifierIfNeeded(info_.ColumnName);
   return info_.Expression;
 }
 
 WideString TmvOutputColumn::GetExpressionForWrappedQuery() const {
-  if (!info_.Alias.empty()) return info_.Alias;
+  if (!info_.Alias.empty()) return QuoteIdentifierIfNeeded(info_.Alias);
   return info_.ObjectName.empty() ? info_.ColumnNameInQuery : QuoteIdentifierIfNeeded(info_.ColumnName);
 }
 

@@ -147,7 +147,7 @@ TmvOwned<TSQLSelectStatement> TmvQueryTransformer::GenerateResult() {
                                       ? names[static_cast<size_t>(index)]
                                       : column.GetExpressionForWrappedQuery();
           return WideString(TmvBaseSyntaxProvider::kWrapQueryAlias) + u"." +
-                 Print(context->ParseIdentifierQuoteIfNeed(name).get(), scratch.get());
+                 Print(TastCreate<TastTokenIdentifier>(context, name, true).get(), scratch.get());
         })
              : filters_->GetCondition();
     TmvErrorList errors;
@@ -248,7 +248,9 @@ TmvOwned<TSQLSelectStatement> TmvQueryTransformer::GenerateResult() {
     for (int i = 0; i < columns_->Count(); ++i) {
       TmvOutputColumn* column = columns_->Items(i);
       if (!column->Visible() || i >= static_cast<int>(names.size())) continue;
-      TmvOwned<TastTokenIdentifier> name = context->ParseIdentifierQuoteIfNeed(names[static_cast<size_t>(i)]);
+      // The wrapper's column as the server names it: quoted where the bare
+      // name would read as another.
+      auto name = TastCreate<TastTokenIdentifier>(context, names[static_cast<size_t>(i)], true);
       TmvSelectItem* row = list->AddExpression(Print(name.get(), scratch.get()));
       row->SetSelect(true);
       if (!column->PreassignedName().empty()) row->SetAliasString(column->PreassignedName());

@@ -1,9 +1,7 @@
 // Transformed queries run on the Chinook sample database in SQLite and, when
-// a PostgreSQL server can run here, on its copy there: the rows of each must
-// be the rows of the untransformed query filtered, sorted or totalled here in
-// C++. No dialect of the build writes a limit that SQLite reads (SQL Server's
-// TOP and OFFSET/FETCH are the only ones), so paging is left out here; the
-// limits' shapes are checked with the dialect that has them.
+// a PostgreSQL server can run here, on its copy there, each in its own
+// dialect: the rows of each must be the rows of the untransformed query
+// filtered, sorted, totalled or paged here in C++.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,6 +19,7 @@
 #include "component/QueryBuilder.h"
 #include "dialects/EngineInit.h"
 #include "frontend/SQLContext.h"
+#include "frontend/SyntaxProvidersList.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataProvider.h"
 #include "QueryRows.h"
@@ -90,7 +89,7 @@ class TransformedRowsTest : public ::testing::Test {
 std::vector<RowsCase> ChinookCases() {
   auto col = [](TmvQueryTransformer& x, const char16_t* name) { return x.Columns().ColumnByOriginalName(name); };
   const std::vector<RowsCase> cases = {
-      {"filter and sort on a plain column", "SELECT Track.Name, Track.Milliseconds FROM Track",
+      {"filter and sort on a plain column", R"(SELECT "Track"."Name", "Track"."Milliseconds" FROM "Track")",
        [col](TmvQueryTransformer& x) {
          x.Where(col(x, u"Milliseconds")->Greater(u"1000000")).OrderBy(col(x, u"Milliseconds"), false);
        },
@@ -98,7 +97,7 @@ std::vector<RowsCase> ChinookCases() {
          return ByNumberDescending(Where(rows, [](const Row& r) { return Num(r, 1) > 1000000; }), 1);
        },
        1},
-      {"two conditions are alternatives", "SELECT Invoice.InvoiceId, Invoice.BillingCountry, Invoice.Total FROM Invoice",
+      {"two conditions are alternatives", R"(SELECT "Invoice"."InvoiceId", "Invoice"."BillingCountry", "Invoice"."Total" FROM "Invoice")",
        [col](TmvQueryTransformer& x) {
          x.Where(col(x, u"BillingCountry")->Equal(u"'Norway'")).Where(col(x, u"Total")->GreaterEqual(u"20"));
        },
@@ -106,7 +105,7 @@ std::vector<RowsCase> ChinookCases() {
          return Where(rows, [](const Row& r) { return r[1] == "Norway" || Num(r, 2) >= 20; });
        }},
       {"like, between and a sort over a join",
-       "SELECT Album.Title, Artist.Name FROM Album INNER JOIN Artist ON Album.ArtistId = Artist.ArtistId",
+       R"(SELECT "Album"."Title", "Artist"."Name" FROM "Album" INNER JOIN "Artist" ON "Album"."ArtistId" = "Artist"."ArtistId")",
        [col](TmvQueryTransformer& x) {
          x.Filters().SetOperator(mv::jtAnd);
          x.Where(col(x, u"Name")->Like(u"'B%'")).Where(col(x, u"Title")->Not_Between(u"'C'", u"'M'"));
@@ -118,7 +117,7 @@ std::vector<RowsCase> ChinookCases() {
          return result;
        },
        0},
-      {"totals over the filtered query", "SELECT Invoice.BillingCountry, Invoice.Total FROM Invoice",
+      {"totals over the filtered query", R"(SELECT "Invoice"."BillingCountry", "Invoice"."Total" FROM "Invoice")",
        [col](TmvQueryTransformer& x) {
          x.Where(col(x, u"BillingCountry")->In_(u"('USA', 'Canada')"));
          x.Select(col(x, u"Total")->Sum(), u"s").Select(col(x, u"Total")->Max(), u"m").SelectRecordsCount(u"n");
@@ -134,7 +133,7 @@ std::vector<RowsCase> ChinookCases() {
          }
          return Rows{{Fixed(sum), Fixed(max), std::to_string(count)}};
        }},
-      {"null tests and distinct", "SELECT Track.Composer FROM Track",
+      {"null tests and distinct", R"(SELECT "Track"."Composer" FROM "Track")",
        [col](TmvQueryTransformer& x) {
          x.Where(col(x, u"Composer")->IsNotNull());
          x.SetSelectMode(mv::smDistinct);
@@ -146,7 +145,7 @@ std::vector<RowsCase> ChinookCases() {
          return result;
        }},
       {"a hidden column filtered and sorted through the wrapper",
-       "SELECT Customer.FirstName, Customer.LastName, Customer.Country FROM Customer",
+       R"(SELECT "Customer"."FirstName", "Customer"."LastName", "Customer"."Country" FROM "Customer")",
        [col](TmvQueryTransformer& x) {
          col(x, u"Country")->SetVisible(false);
          x.Where(col(x, u"Country")->Equal(u"'Brazil'")).OrderBy(col(x, u"LastName"), false);
@@ -160,8 +159,8 @@ std::vector<RowsCase> ChinookCases() {
        },
        1},
       {"an expression column and an aggregate column of a grouped query",
-       "SELECT Invoice.BillingCountry AS Country, Count(*) AS Invoices, Sum(Invoice.Total) AS Spent "
-       "FROM Invoice GROUP BY Invoice.BillingCountry",
+       R"(SELECT "Invoice"."BillingCountry" AS "Country", Count(*) AS "Invoices", Sum("Invoice"."Total") AS "Spent" )"
+       R"(FROM "Invoice" GROUP BY "Invoice"."BillingCountry")",
        [col](TmvQueryTransformer& x) {
          x.SetAlwaysWrapInSubQuery(true);
          x.Where(col(x, u"Spent")->Greater(u"100")).OrderBy(col(x, u"Spent"), false);
@@ -170,6 +169,25 @@ std::vector<RowsCase> ChinookCases() {
          return ByNumberDescending(Where(rows, [](const Row& r) { return Num(r, 2) > 100; }), 2);
        },
        2},
+      {"a page of a sorted query", R"(SELECT "Track"."TrackId", "Track"."Name" FROM "Track")",
+       [col](TmvQueryTransformer& x) { x.OrderBy(col(x, u"TrackId"), true).Skip(u"10").Take(u"5"); },
+       [](const Rows& rows) {
+         Rows sorted = rows;
+         std::stable_sort(sorted.begin(), sorted.end(), [](const Row& a, const Row& b) { return Num(a, 0) < Num(b, 0); });
+         return Rows(sorted.begin() + 10, sorted.begin() + 15);
+       },
+       0},
+      {"a page that runs past the last row of a filtered query",
+       R"(SELECT "Invoice"."InvoiceId", "Invoice"."Total" FROM "Invoice")",
+       [col](TmvQueryTransformer& x) {
+         x.Where(col(x, u"Total")->Greater(u"20")).OrderBy(col(x, u"InvoiceId"), false).Skip(u"2").Take(u"30");
+       },
+       [](const Rows& rows) {
+         Rows result = Where(rows, [](const Row& r) { return Num(r, 1) > 20; });
+         std::stable_sort(result.begin(), result.end(), [](const Row& a, const Row& b) { return Num(a, 0) > Num(b, 0); });
+         return Rows(result.begin() + 2, result.end());  // fewer than 30 are left
+       },
+       0},
   };
   return cases;
 }
@@ -207,10 +225,12 @@ void RunCases(mv::TmvQueryBuilder& builder, const std::function<Rows(const mv::W
   }
 }
 
-// A query builder over the catalog of the Chinook SQLite file, offline.
+// A query builder over the catalog of the Chinook SQLite file, offline, in
+// the dialect of the server the queries run on.
 struct ChinookBuilder {
-  explicit ChinookBuilder(const std::string& path)
-      : connection(mv::UTF8Decode(path), mv::somReadOnly), provider(mvtest::NewReferenceProvider()) {
+  ChinookBuilder(const std::string& path, const char* dialect)
+      : connection(mv::UTF8Decode(path), mv::somReadOnly),
+        provider(mv::SyntaxProvidersList().FindClassByClassName(dialect)->CreateRaw()) {
     metadata.SetConnection(&connection);
     builder->SetSyntaxProvider(provider.get());
     builder->SQLContext()->SetMetadataProvider(&metadata);
@@ -227,16 +247,15 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
   MV_REQUIRE_CORPUS();
   const std::string path = mvtest::CorpusDir() + "/chinook/Chinook_Sqlite.sqlite";
   if (!std::ifstream(path)) GTEST_SKIP() << "no " << path;
-  ChinookBuilder chinook(path);
+  ChinookBuilder chinook(path, "TmvSQLiteSyntaxProvider");
   RunCases(*chinook.builder, [&](const mv::WideString& sql) { return RunQuery(chinook.connection, sql); });
 }
 
-// The same cases on PostgreSQL, with every name quoted as the copy of
-// Chinook spells it ("Track"."Name").
+// The same cases on PostgreSQL, whose copy of Chinook spells its names as
+// SQLite does: the cases quote them.
 TEST_F(TransformedRowsTest, ChinookOnPostgres) {
   MV_REQUIRE_POSTGRES_CHINOOK();
-  ChinookBuilder chinook(mvtest::ChinookSqlitePath());
-  chinook.builder->SetQuoteAllIdentifiers(true);
+  ChinookBuilder chinook(mvtest::ChinookSqlitePath(), "TmvPGSQLSyntaxProvider");
   mvtest::PostgresServer& server = mvtest::ChinookOnPostgres();
   RunCases(*chinook.builder, [&](const mv::WideString& sql) {
     Rows rows;
