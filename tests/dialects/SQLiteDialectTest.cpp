@@ -119,6 +119,25 @@ TEST_F(SQLiteDialectTest, ReadsAndPrints) {
   }
 }
 
+TEST_F(SQLiteDialectTest, CriteriaWithoutTheirLeftSide) {
+  // Where the caller allows it (a criterion of the grid), a predicate may
+  // lack its left side at either level of comparison; elsewhere it may not.
+  const char* cases[][2] = {{"< 5", "< 5"},
+                            {"== 1", "== 1"},
+                            {"is not null", "Is Not Null"},
+                            {"not like 'a%'", "Not Like 'a%'"},
+                            {"not between 1 and 2", "Not Between 1 And 2"},
+                            {"in (1, 2)", "In (1, 2)"},
+                            {"notnull", "NotNull"},
+                            {"> 1 and a < 2", "> 1 And a < 2"}};
+  for (const auto& c : cases) {
+    auto criterion = context_.ParseLogicalExpression(UTF8Decode(c[0]), false);
+    ASSERT_TRUE(criterion) << c[0];
+    EXPECT_EQ(Print(criterion.get()), c[1]);
+    EXPECT_FALSE(context_.ParseLogicalExpression(UTF8Decode(c[0]), true)) << c[0];
+  }
+}
+
 TEST_F(SQLiteDialectTest, TreeShapes) {
   // A double-quoted word alone is a string, after a qualifier a column.
   auto strings = context_.ParseSelect(u"select \"a\", t.\"a\" from t");
