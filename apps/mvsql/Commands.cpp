@@ -21,6 +21,7 @@ int RunEdit(const std::vector<std::string>& args, std::ostream& out, std::ostrea
 int RunStats(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunOptions(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int RunTransform(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int RunConvert(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 const std::vector<Command>& AllCommands() {
   static const std::string roundtripUsage =
@@ -112,6 +113,15 @@ const std::vector<Command>& AllCommands() {
        "its lines with CR LF. A syntax error prints the parser's message on standard error\n"
        "and exits with 1; an unknown option or a bad value exits with 2.\n",
        RunFormat},
+      {"convert", "read a SELECT in one dialect and print it for another",
+       "mvsql convert --from NAME --to NAME [--format] [FILE|-]\n"
+       "  --from NAME, --to NAME  the dialects: short names (postgresql) or provider class names\n"
+       "  --format              lay the statement out under the default format options (else one line)\n"
+       "The row limit goes over in the target's own form, names are quoted by the target's rules,\n"
+       "and every clause the two dialects share is kept. A part the target cannot write (a clause\n"
+       "it has no place for, a limit it has no form for, syntax it does not read) is named on\n"
+       "standard error and the exit code is 1, as for a syntax error of the input.\n",
+       RunConvert},
       {"dialects", "list the dialects: provider class, short name, description",
        "mvsql dialects [--capabilities]\n"
        "  --capabilities  the capability answers under each provider's default settings: a header\n"

@@ -1,0 +1,106 @@
+// Converting a SELECT between dialects: what goes over and how it prints,
+// what cannot and how the error names it, and Chinook queries written for
+// SQLite or PostgreSQL that give the same rows on the other server after
+// conversion.
+#include <gtest/gtest.h>
+
+#include "ChinookLoader.h"
+#include "PostgresServer.h"
+#include "dialects/EngineInit.h"
+#include "frontend/SQLError.h"
+#include "frontend/SyntaxProvidersList.h"
+#include "sqlgen/DialectConversion.h"
+#include "sqlgen/SQLBuilder.h"
+#include "support/Exceptions.h"
+
+using namespace mv;
+
+namespace {
+
+class DialectConversionTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { InitializeEngine(); }
+
+  // The conversion, or "error: " and the message.
+  static std::string Convert(const std::string& sql, const char* from, const char* to) {
+    TmvOwned<TmvBaseSyntaxProvider> source(SyntaxProvidersList().FindClassByClassName(from)->CreateRaw());
+    TmvOwned<TmvBaseSyntaxProvider> target(SyntaxProvidersList().FindClassByClassName(to)->CreateRaw());
+    TSQLBuilderFast builder;
+    try {
+      return UTF8Encode(ConvertSelectDialect(UTF8Decode(sql), *source, *target, builder));
+    } catch (const Exception& e) {
+      return "error: " + UTF8Encode(e.Message());
+    }
+  }
+};
+
+constexpr const char* kPG = "TmvPGSQLSyntaxProvider";
+constexpr const char* kLite = "TmvSQLiteSyntaxProvider";
+constexpr const char* kMS = "TmvMSSQLSyntaxProvider";
+constexpr const char* k92 = "TmvSQL92SyntaxProvider";
+
+}  // namespace
+
+TEST_F(DialectConversionTest, WhatGoesOverAndWhatIsNamed) {
+  struct Case {
+    const char* text;
+    const char* from;
+    const char* to;
+    const char* result;
+  };
+  const Case cases[] = {
+      {"select a from t limit 5 offset 2", kPG, kLite, "Select a From t Limit 5 Offset 2"},
+      {"select top 5 a from [my t] where [b c] = 1 order by a", kMS, kPG,
+       "Select a From \"my t\" Where \"b c\" = 1 Order By a Limit 5"},
+      {"select \"Mixed\", plain from t", kPG, kMS, "Select Mixed, plain From t"},
+      {"select a from t limit 3", kLite, k92, "error: Cannot convert to ANSI SQL92: it has no row limit (offset \"\", count \"3\")"},
+      {"select a from t offset 3", kPG, kLite,
+       "error: Cannot convert to SQLite: its row limit cannot say offset \"3\", count \"\""},
+      {"select a into temp x from t", kPG, kLite, "error: Cannot convert to SQLite: \"Into Temporary Table x\" has no form there"},
+      {"select top 10 percent a from t", kMS, kPG, "error: Cannot convert to PostgreSQL: \"Top 10 Percent\" has no form there"},
+      {"select a from t inner hash join u on 1 = 1", kMS, kLite, "error: Cannot convert to SQLite: \"Hash\" has no form there"},
+      {"select OPERATOR(pg_catalog.+) 1 from t", kPG, kLite,
+       "error: Cannot convert to SQLite: what it would read is not in its syntax. Invalid SELECT statement.\r\n"
+       " Unexpected token \"+\" at line 1, pos 28"},
+      {"select a from t where", kPG, kLite, "error: Invalid SELECT statement.\r\n Unexpected token \"EOF\" at line 1, pos 22"},
+      {"select a from t where b ilike 'x'", kPG, kLite,
+       "error: Cannot convert to SQLite: what it would read is not in its syntax. Invalid SELECT statement.\r\n"
+       " Unexpected token \"ILike\" at line 1, pos 25"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(Convert(c.text, c.from, c.to), c.result) << c.text;
+}
+
+// Each query, written for one server, converted to the other dialect, gives
+// there the rows it gives where it was written.
+TEST_F(DialectConversionTest, ChinookRowsAgreeAfterConversion) {
+  MV_REQUIRE_POSTGRES_CHINOOK();
+  mvtest::SqliteDatabase lite(mvtest::ChinookSqlitePath());
+  mvtest::PostgresServer& pg = mvtest::ChinookOnPostgres();
+  struct Case {
+    const char* from;
+    const char* sql;
+  };
+  const Case cases[] = {
+      {kLite, R"(SELECT "TrackId", "Name" FROM "Track" WHERE "AlbumId" = 3 ORDER BY "TrackId" LIMIT 2 OFFSET 1)"},
+      {kLite, R"(SELECT t."Name", a."Title" FROM "Track" t INNER JOIN "Album" a ON a."AlbumId" = t."AlbumId"
+                 WHERE a."Title" LIKE 'B%' ORDER BY t."TrackId" LIMIT 10)"},
+      {kLite, R"(SELECT "InvoiceId" FROM "Invoice" WHERE "InvoiceDate" >= '2025-12-01' ORDER BY "InvoiceId")"},
+      {kLite, R"(SELECT "BillingCountry", COUNT(*) AS n FROM "Invoice" GROUP BY "BillingCountry"
+                 HAVING COUNT(*) > 20 ORDER BY n DESC, "BillingCountry" LIMIT 3)"},
+      {kLite, R"(SELECT "Name" FROM "Artist" WHERE "ArtistId" < 3 UNION SELECT "Name" FROM "Genre"
+                 WHERE "GenreId" < 3 ORDER BY 1 LIMIT 3)"},
+      {kPG, R"(SELECT "Name" FROM "Track" WHERE "Milliseconds" > 300000 ORDER BY "Milliseconds" DESC LIMIT 4)"},
+      {kPG, R"(SELECT "Title" FROM "Album" WHERE "Title" LIKE '%Rock%' ORDER BY 1 LIMIT 3 OFFSET 1)"},
+      {kPG, R"(SELECT c."Email", count(*) FROM "Customer" c JOIN "Invoice" i ON i."CustomerId" = c."CustomerId"
+               WHERE i."InvoiceDate" < '2021-02-15' GROUP BY c."Email" ORDER BY 1)"},
+  };
+  for (const Case& c : cases) {
+    const bool fromLite = c.from == kLite;
+    const std::string converted = Convert(c.sql, c.from, fromLite ? kPG : kLite);
+    ASSERT_EQ(converted.rfind("error", 0), std::string::npos) << c.sql << "\n" << converted;
+    const mvtest::SqlRows there = fromLite ? lite.Query(c.sql) : pg.Query(std::string(c.sql));
+    const mvtest::SqlRows here = fromLite ? pg.Query(converted) : lite.Query(converted);
+    ASSERT_FALSE(there.empty()) << c.sql;
+    EXPECT_EQ(mvtest::RowsDiffer(there, here), "") << c.sql << "\n" << converted;
+  }
+}
