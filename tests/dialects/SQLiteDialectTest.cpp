@@ -105,6 +105,7 @@ TEST_F(SQLiteDialectTest, ReadsAndPrints) {
       // a.b.c.d could still be a function's name), a join that nests its ON.
       {"select a from t union (select b from u)", "error at 22"},
       {"select a from t limit x", "error at 22"},
+      {"select a from t limit 1 offset 4294967296", "error at 31"},
       {"select a from t where a !< 1", "error at 24"},
       {"select @a from t", "error at 7"},
       {"select a.b.c.d from t", "error at 15"},
