@@ -36,7 +36,8 @@ class SQLiteCatalogTest : public ::testing::Test {
         u"create table child (id integer primary key, oddId integer references \"Odd \"\"T\"\"\" (\"Id\"));"
         u"create view v as select id from child;"
         u"attach ':memory:' as other;"
-        u"create table other.far (x int);");
+        u"create table other.far (x int);"
+        u"create temp table near (y int);");
     metadata_.SetConnection(database_.get());
     context_.SetSyntaxProvider(&provider_);
     context_.SetMetadataProvider(&metadata_);
@@ -83,13 +84,17 @@ TEST_F(SQLiteCatalogTest, DatabasesAndObjects) {
   EXPECT_EQ(provider_.GetDefaultDatabaseName(&context_, database_.get())->GetQualifiedNameWithoutQuotes(), u"main");
   std::vector<WideString> databases;
   provider_.GetDatabasesList(&context_, database_.get(), databases);
-  EXPECT_EQ(databases, (std::vector<WideString>{u"main", u"other"}));
+  EXPECT_EQ(databases, (std::vector<WideString>{u"main", u"temp", u"other"}));
   provider_.LoadMetadataObjects(&context_, database_.get(), container_.get(), nullptr, nullptr);
   EXPECT_EQ(Objects(), "main.Odd \"T\":TmvMetadataTable main.child:TmvMetadataTable main.v:TmvMetadataView");
   auto other = TastCreate<TSQLQualifiedName>(&context_);
   other->AddName(u"other", false);
   provider_.LoadMetadataObjects(&context_, database_.get(), container_.get(), nullptr, other.get());
   EXPECT_NE(Objects().find("other.far:TmvMetadataTable"), std::string::npos) << Objects();
+  auto temp = TastCreate<TSQLQualifiedName>(&context_);
+  temp->AddName(u"temp", false);
+  provider_.LoadMetadataObjects(&context_, database_.get(), container_.get(), nullptr, temp.get());
+  EXPECT_NE(Objects().find("temp.near:TmvMetadataTable"), std::string::npos) << Objects();
 }
 
 TEST_F(SQLiteCatalogTest, FieldsAndKeysTableByTable) {
