@@ -1,7 +1,8 @@
 // Parsing and printing under every dialect of the build. A first byte below
-// the number of dialects picks the dialect, in the order of registration,
-// and is not part of the text; any other input is read under SQL-92, the
-// first. Any input either fails with the engine's own exceptions or parses;
+// 21 picks a dialect by its place in the fixed table below (the order of the
+// table of providers, then the automatic provider) and is not part of the
+// text, so that a seed keeps its dialect as dialects are added; a dialect
+// not in this build reads it under SQL-92, as does any other input. Any input either fails with the engine's own exceptions or parses;
 // what parses keeps two promises:
 // - its one-line print parses again to the same print;
 // - its formatted text formats again to the same text.
@@ -27,7 +28,19 @@ namespace {
 // Longer inputs only slow the search down; the shapes that matter are small.
 constexpr size_t kMaxInput = 8192;
 
-// One context per dialect, each with its own provider.
+// The providers a first byte names, by class.
+constexpr const char* kDialectByByte[] = {
+    "TmvSQL92SyntaxProvider",    "TmvSQL89SyntaxProvider",     "TmvSQL2003SyntaxProvider",
+    "TmvMSSQLSyntaxProvider",    "TmvMSSQLCESyntaxProvider",   "TmvOracleSyntaxProvider",
+    "TmvMYSQLSyntaxProvider",    "TmvPGSQLSyntaxProvider",     "TmvIBSyntaxProvider",
+    "TmvFirebirdSyntaxProvider", "TmvDB2SyntaxProvider",       "TmvInformixSyntaxProvider",
+    "TmvMSAccessSyntaxProvider", "TmvSybaseSyntaxProvider",    "TmvSQLiteSyntaxProvider",
+    "TmvTeradataSyntaxProvider", "TmvNetezzaSyntaxProvider",   "TmvAdvantageSyntaxProvider",
+    "TmvMimerSQLSyntaxProvider", "TmvUniversalSyntaxProvider", "TmvAutoSyntaxProvider",
+};
+
+// One context per dialect of the table, each with its own provider; SQL-92's
+// where the build has no such dialect.
 struct Engine {
   struct Dialect {
     TmvOwned<TmvBaseSyntaxProvider> provider;
@@ -36,7 +49,9 @@ struct Engine {
 
   Engine() {
     InitializeEngine();
-    for (const TmvSyntaxProviderClass* c : SyntaxProvidersList().Classes()) {
+    for (const char* name : kDialectByByte) {
+      const TmvSyntaxProviderClass* c = SyntaxProvidersList().FindClassByClassName(name);
+      if (!c) c = SyntaxProvidersList().FindClassByClassName(kDialectByByte[0]);
       auto& dialect = *dialects.emplace_back(std::make_unique<Dialect>());
       dialect.provider.reset(c->CreateRaw());
       dialect.context.SetSyntaxProvider(dialect.provider.get());

@@ -1,1 +1,1 @@
-SELECT [a b], `c`, #t.e, LEFT(a, 2), SUBSTRING(a FROM 1 FOR 2), iif(a > b, 1, 2) FROM #t WHERE x = @p AND y = :q
+SELECT [a b], `c`, #t.e, LEFT(a, 2), SUBSTRING(a FROM 1 FOR 2), iif(a > b, 1, 2) FROM #t WHERE x = @p AND y = :q

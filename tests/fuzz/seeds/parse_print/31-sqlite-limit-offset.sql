@@ -1,1 +1,1 @@
-select a from t limit 5 offset 10
+select a from t limit 5 offset 10

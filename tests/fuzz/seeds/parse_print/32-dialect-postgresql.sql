@@ -1,0 +1,1 @@
+select a::int, x[1:2], $1, OPERATOR(pg_catalog.+) 2, e'a\'b', $$q$$ from t where a ~~* 'x' and b isnull limit 5 offset 2

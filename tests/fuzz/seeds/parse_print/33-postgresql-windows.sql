@@ -1,0 +1,1 @@
+with recursive r(n) as (select 1 union all select n+1 from r) select string_agg(distinct a, ',' order by a), count(*) over (partition by b rows between unbounded preceeding and current row) from r window w as (order by n)
