@@ -256,6 +256,8 @@ TEST(PostgresConnection, CancelEndsARunningStatement) {
   EXPECT_LT(SecondsSince(start), 1.5);
   EXPECT_TRUE(Contains(sleeping.get(), u"canceling statement due to user request"));
   EXPECT_EQ(db->OpenQuery(u"select 7 as n")->FieldByName(u"n").AsInteger(), 7);
+  // Freed datasets leave no prepared statements behind.
+  EXPECT_EQ(db->OpenQuery(u"select count(*) as n from pg_prepared_statements")->FieldByName(u"n").AsInteger(), 1);
 }
 
 }  // namespace

@@ -226,7 +226,9 @@ std::string Quoted(WideStringView name) {
 class TmvPostgresDataSet : public TmvDataSet {
  public:
   explicit TmvPostgresDataSet(TmvPostgresConnection* connection) : TmvDataSet(connection) {}
-  ~TmvPostgresDataSet() override = default;
+  // The statement goes from the server too: a connection that lives long
+  // and makes many datasets keeps no statements of freed ones.
+  ~TmvPostgresDataSet() override { ReleaseStatement(); }
 
  protected:
   void InternalPrepare(TmvFieldDefs& defs) override {
@@ -251,16 +253,7 @@ class TmvPostgresDataSet : public TmvDataSet {
     Describe(conn, described.get(), defs);
   }
 
-  void InternalUnprepare() override {
-    result_.reset();
-    if (statementName_.empty()) return;
-    TmvConnection* connection = Connection();
-    if (connection && connection->Connected()) {
-      if (pg_conn* conn = static_cast<TmvPostgresConnection*>(connection)->Handle())
-        Wrap(PQexec(conn, ("DEALLOCATE " + Quoted(statementName_)).c_str()));
-    }
-    statementName_.clear();
-  }
+  void InternalUnprepare() override { ReleaseStatement(); }
 
   void InternalOpen(TmvFieldDefs&) override {
     result_ = Run(true);
@@ -321,6 +314,19 @@ class TmvPostgresDataSet : public TmvDataSet {
 
  private:
   TmvPostgresConnection& Server() { return static_cast<TmvPostgresConnection&>(RequireConnection()); }
+
+  // Frees the result and the prepared statement (on the server while the
+  // connection is open).
+  void ReleaseStatement() noexcept {
+    result_.reset();
+    if (statementName_.empty()) return;
+    TmvConnection* connection = Connection();
+    if (connection && connection->Connected()) {
+      if (pg_conn* conn = static_cast<TmvPostgresConnection*>(connection)->Handle())
+        PQclear(PQexec(conn, ("DEALLOCATE " + Quoted(statementName_)).c_str()));
+    }
+    statementName_.clear();
+  }
 
   // The command with `:name` placeholders made `$n`; remembers the names.
   WideString Translate() {
