@@ -13,6 +13,8 @@ packages=(
   libicu-dev libpugixml-dev
   # database client libraries behind the dataset layer
   libsqlite3-dev libpq-dev libmariadb-dev unixodbc-dev
+  # ODBC drivers the generic adapter is tested with
+  libsqliteodbc odbc-postgresql
   # design surface (Qt 6 Widgets) and the fonts it renders with when headless
   qt6-base-dev fonts-dejavu-core
   # the PostgreSQL 15 server the tests start throw-away instances of
