@@ -234,6 +234,9 @@ TEST(PostgresConnection, ServerDownAndWrongPasswordFailFast) {
   EXPECT_LT(passwordSeconds, 3.0);
   EXPECT_TRUE(Contains(message, u"password authentication failed for user \"mv_login\"")) << UTF8Encode(message);
   EXPECT_TRUE(Contains(message, wrong.ServerText())) << UTF8Encode(message);
+  const auto error = mvtest::Thrown<EmvQueryBuilderError>([&] { wrong.Open(); });
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->Text(), wrong.Description()) << "the connection string with its password stays out";
   TmvPostgresConnection right(UTF8Decode(login + " password='right one'"));
   EXPECT_EQ(right.OpenQuery(u"select current_user as u")->FieldByName(u"u").AsWideString(), u"mv_login");
   std::cout << "[ timing ] server down: " << downSeconds << " s, wrong password: " << passwordSeconds << " s\n";

@@ -487,7 +487,8 @@ void TmvPostgresConnection::DoOpen() {
   if (!conn || PQstatus(conn) != CONNECTION_OK) {
     const WideString reason = conn ? OneLine(PQerrorMessage(conn)) : WideString(u"out of memory");
     PQfinish(conn);
-    throw EmvQueryBuilderError(connectionString_, WideFormat(u"Cannot connect to the %s: %s", {ServerText(), reason}));
+    // Text() is the description, not the string: that may hold a password.
+    throw EmvQueryBuilderError(Description(), WideFormat(u"Cannot connect to the %s: %s", {ServerText(), reason}));
   }
   // Notices (e.g. of DEALLOCATE) are not errors; keep them off stderr.
   PQsetNoticeProcessor(conn, [](void*, const char*) {}, nullptr);
