@@ -26,10 +26,6 @@ WideString Attribute(pugi::xml_node element, const char* name) {
 
 }  // namespace
 
-WideString TmvFilterCondition::GetCondition() const {
-  return GetConditionWith([](const TmvOutputColumn& column) { return column.GetExpressionForFiltration(); });
-}
-
 // --- Column conditions ---
 
 TmvFilterColumnCondition::TmvFilterColumnCondition(TmvOutputColumn* column, WideString text)
@@ -43,11 +39,11 @@ void TmvFilterColumnCondition::SetColumn(TmvOutputColumn* column) {
   NotifyUpdated();
 }
 
-WideString TmvFilterColumnCondition::GetConditionWith(const TmvColumnText& columnText) const {
+WideString TmvFilterColumnCondition::GetCondition() const {
   if (!column_) return text_;
   WideString result = text_;
   const size_t at = result.find(kColumnMacro);
-  if (at != WideString::npos) result.replace(at, kColumnMacro.size(), columnText(*column_));
+  if (at != WideString::npos) result.replace(at, kColumnMacro.size(), column_->GetExpressionForFiltration());
   return result;
 }
 
@@ -106,12 +102,12 @@ TmvFilterCondition* TmvFilterConditionJunction::Items(int index) const {
   return items_[static_cast<size_t>(index)].get();
 }
 
-WideString TmvFilterConditionJunction::GetConditionWith(const TmvColumnText& columnText) const {
+WideString TmvFilterConditionJunction::GetCondition() const {
   if (items_.empty()) return {};
   WideString result;
   for (size_t i = 0; i < items_.size(); ++i) {
     if (i > 0) result += operator_ == jtAnd ? u" and " : u" or ";
-    result += u"(" + items_[i]->GetConditionWith(columnText) + u")";
+    result += u"(" + items_[i]->GetCondition() + u")";
   }
   return not_ ? u"not (" + result + u")" : result;
 }

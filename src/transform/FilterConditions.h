@@ -27,17 +27,11 @@ class TmvOutputColumn;
 
 enum TmvFilterConditionJunctionType { jtOr, jtAnd };
 
-// How a column of a condition is written; the default is its filtration expression.
-using TmvColumnText = std::function<WideString(const TmvOutputColumn&)>;
-
 class TmvFilterCondition : public TmvUpdatablePersistent {
   MV_DECLARE_CLASS()
  public:
-  // The SQL condition text.
-  WideString GetCondition() const;
-  // The same with each column written by `columnText` (a query one level
-  // up reads the columns through the wrapper's alias).
-  virtual WideString GetConditionWith(const TmvColumnText& columnText) const = 0;
+  // The SQL condition text, each column by its filtration expression.
+  virtual WideString GetCondition() const = 0;
   // Saves the condition as a child of `parent`.
   virtual void Write(pugi::xml_node parent) const = 0;
 };
@@ -59,7 +53,7 @@ class TmvFilterColumnCondition : public TmvFilterCondition {
 
   // The first "{column}" replaced by the column's text; without a column
   // the text as it stands.
-  WideString GetConditionWith(const TmvColumnText& columnText) const override;
+  WideString GetCondition() const override;
   void Write(pugi::xml_node parent) const override;
 
  private:
@@ -91,7 +85,7 @@ class TmvFilterConditionJunction : public TmvFilterCondition {
 
   // Each item in brackets, joined by " and " or " or "; "not (...)" round
   // the whole with Not; empty without items.
-  WideString GetConditionWith(const TmvColumnText& columnText) const override;
+  WideString GetCondition() const override;
   // The Not flag is not saved.
   void Write(pugi::xml_node parent) const override;
   // Replaces the items and the operator by those of a "junction" element;

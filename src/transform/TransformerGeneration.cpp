@@ -61,8 +61,9 @@ void PrefixColumnsWithWrapper(TastNode* node) {
 }
 
 // Puts the scratch builder's query one level down: SELECT * FROM (query) q.
-// The ORDER BY goes to the outer level unless the query has limits (and no
-// unions), which need it inside. Answers the names of the inner columns.
+// The ORDER BY goes to the outer level, each of its columns read from q by
+// its own name, unless the query has limits (and no unions), which need it
+// inside. Answers the names of the inner columns.
 std::vector<WideString> WrapInSubQuery(TmvQueryBuilder* scratch) {
   TmvBaseSQLContext* context = scratch->SQLContext();
   TmvBaseSyntaxProvider* provider = scratch->SyntaxProvider();
@@ -70,39 +71,22 @@ std::vector<WideString> WrapInSubQuery(TmvQueryBuilder* scratch) {
   TmvOwned<TSQLSubSelectStatement> inner = scratch->GetResultQueryAST()->CloneAs<TSQLSubSelectStatement>(context);
   inner->PrepareAndFixupRecursive();
   std::vector<WideString> names = provider->ExpandQueryColumns(inner.get());
-  auto* lone = inner->GetCount() == 1 ? TmvCast<TSQLSubQuerySelectExpression>(inner->GetItems(0)) : nullptr;
-  TmvOwned<TSQLOrderByClause> keptInside;
+  inner->RestoreColumnPrefixRecursive(true);
+  TmvOwned<TSQLOrderByClause> moved;
   if (moveOrder) {
-    if (!inner->OrderBy && lone && lone->OrderBy) inner->OrderBy.Set(lone->OrderBy.Release());
-  } else if (inner->OrderBy) {
-    keptInside = inner->OrderBy.Release();
+    auto* lone = inner->GetCount() == 1 ? TmvCast<TSQLSubQuerySelectExpression>(inner->GetItems(0)) : nullptr;
+    if (inner->OrderBy)
+      moved = inner->OrderBy.Release();
+    else if (lone && lone->OrderBy)
+      moved = lone->OrderBy.Release();
   }
-  TSQLSubSelectStatement* innerStatement = inner.get();
   TmvOwned<TSQLSubSelectStatement> outer = provider->WrapQuery(std::move(inner));
-  if (keptInside) innerStatement->OrderBy.Set(std::move(keptInside));
-  innerStatement->RestoreColumnPrefixRecursive(true);
+  if (moved) {
+    PrefixColumnsWithWrapper(moved.get());
+    outer->OrderBy.Set(std::move(moved));
+  }
   scratch->SetSql(Print(outer.get(), scratch));
   return names;
-}
-
-// The selected row of `list` that shows what `sourceRow` of the source shows.
-TmvSelectItem* FindSameRow(TmvSelectList* list, const TmvSelectItem* sourceRow) {
-  const WideString expression = sourceRow->GetExpressionString();
-  for (int i = 0; i < list->Count(); ++i) {
-    TmvSelectItem* row = list->Items(i);
-    if (row->Select() && row->GetExpressionString() == expression &&
-        row->GetAggregateString() == sourceRow->GetAggregateString() &&
-        row->GetAliasString() == sourceRow->GetAliasString())
-      return row;
-  }
-  return nullptr;
-}
-
-// A row that only sorts: the query's columns stay as they are.
-TmvSelectItem* AddSortRow(TmvSelectList* list, const WideString& expression) {
-  TmvSelectItem* row = list->AddExpression(expression);
-  if (row) row->SetSelect(false);
-  return row;
 }
 
 }  // namespace
@@ -136,20 +120,10 @@ TmvOwned<TSQLSelectStatement> TmvQueryTransformer::GenerateResult() {
   std::vector<WideString> names =
       wrap ? WrapInSubQuery(scratch.get()) : provider->GetQueryColumnNames(FirstUnionSubQuery(scratch.get()));
 
-  // 4: the filter, ANDed to the WHERE of the first select.
+  // 4: the filter, ANDed to the WHERE of the first select (the wrapper's,
+  // when there is one), each column by its filtration expression.
   if (filters_->Count() > 0) {
-    // On a wrapped query the filter reads each column through the wrapper,
-    // by the name the wrapper gives it.
-    const WideString text =
-        wrap ? filters_->GetConditionWith([&](const TmvOutputColumn& column) {
-          const int index = column.Index();
-          const WideString name = index >= 0 && index < static_cast<int>(names.size())
-                                      ? names[static_cast<size_t>(index)]
-                                      : column.GetExpressionForWrappedQuery();
-          return WideString(TmvBaseSyntaxProvider::kWrapQueryAlias) + u"." +
-                 Print(TastCreate<TastTokenIdentifier>(context, name, true).get(), scratch.get());
-        })
-             : filters_->GetCondition();
+    const WideString text = filters_->GetCondition();
     TmvErrorList errors;
     TmvOwned<TSQLExpressionItem> condition = context->ParseLogicalExpression(u"(" + text + u")", true, false, &errors);
     if (!condition) throw EmvSQLError(errors.empty() ? text : errors.front(), nullptr);
@@ -193,6 +167,7 @@ TmvOwned<TSQLSelectStatement> TmvQueryTransformer::GenerateResult() {
       const WideString own = sorted->Expression();
       TmvSelectItem* row = nullptr;
       if (wrap) {
+        // Read from the wrapper: every column by its own name under q.
         const WideString text = own.empty() && sorted->Column() ? sorted->Column()->GetExpressionForSorting() : own;
         TmvOwned<TSQLSelectItem> item = context->ParseSelectItem(text);
         auto* expression = TmvCast<TSQLSelectItemExpression>(item.get());
@@ -200,17 +175,22 @@ TmvOwned<TSQLSelectStatement> TmvQueryTransformer::GenerateResult() {
           throw EmvSQLError(u"Invalid sort expression: " + text, nullptr);
         PrefixColumnsWithWrapper(expression->Expression.get());
         row = list->AddASTExpression(TmvOwned<TastNode>(expression->Expression.Release()));
-        row->SetSelect(false);
       } else if (own.empty() && sorted->Column()) {
-        // The column's own row sorts when the scratch query has it; else its
-        // sorting expression is added.
+        // The column's own select row, repeated under the name of its
+        // sorting expression, where it can sort; else that expression.
         TmvOutputColumn* column = sorted->Column();
-        TmvSelectItem* sourceRow = column->StatisticsColumn().SelectItem;
-        if (sourceRow && sourceRow->IsCanSort()) row = FindSameRow(list, sourceRow);
-        if (!row) row = AddSortRow(list, column->GetExpressionForSorting());
+        const TmvSelectItem* sourceRow = column->StatisticsColumn().SelectItem;
+        if (sourceRow && sourceRow->IsCanSort()) {
+          row = list->AddExpression(sourceRow->GetExpressionString());
+          row->SetAggregateString(sourceRow->GetAggregateString());
+          row->SetAliasString(column->GetExpressionForSorting());
+        } else {
+          row = list->AddExpression(column->GetExpressionForSorting());
+        }
       } else {
-        row = AddSortRow(list, own);
+        row = list->AddExpression(own);
       }
+      // The row keeps the Select that AddExpression gave it.
       if (row) row->SetSortType(sorted->SortType());
     }
   }

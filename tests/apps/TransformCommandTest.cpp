@@ -48,7 +48,7 @@ TEST(TransformCommand, FiltersSortsAggregatesAndErrors) {
       {{"--and", "--filter", "a not like 'x%'", "--filter", "b between 1 and 2"}, "SELECT t.a, t.b FROM t", 0,
        "select t.a, t.b from t where t.a not like 'x%' and t.b between 1 and 2"},
       {{"--sort", "b desc", "--sort", "a"}, "SELECT t.a, t.b FROM t", 0,
-       "select t.a, t.b from t order by t.b desc, t.a"},
+       "select t.a, t.b, t.b as \"t.b\", t.a as \"t.a\" from t order by \"t.b\" desc, \"t.a\""},
       {{"--aggregate", "count(*)", "--aggregate", "SUM(b)"}, "SELECT t.a, t.b FROM t", 0,
        "select count(*), sum(q.b) from (select t.a, t.b from t) q"},
       {{"--filter", "zz = 1"}, "SELECT t.a, t.b FROM t", 1, "no single output column named 'zz'"},
@@ -143,7 +143,7 @@ TEST_F(TransformLimits, AQueryWithLimitsKeepsItsOrderInsideWhenWrapped) {
   transformer->SetQueryBuilder(builder.get());
   transformer->Where(transformer->Columns().ColumnByOriginalName(u"a")->Equal(u"1"));
   EXPECT_EQ(Lower(mv::UTF8Encode(transformer->GetSql())),
-            "select * from (select top 3 t.a, t.b from t order by t.b) q where q.a = 1");
+            "select * from (select top 3 t.a, t.b from t order by t.b) q where t.a = 1");
 }
 
 TEST_F(TransformLimits, AStatementWithIntoPassesThrough) {

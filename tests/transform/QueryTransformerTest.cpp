@@ -87,25 +87,26 @@ TEST_F(QueryTransformerTest, Shapes) {
        "select * from (select t.a, t.b from t) q order by q.b"},
       {"records count over the wrapped query, sortings gone", "SELECT t.a FROM t ORDER BY t.a",
        [](T& f, TmvQueryTransformer& x) { x.OrderBy(f.Column(u"a"), false).SelectRecordsCount(u"cnt"); },
-       "select count(*) as cnt from (select t.a from t) q"},
+       "select count(*) as cnt from (select t.a, t.a as \"t.a\" from t) q"},
       {"a sum of a column reads it through the wrapper", "SELECT t.a, t.b FROM t",
        [](T& f, TmvQueryTransformer& x) { x.Select(f.Column(u"b")->Sum(), u"total"); },
        "select sum(q.b) as total from (select t.a, t.b from t) q"},
+      // The column's row again, named by its sorting expression, sorts.
       {"a sort replaces the query's own", "SELECT t.a, t.b FROM t ORDER BY t.a",
        [](T& f, TmvQueryTransformer& x) { x.OrderBy(f.Column(u"b"), false); },
-       "select t.a, t.b from t order by t.b desc"},
+       "select t.a, t.b, t.b as \"t.b\" from t order by \"t.b\" desc"},
       {"a sort on a wrapped query reads the wrapper", "SELECT t.a, t.b FROM t",
        [](T& f, TmvQueryTransformer& x) {
          f.Column(u"b")->SetVisible(false);
          x.OrderBy(f.Column(u"b"), false);
        },
-       "select q.a from (select t.a, t.b from t) q order by q.b desc"},
-      {"a filter on a wrapped query reads the wrapper", "SELECT t.a, t.b FROM t",
+       "select q.b, q.a from (select t.a, t.b from t) q order by q.b desc"},
+      {"a filter on a wrapped query names the column as the source does", "SELECT t.a, t.b FROM t",
        [](T& f, TmvQueryTransformer& x) {
          f.Column(u"b")->SetVisible(false);
          x.Where(f.Column(u"b")->Equal(u"2"));
        },
-       "select q.a from (select t.a, t.b from t) q where q.b = 2"},
+       "select q.a from (select t.a, t.b from t) q where t.b = 2"},
       {"distinct", "SELECT t.a FROM t", [](T&, TmvQueryTransformer& x) { x.SetSelectMode(mv::smDistinct); },
        "select distinct t.a from t"},
       {"a plain text condition", "SELECT t.a FROM t", [](T&, TmvQueryTransformer& x) { x.Where(u"t.a in (1, 2)"); },
@@ -246,7 +247,7 @@ TEST_F(QueryTransformerTest, ChangesInOneUpdateGiveOneNoticeAndClearTheResult) {
   EXPECT_EQ(multicast, 1);
   transformer->Skip(u"1");  // unchanged: no notice
   EXPECT_EQ(plain, 1);
-  EXPECT_EQ(Sql(), "select t.a, t.b from t where t.a = 1 order by t.b desc");
+  EXPECT_EQ(Sql(), "select t.a, t.b, t.b from t where t.a = 1 order by t.b desc");
 }
 
 TEST_F(QueryTransformerTest, StateXmlRoundTripLosesOnlyTheNotFlag) {
