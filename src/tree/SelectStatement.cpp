@@ -257,6 +257,19 @@ void TSQLSelectStatement::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilder
   builder.EndIndent();
 }
 
+void BuildStatementWithClauses(TSQLSubSelectStatement& statement, TSQLBuilder& builder,
+                               const TSQLBuilderSelectFormat& format, std::initializer_list<TastNode*> clauses,
+                               bool whole) {
+  if (whole) builder.AddIndent(format.IndentGlobal());
+  statement.TSQLSubSelectStatement::BuildSQLDirect(builder, format);
+  for (TastNode* clause : clauses) {
+    if (!clause) continue;
+    builder.NewLineOrSpace(format.MainPartsFromNewLine(), 1);
+    clause->BuildSQL(builder, format);
+  }
+  if (whole) builder.EndIndent();
+}
+
 // --- TSQLSubSelectStatementProxy ---
 
 TSQLSubSelectStatementProxy::TSQLSubSelectStatementProxy(TmvBaseSQLContext* context, TmvObject* owner,

@@ -4,6 +4,8 @@
 // whole union, and a select statement is that group at the top of a text.
 #pragma once
 
+#include <initializer_list>
+
 #include "tree/ExpressionBase.h"
 #include "tree/MetadataHooks.h"
 
@@ -135,5 +137,12 @@ class TSQLSubSelectStatementProxy : public TSQLSubSelectStatement {
   TastNodeBase* parent_ = nullptr;
   TmvOwned<TSQLSubSelectStatement> statement_;
 };
+
+// What a dialect's statement extender prints: the statement as the standard
+// prints it, then each of `clauses` that is set, after a break of the main
+// parts; `whole` indents the lot as a whole statement does.
+void BuildStatementWithClauses(TSQLSubSelectStatement& statement, TSQLBuilder& builder,
+                               const TSQLBuilderSelectFormat& format, std::initializer_list<TastNode*> clauses,
+                               bool whole);
 
 }  // namespace mv

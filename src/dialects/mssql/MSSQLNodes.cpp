@@ -126,40 +126,20 @@ void TMSSQLGroupByListExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& bui
   }
 }
 
-void TMSSQLSubSelectStatementExtender::BuildStatement(TSQLSubSelectStatement& statement, TSQLBuilder& builder,
-                                                      const TSQLBuilderSelectFormat& format) {
-  statement.BuildWithClause(builder, format);
-  statement.BuildSelects(builder, format);
-  statement.BuildOrderByClause(builder, format);
-  statement.BuildResultOffsetClause(builder, format);
-  statement.BuildFetchFirstClause(builder, format);
-  for (TastNode* clause : {static_cast<TastNode*>(Compute.get()), static_cast<TastNode*>(For.get()),
-                           static_cast<TastNode*>(Option.get())}) {
-    if (!clause) continue;
-    builder.NewLineOrSpace(format.MainPartsFromNewLine(), 1);
-    clause->BuildSQL(builder, format);
-  }
-}
-
 void TMSSQLSubSelectStatementExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
                                                        const TSQLBuilderSelectFormat& format) {
-  auto* statement = TmvCast<TSQLSubSelectStatement>(node);
-  if (statement)
-    BuildStatement(*statement, builder, format);
+  if (auto* statement = TmvCast<TSQLSubSelectStatement>(node))
+    BuildStatementWithClauses(*statement, builder, format, {Compute.get(), For.get(), Option.get()}, false);
   else
     TastExtender::BuildSQLForNode(node, builder, format);
 }
 
 void TMSSQLSelectStatementExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
                                                     const TSQLBuilderSelectFormat& format) {
-  auto* statement = TmvCast<TSQLSubSelectStatement>(node);
-  if (!statement) {
+  if (auto* statement = TmvCast<TSQLSubSelectStatement>(node))
+    BuildStatementWithClauses(*statement, builder, format, {Compute.get(), For.get(), Option.get()}, true);
+  else
     TastExtender::BuildSQLForNode(node, builder, format);
-    return;
-  }
-  builder.AddIndent(format.IndentGlobal());
-  BuildStatement(*statement, builder, format);
-  builder.EndIndent();
 }
 
 void TMSSQLFromSourceExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,

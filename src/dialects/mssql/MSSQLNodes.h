@@ -85,8 +85,6 @@ class TMSSQLSubSelectStatementExtender : public TastExtender {
  public:
   void BuildSQLForNode(TastNode* node, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 
- protected:
-  void BuildStatement(TSQLSubSelectStatement& statement, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
 };
 
 class TMSSQLSelectStatementExtender : public TMSSQLSubSelectStatementExtender {

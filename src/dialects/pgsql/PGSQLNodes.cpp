@@ -46,38 +46,20 @@ void TPGSQLExpressionArraySelection::BuildSQLDirect(TSQLBuilder& builder, const 
   builder.WriteSymbol(u"]");
 }
 
-void TPgSQLSubSelectStatementExtender::BuildStatement(TSQLSubSelectStatement& statement, TSQLBuilder& builder,
-                                                      const TSQLBuilderSelectFormat& format) {
-  statement.BuildWithClause(builder, format);
-  statement.BuildSelects(builder, format);
-  statement.BuildOrderByClause(builder, format);
-  statement.BuildResultOffsetClause(builder, format);
-  statement.BuildFetchFirstClause(builder, format);
-  for (TastNode* clause : {static_cast<TastNode*>(Limit.get()), static_cast<TastNode*>(Offset.get())}) {
-    if (!clause) continue;
-    builder.NewLineOrSpace(format.MainPartsFromNewLine(), 1);
-    clause->BuildSQL(builder, format);
-  }
-}
-
 void TPgSQLSubSelectStatementExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
                                                        const TSQLBuilderSelectFormat& format) {
   if (auto* statement = TmvCast<TSQLSubSelectStatement>(node))
-    BuildStatement(*statement, builder, format);
+    BuildStatementWithClauses(*statement, builder, format, {Limit.get(), Offset.get()}, false);
   else
     TastExtender::BuildSQLForNode(node, builder, format);
 }
 
 void TPgSQLSelectStatementExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
                                                     const TSQLBuilderSelectFormat& format) {
-  auto* statement = TmvCast<TSQLSubSelectStatement>(node);
-  if (!statement) {
+  if (auto* statement = TmvCast<TSQLSubSelectStatement>(node))
+    BuildStatementWithClauses(*statement, builder, format, {Limit.get(), Offset.get()}, true);
+  else
     TastExtender::BuildSQLForNode(node, builder, format);
-    return;
-  }
-  builder.AddIndent(format.IndentGlobal());
-  BuildStatement(*statement, builder, format);
-  builder.EndIndent();
 }
 
 void TPgSQLSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,

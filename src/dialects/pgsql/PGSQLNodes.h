@@ -56,8 +56,6 @@ class TPgSQLSubSelectStatementExtender : public TastExtender {
  public:
   void BuildSQLForNode(TastNode* node, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 
- protected:
-  void BuildStatement(TSQLSubSelectStatement& statement, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
 };
 
 // The same, indented as a whole statement.

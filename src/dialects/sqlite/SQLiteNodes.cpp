@@ -31,37 +31,20 @@ void TSQLiteExpressionInTable::BuildSQLDirect(TSQLBuilder& builder, const TSQLBu
   builder.WriteSymbol(u")");
 }
 
-void TSQLtSubSelectStatementExtender::BuildStatement(TSQLSubSelectStatement& statement, TSQLBuilder& builder,
-                                                     const TSQLBuilderSelectFormat& format) {
-  statement.BuildWithClause(builder, format);
-  statement.BuildSelects(builder, format);
-  statement.BuildOrderByClause(builder, format);
-  statement.BuildResultOffsetClause(builder, format);
-  statement.BuildFetchFirstClause(builder, format);
-  if (Limit) {
-    builder.NewLineOrSpace(format.MainPartsFromNewLine(), 1);
-    Limit->BuildSQL(builder, format);
-  }
-}
-
 void TSQLtSubSelectStatementExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
                                                       const TSQLBuilderSelectFormat& format) {
   if (auto* statement = TmvCast<TSQLSubSelectStatement>(node))
-    BuildStatement(*statement, builder, format);
+    BuildStatementWithClauses(*statement, builder, format, {Limit.get()}, false);
   else
     TastExtender::BuildSQLForNode(node, builder, format);
 }
 
 void TSQLtSelectStatementExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
                                                    const TSQLBuilderSelectFormat& format) {
-  auto* statement = TmvCast<TSQLSubSelectStatement>(node);
-  if (!statement) {
+  if (auto* statement = TmvCast<TSQLSubSelectStatement>(node))
+    BuildStatementWithClauses(*statement, builder, format, {Limit.get()}, true);
+  else
     TastExtender::BuildSQLForNode(node, builder, format);
-    return;
-  }
-  builder.AddIndent(format.IndentGlobal());
-  BuildStatement(*statement, builder, format);
-  builder.EndIndent();
 }
 
 void TSQLOrderByItemExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,

@@ -38,8 +38,6 @@ class TSQLtSubSelectStatementExtender : public TastExtender {
  public:
   void BuildSQLForNode(TastNode* node, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 
- protected:
-  void BuildStatement(TSQLSubSelectStatement& statement, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
 };
 
 // The same, indented as a whole statement.
