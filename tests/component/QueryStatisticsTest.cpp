@@ -8,6 +8,7 @@
 #include "ReferenceDialect.h"
 #include "component/QueryBuilder.h"
 #include "dialects/EngineInit.h"
+#include "frontend/SyntaxProvidersList.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
@@ -218,3 +219,31 @@ TEST_F(QueryStatisticsTest, MetadataChangeInvalidates) {
 }
 
 }  // namespace
+
+// A common table expression is seen through like a derived table: the
+// objects and columns are those it reads, the output names the with item.
+TEST_F(QueryStatisticsTest, CommonTableExpressionsAreSeenThrough) {
+  mv::TmvOwned<mv::TmvBaseSyntaxProvider> sql2003(
+      mv::SyntaxProvidersList().FindClassByClassName("TmvSQL2003SyntaxProvider")->CreateRaw());
+  builder->SetSyntaxProvider(sql2003.get());
+  struct Case {
+    const char* sql;
+    const char* objects;
+    const char* columns;
+    const char* output;
+  };
+  const Case cases[] = {
+      // t.b is read by the with item only: no select list of the main query reads it.
+      {"WITH c AS (SELECT a, b FROM t) SELECT c.a FROM c", "//t", "t.a* t.b", "c.a"},
+      {"WITH c (x) AS (SELECT d FROM u WHERE u.a = 1) SELECT * FROM c, t WHERE c.x = t.b", "//u //t",
+       "u.d* t.b* u.a t.a* t.c*", "c.x t.a t.b t.c"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.sql);
+    Set(c.sql);
+    EXPECT_EQ(Objects(), c.objects);
+    EXPECT_EQ(Columns(), c.columns);
+    EXPECT_EQ(Output(), c.output);
+  }
+  builder->SetSyntaxProvider(provider.get());
+}
