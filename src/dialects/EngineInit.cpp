@@ -2,7 +2,10 @@
 // folders that names the concrete dialects of the build.
 #include "dialects/EngineInit.h"
 
+#include "dialects/firebird/FirebirdSyntaxProvider.h"
+#include "dialects/interbase/IBSyntaxProvider.h"
 #include "dialects/mssql/MSSQLSyntaxProvider.h"
+#include "dialects/mysql/MYSQLSyntaxProvider.h"
 #include "dialects/pgsql/PGSQLSyntaxProvider.h"
 #include "dialects/sql2003/SQL2003SyntaxProvider.h"
 #include "dialects/sql89/SQL89SyntaxProvider.h"
@@ -28,7 +31,10 @@ constexpr void (*kDialects[])() = {
     &TmvSQL2003SyntaxProvider::RegisterDialect,
     // SQL Server and SQL Server Compact.
     &TmvMSSQLSyntaxProvider::RegisterDialect,
+    &TmvMYSQLSyntaxProvider::RegisterDialect,
     &TmvPGSQLSyntaxProvider::RegisterDialect,
+    &TmvIBSyntaxProvider::RegisterDialect,
+    &TmvFirebirdSyntaxProvider::RegisterDialect,
     &TmvSQLiteSyntaxProvider::RegisterDialect,
     &TmvUniversalSyntaxProvider::RegisterDialect,
     // Not in that table: it stands for whichever of the others it detects.
