@@ -1,0 +1,2 @@
+select distinctrow sql_no_cache a, _utf8'x' collate utf8_bin, "s\"q", `b``c` from t # note
+where a <=> 1 && b rlike '^x' || @v := 2 div 3 group by a with rollup order by a limit 5, 10 lock in share mode

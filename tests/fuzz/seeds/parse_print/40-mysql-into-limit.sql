@@ -1,0 +1,1 @@
+select group_concat(distinct a order by a separator ';'), convert(a using utf8), trim(leading 'x' from a), now() + interval 1 day_hour into outfile '/tmp/f' fields optionally enclosed by '"' lines terminated by '\n' from t limit 3 offset 1 procedure analyse()
