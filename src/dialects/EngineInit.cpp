@@ -2,6 +2,8 @@
 // folders that names the concrete dialects of the build.
 #include "dialects/EngineInit.h"
 
+#include "dialects/firebird/FirebirdSyntaxProvider.h"
+#include "dialects/interbase/IBSyntaxProvider.h"
 #include "dialects/mssql/MSSQLSyntaxProvider.h"
 #include "dialects/mysql/MYSQLSyntaxProvider.h"
 #include "dialects/pgsql/PGSQLSyntaxProvider.h"
@@ -31,6 +33,8 @@ constexpr void (*kDialects[])() = {
     &TmvMSSQLSyntaxProvider::RegisterDialect,
     &TmvMYSQLSyntaxProvider::RegisterDialect,
     &TmvPGSQLSyntaxProvider::RegisterDialect,
+    &TmvIBSyntaxProvider::RegisterDialect,
+    &TmvFirebirdSyntaxProvider::RegisterDialect,
     &TmvSQLiteSyntaxProvider::RegisterDialect,
     &TmvUniversalSyntaxProvider::RegisterDialect,
     // Not in that table: it stands for whichever of the others it detects.

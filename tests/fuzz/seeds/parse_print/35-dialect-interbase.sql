@@ -1,0 +1,1 @@
+select transaction t1 distinct a, count(*) from t join u on t.a = u.a where a not containing 'x' and b starting with :p and singular (select c from v) group by a plan join (t natural, u index (ix_1, ix_2)) order by a rows 1 to 10 for update of a

@@ -1,0 +1,1 @@
+	with recursive r (n) as (select 1 from rdb$database union all select n + 1 from r) select first 10 skip 5 n, iif(n > 1, x'0F', ?), dateadd(day, 1, current_date) from r where n is not distinct from :p and n similar to '1%' order by n nulls last rows 3

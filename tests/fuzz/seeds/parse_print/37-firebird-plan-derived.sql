@@ -1,0 +1,1 @@
+	select a from t plan sort merge (sort (t order ix1), sort (u natural)) union select position('a' in b) from (select b from u) q (b)

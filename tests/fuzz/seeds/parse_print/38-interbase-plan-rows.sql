@@ -1,0 +1,1 @@
+select a from t plan sort merge (t order ix1, (u natural)) rows 5 by 2 percent with ties
