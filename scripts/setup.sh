@@ -19,6 +19,8 @@ packages=(
   qt6-base-dev fonts-dejavu-core
   # the PostgreSQL 15 server the tests start throw-away instances of
   postgresql-15
+  # the MariaDB server and client the tests start throw-away instances of
+  mariadb-server mariadb-client
 )
 
 # One dpkg-query for all packages; a package it has never heard of prints nothing.
