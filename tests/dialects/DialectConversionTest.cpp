@@ -1,10 +1,14 @@
 // Converting a SELECT between dialects: what goes over and how it prints,
 // what cannot and how the error names it, and Chinook queries written for
-// SQLite or PostgreSQL that give the same rows on the other server after
-// conversion.
+// SQLite, PostgreSQL or MySQL that give the same rows on the other servers
+// after conversion.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <map>
+
 #include "ChinookLoader.h"
+#include "MariaDbChinook.h"
 #include "PostgresServer.h"
 #include "dialects/EngineInit.h"
 #include "frontend/SQLError.h"
@@ -38,6 +42,7 @@ constexpr const char* kPG = "TmvPGSQLSyntaxProvider";
 constexpr const char* kLite = "TmvSQLiteSyntaxProvider";
 constexpr const char* kMS = "TmvMSSQLSyntaxProvider";
 constexpr const char* k92 = "TmvSQL92SyntaxProvider";
+constexpr const char* kMy = "TmvMYSQLSyntaxProvider";
 
 }  // namespace
 
@@ -70,37 +75,48 @@ TEST_F(DialectConversionTest, WhatGoesOverAndWhatIsNamed) {
   for (const Case& c : cases) EXPECT_EQ(Convert(c.text, c.from, c.to), c.result) << c.text;
 }
 
-// Each query, written for one server, converted to the other dialect, gives
-// there the rows it gives where it was written.
+// Each query, written for one server, converted to the dialect of each of
+// the others, gives there the rows it gives where it was written.
 TEST_F(DialectConversionTest, ChinookRowsAgreeAfterConversion) {
   MV_REQUIRE_POSTGRES_CHINOOK();
+  MV_REQUIRE_MARIADB_CHINOOK();
   mvtest::SqliteDatabase lite(mvtest::ChinookSqlitePath());
   mvtest::PostgresServer& pg = mvtest::ChinookOnPostgres();
+  mvtest::MariaDbServer& maria = mvtest::ChinookOnMariaDb();
+  maria.Exec(std::string("USE ") + mvtest::kMariaDbChinookDatabase);
+  const std::map<std::string, std::function<mvtest::SqlRows(const std::string&)>> servers = {
+      {kLite, [&](const std::string& sql) { return lite.Query(sql); }},
+      {kPG, [&](const std::string& sql) { return pg.Query(sql); }},
+      {kMy, [&](const std::string& sql) { return maria.Query(sql); }},
+  };
   struct Case {
     const char* from;
     const char* sql;
   };
   const Case cases[] = {
-      {kLite, R"(SELECT "TrackId", "Name" FROM "Track" WHERE "AlbumId" = 3 ORDER BY "TrackId" LIMIT 2 OFFSET 1)"},
+      // SQLite reads a lone double-quoted word as a string: its columns are qualified.
+      {kLite, R"(SELECT t."TrackId", t."Name" FROM "Track" t WHERE t."AlbumId" = 3 ORDER BY t."TrackId" LIMIT 2 OFFSET 1)"},
       {kLite, R"(SELECT t."Name", a."Title" FROM "Track" t INNER JOIN "Album" a ON a."AlbumId" = t."AlbumId"
                  WHERE a."Title" LIKE 'B%' ORDER BY t."TrackId" LIMIT 10)"},
-      {kLite, R"(SELECT "InvoiceId" FROM "Invoice" WHERE "InvoiceDate" >= '2025-12-01' ORDER BY "InvoiceId")"},
-      {kLite, R"(SELECT "BillingCountry", COUNT(*) AS n FROM "Invoice" GROUP BY "BillingCountry"
-                 HAVING COUNT(*) > 20 ORDER BY n DESC, "BillingCountry" LIMIT 3)"},
-      {kLite, R"(SELECT "Name" FROM "Artist" WHERE "ArtistId" < 3 UNION SELECT "Name" FROM "Genre"
-                 WHERE "GenreId" < 3 ORDER BY 1 LIMIT 3)"},
+      {kLite, R"(SELECT i."InvoiceId" FROM "Invoice" i WHERE i."InvoiceDate" >= '2025-12-01' ORDER BY i."InvoiceId")"},
+      {kLite, R"(SELECT i."BillingCountry", COUNT(*) AS n FROM "Invoice" i GROUP BY i."BillingCountry"
+                 HAVING COUNT(*) > 20 ORDER BY n DESC, i."BillingCountry" LIMIT 3)"},
       {kPG, R"(SELECT "Name" FROM "Track" WHERE "Milliseconds" > 300000 ORDER BY "Milliseconds" DESC LIMIT 4)"},
       {kPG, R"(SELECT "Title" FROM "Album" WHERE "Title" LIKE '%Rock%' ORDER BY 1 LIMIT 3 OFFSET 1)"},
       {kPG, R"(SELECT c."Email", count(*) FROM "Customer" c JOIN "Invoice" i ON i."CustomerId" = c."CustomerId"
                WHERE i."InvoiceDate" < '2021-02-15' GROUP BY c."Email" ORDER BY 1)"},
+      {kMy, R"(SELECT `GenreId`, `Name` FROM `Genre` WHERE `Name` LIKE 'R%' ORDER BY `GenreId` LIMIT 1, 2)"},
+      {kMy, R"(SELECT p.`Name`, COUNT(*) AS tracks FROM `Playlist` p INNER JOIN `PlaylistTrack` pt
+               ON pt.`PlaylistId` = p.`PlaylistId` WHERE pt.`TrackId` < 100 GROUP BY p.`Name` ORDER BY p.`Name`)"},
   };
   for (const Case& c : cases) {
-    const bool fromLite = c.from == kLite;
-    const std::string converted = Convert(c.sql, c.from, fromLite ? kPG : kLite);
-    ASSERT_EQ(converted.rfind("error", 0), std::string::npos) << c.sql << "\n" << converted;
-    const mvtest::SqlRows there = fromLite ? lite.Query(c.sql) : pg.Query(std::string(c.sql));
-    const mvtest::SqlRows here = fromLite ? pg.Query(converted) : lite.Query(converted);
+    const mvtest::SqlRows there = servers.at(c.from)(c.sql);
     ASSERT_FALSE(there.empty()) << c.sql;
-    EXPECT_EQ(mvtest::RowsDiffer(there, here), "") << c.sql << "\n" << converted;
+    for (const auto& [dialect, run] : servers) {
+      if (dialect == c.from) continue;
+      const std::string converted = Convert(c.sql, c.from, dialect.c_str());
+      ASSERT_EQ(converted.rfind("error", 0), std::string::npos) << c.sql << "\n" << converted;
+      EXPECT_EQ(mvtest::RowsDiffer(there, run(converted)), "") << c.sql << "\n" << converted;
+    }
   }
 }
