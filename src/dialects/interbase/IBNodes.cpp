@@ -84,21 +84,10 @@ void TIBSQLPlanItem::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelec
 
 void TIBSQLSelectStatementExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
                                                     const TSQLBuilderSelectFormat& format) {
-  auto* statement = TmvCast<TSQLSubSelectStatement>(node);
-  if (!statement) {
+  if (auto* statement = TmvCast<TSQLSubSelectStatement>(node))
+    BuildStatementWithClauses(*statement, builder, format, {Rows.get(), ForUpdate.get()}, true);
+  else
     TastExtender::BuildSQLForNode(node, builder, format);
-    return;
-  }
-  builder.AddIndent(format.IndentGlobal());
-  statement->BuildWithClause(builder, format);
-  statement->BuildSelects(builder, format);
-  statement->BuildOrderByClause(builder, format);
-  for (TastNode* clause : {static_cast<TastNode*>(Rows.get()), static_cast<TastNode*>(ForUpdate.get())}) {
-    if (!clause) continue;
-    builder.NewLineOrSpace(format.MainPartsFromNewLine(), 1);
-    clause->BuildSQL(builder, format);
-  }
-  builder.EndIndent();
 }
 
 void TIBSQLSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TSQLBuilder& builder,
