@@ -3,6 +3,8 @@
 // levels of the server versions, and its row limits.
 #include <gtest/gtest.h>
 
+#include "DialectFixture.h"
+
 #include "FBPars.h"
 #include "FBScan.h"
 #include "ScanTokens.h"
@@ -20,24 +22,8 @@ using mvtest::ScanTokens;
 
 namespace {
 
-class FirebirdDialectTest : public ::testing::Test {
+class FirebirdDialectTest : public mvtest::DialectFixture<TmvFirebirdSyntaxProvider> {
  protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
-  void SetUp() override { context_.SetSyntaxProvider(&provider_); }
-  void TearDown() override { context_.SetSyntaxProvider(nullptr); }
-
-  static std::string Print(TastNode* node) {
-    TSQLBuilderFast builder;
-    return UTF8Encode(node->SimpleSQL(builder));
-  }
-  // The one-line print of `text`, or the error with its position.
-  std::string Print(const std::string& text) {
-    try {
-      return Print(context_.ParseSelect(UTF8Decode(text)).get());
-    } catch (const EmvSQLError& e) {
-      return "error: " + UTF8Encode(e.Message());
-    }
-  }
   // The print under another server version.
   std::string PrintAt(TmvFirebirdVersion version, const std::string& text) {
     provider_.SetServerVersion(version);
@@ -47,9 +33,6 @@ class FirebirdDialectTest : public ::testing::Test {
     provider_.SetServerVersion(svFirebird2);
     return print;
   }
-
-  TmvFirebirdSyntaxProvider provider_;
-  TmvBaseSQLContext context_;
 };
 
 }  // namespace

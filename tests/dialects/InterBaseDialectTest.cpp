@@ -3,6 +3,8 @@
 // catalog statements, which its own grammar reads.
 #include <gtest/gtest.h>
 
+#include "DialectFixture.h"
+
 #include "IBPars.h"
 #include "IBScan.h"
 #include "ScanTokens.h"
@@ -20,28 +22,7 @@ using mvtest::ScanTokens;
 
 namespace {
 
-class InterBaseDialectTest : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
-  void SetUp() override { context_.SetSyntaxProvider(&provider_); }
-  void TearDown() override { context_.SetSyntaxProvider(nullptr); }
-
-  static std::string Print(TastNode* node) {
-    TSQLBuilderFast builder;
-    return UTF8Encode(node->SimpleSQL(builder));
-  }
-  // The one-line print of `text`, or the error with its position.
-  std::string Print(const std::string& text) {
-    try {
-      return Print(context_.ParseSelect(UTF8Decode(text)).get());
-    } catch (const EmvSQLError& e) {
-      return "error: " + UTF8Encode(e.Message());
-    }
-  }
-
-  TmvIBSyntaxProvider provider_;
-  TmvBaseSQLContext context_;
-};
+class InterBaseDialectTest : public mvtest::DialectFixture<TmvIBSyntaxProvider> {};
 
 }  // namespace
 

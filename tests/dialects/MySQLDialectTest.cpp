@@ -3,6 +3,8 @@
 // limits and dates.
 #include <gtest/gtest.h>
 
+#include "DialectFixture.h"
+
 #include "MYSQLANSIScan.h"
 #include "MYSQLPars.h"
 #include "MYSQLScan.h"
@@ -21,33 +23,14 @@ using mvtest::ScanTokens;
 
 namespace {
 
-class MySQLDialectTest : public ::testing::Test {
+class MySQLDialectTest : public mvtest::DialectFixture<TmvMYSQLSyntaxProvider> {
  protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
-  void SetUp() override { context_.SetSyntaxProvider(&provider_); }
-  void TearDown() override { context_.SetSyntaxProvider(nullptr); }
-
-  static std::string Print(TastNode* node) {
-    TSQLBuilderFast builder;
-    return UTF8Encode(node->SimpleSQL(builder));
-  }
-  // The one-line print of `text`, or the error with its position.
-  std::string Print(const std::string& text) {
-    try {
-      return Print(context_.ParseSelect(UTF8Decode(text)).get());
-    } catch (const EmvSQLError& e) {
-      return "error: " + UTF8Encode(e.Message());
-    }
-  }
   // Switches the scanner by AnsiQuotes; the context takes the new one.
   void SetAnsiQuotes(bool value) {
     context_.SetSyntaxProvider(nullptr);
     provider_.SetAnsiQuotes(value);
     context_.SetSyntaxProvider(&provider_);
   }
-
-  TmvMYSQLSyntaxProvider provider_;
-  TmvBaseSQLContext context_;
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "ChinookLoader.h"
+#include "DialectFixture.h"
 #include "PGSQLPars.h"
 #include "PGSQLScan.h"
 #include "PostgresServer.h"
@@ -21,32 +22,13 @@ using mvtest::ScanTokens;
 
 namespace {
 
-class PGSQLDialectTest : public ::testing::Test {
+class PGSQLDialectTest : public mvtest::DialectFixture<TmvPGSQLSyntaxProvider> {
  protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
-  void SetUp() override { context_.SetSyntaxProvider(&provider_); }
-  void TearDown() override { context_.SetSyntaxProvider(nullptr); }
-
-  static std::string Print(TastNode* node) {
-    TSQLBuilderFast builder;
-    return UTF8Encode(node->SimpleSQL(builder));
-  }
-  // The one-line print of `text`, or the error with its position.
-  std::string Print(const std::string& text) {
-    try {
-      return Print(context_.ParseSelect(UTF8Decode(text)).get());
-    } catch (const EmvSQLError& e) {
-      return "error: " + UTF8Encode(e.Message());
-    }
-  }
   // The condition of the first select of `text`.
   TSQLExpressionItem* Where(const std::string& text) {
     statement_ = context_.ParseSelect(UTF8Decode(text));
     return TmvCast<TSQLSubQuerySelectExpression>(statement_->GetItems(0))->Where.get();
   }
-
-  TmvPGSQLSyntaxProvider provider_;
-  TmvBaseSQLContext context_;
   TmvOwned<TSQLSelectStatement> statement_;
 };
 
