@@ -147,7 +147,7 @@ void TSQLWindowItem::BuildSQLDirect(TSQLBuilder& builder, const TSQLBuilderSelec
   builder.WriteKeyword(u"As");
   builder.Space(3);
   builder.WriteSymbol(u"(");
-  BuildASTField(Specification.get(), builder, format);
+  BuildASTField(Definition.get(), builder, format);
   builder.WriteSymbol(u")");
 }
 

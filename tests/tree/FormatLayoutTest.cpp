@@ -180,7 +180,7 @@ TEST_F(FormatLayout, WindowListHasItsOwnFormat) {
     window->Name.Set(Id(c(), name));
     auto definition = Make<TastNodeWithList>();
     definition->Keyword(word).Space().Keyword(u"By").Space().Identifier(column);
-    window->Specification.Set(std::move(definition));
+    window->Definition.Set(std::move(definition));
     select.s->Window->Add(std::move(window));
   }
   auto s = select.Statement();
