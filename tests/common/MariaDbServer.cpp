@@ -1,5 +1,7 @@
 #include "MariaDbServer.h"
 
+#include "ScratchServer.h"
+
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <mysql.h>
@@ -35,16 +37,6 @@ namespace {
 // Scratch folders are <root>/mvtest-maria.<pid>.XXXXXX, so that a run can
 // tell its own from those of a run that is gone.
 constexpr const char* kFolderPrefix = "mvtest-maria.";
-const char* const kScratchRoots[] = {"/dev/shm", "/tmp"};
-
-std::string ScratchRoot() {
-  struct statvfs room {};
-  if (access("/dev/shm", W_OK) == 0 && statvfs("/dev/shm", &room) == 0 &&
-      static_cast<unsigned long long>(room.f_bavail) * room.f_frsize >= (1ull << 30))
-    return "/dev/shm";
-  return "/tmp";
-}
-
 bool IsExecutable(const std::string& p) { return access(p.c_str(), X_OK) == 0; }
 
 // A program of the server: $MV_MARIADB_BIN/<name>, else the first of the
@@ -59,42 +51,6 @@ std::string FindProgram(const std::string& name) {
 
 bool IsRoot() { return geteuid() == 0; }
 
-std::string LogTail(const std::string& path, size_t lines = 15) {
-  std::ifstream in(path);
-  if (!in) return "(no " + path + ")";
-  std::vector<std::string> all;
-  for (std::string line; std::getline(in, line);) all.push_back(line);
-  std::string out;
-  for (size_t i = all.size() > lines ? all.size() - lines : 0; i < all.size(); ++i) out += "\n  " + all[i];
-  return out.empty() ? "(" + path + " is empty)" : path + ":" + out;
-}
-
-// Starts a program with its output appended to `log`; returns its pid, -1
-// when it could not start.
-pid_t Spawn(std::vector<std::string> args, const std::string& log) {
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 1, log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-  posix_spawn_file_actions_adddup2(&actions, 1, 2);
-  posix_spawn_file_actions_addclosefrom_np(&actions, 3);
-  posix_spawn_file_actions_addchdir_np(&actions, "/");
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  const int error = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  return error == 0 ? pid : -1;
-}
-
-int Wait(pid_t pid) {
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-  }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 // Kills the server of a scratch folder named in its pid file; the data is
 // thrown away, so there is no clean shutdown to wait for.
 void KillServer(const std::string& folder) {
@@ -103,40 +59,7 @@ void KillServer(const std::string& folder) {
   if (pidFile >> pid && pid > 1) kill(static_cast<pid_t>(pid), SIGKILL);
 }
 
-void RemoveStaleFolders() {
-  for (const char* root : kScratchRoots) {
-    std::error_code ec;
-    for (const auto& entry : fs::directory_iterator(root, ec)) {
-      const std::string name = entry.path().filename().string();
-      if (name.rfind(kFolderPrefix, 0) != 0) continue;
-      const long pid = std::atol(name.c_str() + std::strlen(kFolderPrefix));
-      if (pid <= 0 || pid == getpid() || kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH) continue;
-      KillServer(entry.path().string());
-      std::error_code ignored;
-      fs::remove_all(entry.path(), ignored);
-    }
-  }
-}
-
-int FreePort() {
-  static std::mt19937 random(std::random_device{}());
-  std::uniform_int_distribution<int> pick(20000, 59999);
-  for (int attempt = 0; attempt < 200; ++attempt) {
-    const int port = pick(random);
-    const int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (s < 0) break;
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const bool free = bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    close(s);
-    if (free) return port;
-  }
-  throw std::runtime_error("MariaDB test server: no free port on 127.0.0.1");
-}
-
-std::string Abbreviated(const std::string& sql) { return sql.size() > 400 ? sql.substr(0, 400) + "..." : sql; }
+void RemoveStaleFolders() { RemoveStaleScratchFolders(kFolderPrefix, KillServer); }
 
 // Connects through the socket as root, or over TCP as the test user.
 MYSQL* Connect(const std::string& socket, const char* user, const char* password, const char* database,
@@ -220,8 +143,8 @@ void MariaDbServer::Start() {
                                       "--auth-root-authentication-method=normal", "--skip-test-db",
                                       "--skip-name-resolve"};
   if (IsRoot()) install.insert(install.begin() + 2, "--user=root");
-  const pid_t installer = Spawn(install, installLog);
-  const int installExit = installer > 0 ? Wait(installer) : -1;
+  const pid_t installer = SpawnProgram(install, installLog);
+  const int installExit = installer > 0 ? WaitProgram(installer) : -1;
   if (installExit != 0)
     throw std::runtime_error("MariaDB test server: mariadb-install-db failed (exit " + std::to_string(installExit) +
                              ") in " + folder_ + "; " + LogTail(installLog));
@@ -233,7 +156,7 @@ void MariaDbServer::Start() {
   const std::string errorLog = folder_ + "/error.log";
   std::string error;
   for (int attempt = 1;; ++attempt) {
-    port_ = FreePort();
+    port_ = FreeLoopbackPort("MariaDB");
     std::vector<std::string> server = {FindProgram("mariadbd"), "--no-defaults", "--datadir=" + data,
                                        "--socket=" + socket, "--port=" + std::to_string(port_),
                                        "--bind-address=127.0.0.1", "--pid-file=" + folder_ + "/mariadbd.pid",
@@ -243,7 +166,7 @@ void MariaDbServer::Start() {
                                        "--collation-server=utf8mb4_general_ci", "--default-time-zone=+00:00",
                                        "--max-connections=30"};
     if (IsRoot()) server.insert(server.begin() + 2, "--user=root");
-    serverPid_ = Spawn(server, folder_ + "/mariadbd.out");
+    serverPid_ = SpawnProgram(server, folder_ + "/mariadbd.out");
     if (serverPid_ <= 0) throw std::runtime_error("MariaDB test server: cannot start mariadbd");
     MYSQL* root = nullptr;
     bool died = false;
@@ -322,7 +245,7 @@ void MariaDbServer::Stop() noexcept {
   connection_ = nullptr;
   if (serverPid_ > 0) {
     kill(serverPid_, SIGKILL);
-    Wait(serverPid_);
+    WaitProgram(serverPid_);
     serverPid_ = -1;
   } else if (!folder_.empty()) {
     KillServer(folder_);
@@ -333,7 +256,7 @@ void MariaDbServer::Stop() noexcept {
   }
   if (watchdogPid_ > 0) {
     kill(watchdogPid_, SIGKILL);
-    Wait(watchdogPid_);
+    WaitProgram(watchdogPid_);
     watchdogPid_ = -1;
   }
   if (watchdogPipe_ >= 0) close(watchdogPipe_);

@@ -1,5 +1,7 @@
 #include "PostgresServer.h"
 
+#include "ScratchServer.h"
+
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <libpq-fe.h>
@@ -35,18 +37,6 @@ namespace {
 // Scratch folders are <root>/mvtest-pg.<pid>.XXXXXX, so that a run can tell
 // its own from those of a run that is gone.
 constexpr const char* kFolderPrefix = "mvtest-pg.";
-const char* const kScratchRoots[] = {"/dev/shm", "/tmp"};
-
-// Where a cluster goes: memory (/dev/shm) when it has room to spare, since
-// initdb writes a thousand files; else /tmp.
-std::string ScratchRoot() {
-  struct statvfs room {};
-  if (access("/dev/shm", W_OK) == 0 && statvfs("/dev/shm", &room) == 0 &&
-      static_cast<unsigned long long>(room.f_bavail) * room.f_frsize >= (1ull << 30))
-    return "/dev/shm";
-  return "/tmp";
-}
-
 bool IsExecutable(const fs::path& p) { return access(p.c_str(), X_OK) == 0; }
 
 // The folder of initdb, pg_ctl and postgres: $MV_POSTGRES_BIN, else the
@@ -75,40 +65,13 @@ std::string FindRunuser() {
 
 bool IsRoot() { return geteuid() == 0; }
 
-// The last lines of a log file, for failure messages.
-std::string LogTail(const std::string& path, size_t lines = 15) {
-  std::ifstream in(path);
-  if (!in) return "(no " + path + ")";
-  std::vector<std::string> all;
-  for (std::string line; std::getline(in, line);) all.push_back(line);
-  std::string out;
-  for (size_t i = all.size() > lines ? all.size() - lines : 0; i < all.size(); ++i) out += "\n  " + all[i];
-  return out.empty() ? "(" + path + " is empty)" : path + ":" + out;
-}
-
 // Runs a program to its end, output appended to `log`, in `dir`; as the
 // postgres user when `asDbUser` and we are root (initdb refuses root).
 // Returns its exit code, -1 when it could not run or died of a signal.
 int RunProgram(std::vector<std::string> args, const std::string& log, const std::string& dir, bool asDbUser) {
   if (asDbUser && IsRoot()) args.insert(args.begin(), {FindRunuser(), "-u", "postgres", "--"});
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 1, log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-  posix_spawn_file_actions_adddup2(&actions, 1, 2);
-  posix_spawn_file_actions_addclosefrom_np(&actions, 3);
-  if (!dir.empty()) posix_spawn_file_actions_addchdir_np(&actions, dir.c_str());
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  const int error = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) return -1;
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-  }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  const pid_t pid = SpawnProgram(std::move(args), log, dir);
+  return pid > 0 ? WaitProgram(pid) : -1;
 }
 
 // Stops the server of a data folder at once (the data is thrown away).
@@ -127,45 +90,13 @@ void StopCluster(const std::string& bin, const std::string& folder) {
 // Removes scratch folders of runs whose process is gone, stopping their
 // servers first (a run killed together with its watchdog).
 void RemoveStaleFolders(const std::string& bin) {
-  for (const char* root : kScratchRoots) {
-    std::error_code ec;
-    for (const auto& entry : fs::directory_iterator(root, ec)) {
-      const std::string name = entry.path().filename().string();
-      if (name.rfind(kFolderPrefix, 0) != 0) continue;
-      const long pid = std::atol(name.c_str() + std::strlen(kFolderPrefix));
-      if (pid <= 0 || pid == getpid() || kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH) continue;
-      StopCluster(bin, entry.path().string());
-      std::error_code ignored;
-      fs::remove_all(entry.path(), ignored);
-    }
-  }
-}
-
-// A port of 127.0.0.1 that nothing listens on now.
-int FreePort() {
-  static std::mt19937 random(std::random_device{}());
-  std::uniform_int_distribution<int> pick(20000, 59999);
-  for (int attempt = 0; attempt < 200; ++attempt) {
-    const int port = pick(random);
-    const int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (s < 0) break;
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const bool free = bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    close(s);
-    if (free) return port;
-  }
-  throw std::runtime_error("PostgreSQL test server: no free port on 127.0.0.1");
+  RemoveStaleScratchFolders(kFolderPrefix, [&bin](const std::string& folder) { StopCluster(bin, folder); });
 }
 
 std::string Trimmed(std::string s) {
   while (!s.empty() && (s.back() == '\n' || s.back() == ' ')) s.pop_back();
   return s;
 }
-
-std::string Abbreviated(const std::string& sql) { return sql.size() > 400 ? sql.substr(0, 400) + "..." : sql; }
 
 }  // namespace
 
@@ -256,7 +187,7 @@ void PostgresServer::Start() {
   // the test and the server's bind, so a bind failure tries another one.
   const std::string serverLog = folder_ + "/server.log";
   for (int attempt = 1;; ++attempt) {
-    port_ = FreePort();
+    port_ = FreeLoopbackPort("PostgreSQL");
     std::error_code ignored;
     fs::remove(serverLog, ignored);
     const std::string options = "-c listen_addresses=127.0.0.1 -p " + std::to_string(port_) + " -k " + folder_ +

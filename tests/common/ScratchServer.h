@@ -1,0 +1,36 @@
+// What the throw-away database servers of the tests share: a scratch root
+// for their folders, programs run with their output in a log, the clean-up
+// of folders left by dead runs, and free loopback ports.
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace mvtest {
+
+// /dev/shm when it has a gigabyte to spare (servers write many files), else /tmp.
+std::string ScratchRoot();
+
+// The last lines of a log file, for failure messages.
+std::string LogTail(const std::string& path, size_t lines = 15);
+
+// Starts a program, stdin from /dev/null and its output appended to `log`,
+// in `dir` ("/" when empty); its pid, or -1 when it could not start.
+pid_t SpawnProgram(std::vector<std::string> args, const std::string& log, const std::string& dir = "/");
+// Waits for a started program; its exit code, or -1 when it died of a signal.
+int WaitProgram(pid_t pid);
+
+// Removes the scratch folders <root>/<prefix><pid>.XXXXXX of runs whose
+// process is gone, calling `stopServer` on each first.
+void RemoveStaleScratchFolders(const std::string& prefix, const std::function<void(const std::string&)>& stopServer);
+
+// A port of 127.0.0.1 that nothing listens on now; throws naming `server`.
+int FreeLoopbackPort(const std::string& server);
+
+// A statement cut to 400 characters for messages.
+std::string Abbreviated(const std::string& sql);
+
+}  // namespace mvtest
