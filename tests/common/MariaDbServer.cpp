@@ -139,7 +139,12 @@ void MariaDbServer::Start() {
 
   const std::string data = folder_ + "/data";
   const std::string installLog = folder_ + "/install.log";
+  // A private folder for temporary tables: a starting server removes the
+  // temporary files it finds in its folder, those of other servers too.
+  const std::string temporary = folder_ + "/tmp";
+  fs::create_directories(temporary);
   std::vector<std::string> install = {FindProgram("mariadb-install-db"), "--no-defaults", "--datadir=" + data,
+                                      "--tmpdir=" + temporary,
                                       "--auth-root-authentication-method=normal", "--skip-test-db",
                                       "--skip-name-resolve"};
   if (IsRoot()) install.insert(install.begin() + 2, "--user=root");
@@ -158,7 +163,7 @@ void MariaDbServer::Start() {
   for (int attempt = 1;; ++attempt) {
     port_ = FreeLoopbackPort("MariaDB");
     std::vector<std::string> server = {FindProgram("mariadbd"), "--no-defaults", "--datadir=" + data,
-                                       "--socket=" + socket, "--port=" + std::to_string(port_),
+                                       "--tmpdir=" + temporary, "--socket=" + socket, "--port=" + std::to_string(port_),
                                        "--bind-address=127.0.0.1", "--pid-file=" + folder_ + "/mariadbd.pid",
                                        "--log-error=" + errorLog, "--skip-name-resolve", "--skip-log-bin",
                                        "--innodb-buffer-pool-size=64M", "--innodb-log-file-size=16M",
@@ -247,6 +252,8 @@ void MariaDbServer::Stop() noexcept {
     kill(serverPid_, SIGKILL);
     WaitProgram(serverPid_);
     serverPid_ = -1;
+    // The kernel may close a killed server's sockets a moment after it is reaped.
+    if (port_ > 0) LoopbackPortClosedWithin(port_, 5000);
   } else if (!folder_.empty()) {
     KillServer(folder_);
   }

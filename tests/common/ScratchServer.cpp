@@ -11,11 +11,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <stdexcept>
+#include <thread>
 
 extern char** environ;
 
@@ -36,8 +38,12 @@ std::string LogTail(const std::string& path, size_t lines) {
   if (!in) return "(no " + path + ")";
   std::vector<std::string> all;
   for (std::string line; std::getline(in, line);) all.push_back(line);
+  // Error lines above the tail come first: programs often end with pages of advice.
+  const size_t tail = all.size() > lines ? all.size() - lines : 0;
   std::string out;
-  for (size_t i = all.size() > lines ? all.size() - lines : 0; i < all.size(); ++i) out += "\n  " + all[i];
+  for (size_t i = 0; i < tail; ++i)
+    if (all[i].find("ERROR") != std::string::npos) out += "\n  " + all[i];
+  for (size_t i = tail; i < all.size(); ++i) out += "\n  " + all[i];
   return out.empty() ? "(" + path + " is empty)" : path + ":" + out;
 }
 
@@ -78,6 +84,37 @@ void RemoveStaleScratchFolders(const std::string& prefix, const std::function<vo
       fs::remove_all(entry.path(), ignored);
     }
   }
+}
+
+bool LoopbackPortAnswers(int port) {
+  const int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (s < 0) return false;
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  const bool connected = connect(s, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+  close(s);
+  return connected;
+}
+
+namespace {
+bool HoldsWithin(const std::function<bool()>& condition, int limitMs) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(limitMs);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return true;
+}
+}  // namespace
+
+bool LoopbackPortClosedWithin(int port, int limitMs) {
+  return HoldsWithin([port] { return !LoopbackPortAnswers(port); }, limitMs);
+}
+
+bool FolderGoneWithin(const std::string& folder, int limitMs) {
+  return HoldsWithin([&folder] { return !fs::exists(folder); }, limitMs);
 }
 
 int FreeLoopbackPort(const std::string& server) {

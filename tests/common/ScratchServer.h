@@ -30,6 +30,13 @@ void RemoveStaleScratchFolders(const std::string& prefix, const std::function<vo
 // A port of 127.0.0.1 that nothing listens on now; throws naming `server`.
 int FreeLoopbackPort(const std::string& server);
 
+// Whether something accepts connections on 127.0.0.1:`port`.
+bool LoopbackPortAnswers(int port);
+// Waits up to `limit` milliseconds for the port to stop answering; whether it did.
+bool LoopbackPortClosedWithin(int port, int limitMs);
+// Waits up to `limit` milliseconds for a folder to disappear; whether it did.
+bool FolderGoneWithin(const std::string& folder, int limitMs);
+
 // A statement cut to 400 characters for messages.
 std::string Abbreviated(const std::string& sql);
 

@@ -1,9 +1,6 @@
 // The throw-away MariaDB server of the tests and the Chinook database it is
 // loaded with: the same rows as the SQLite file, the awkward names, and a
 // server that leaves nothing behind, also when its run dies.
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -16,31 +13,9 @@
 
 #include "MariaDbChinook.h"
 #include "RunTool.h"
+#include "ScratchServer.h"
 
 namespace fs = std::filesystem;
-
-namespace {
-
-bool Listening(int port) {
-  const int s = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  const bool connected = connect(s, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-  close(s);
-  return connected;
-}
-
-bool GoneWithin(const std::string& folder, std::chrono::seconds limit) {
-  for (auto end = std::chrono::steady_clock::now() + limit; std::chrono::steady_clock::now() < end;) {
-    if (!fs::exists(folder)) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return !fs::exists(folder);
-}
-
-}  // namespace
 
 // Every table arrives with its rows and foreign keys, and the awkward tables
 // read as on SQLite (names, quotes, NULLs, non-ASCII text).
@@ -93,7 +68,7 @@ TEST(MariaDbServerFixture, OwnServerCleansUpBeforeAndAfter) {
     folder = db.Folder();
     port = db.Port();
     EXPECT_FALSE(fs::exists(stale));
-    EXPECT_TRUE(Listening(port));
+    EXPECT_TRUE(mvtest::LoopbackPortAnswers(port));
     try {
       db.Exec("SELECT * FROM no_such_table");
       ADD_FAILURE() << "no exception";
@@ -105,7 +80,7 @@ TEST(MariaDbServerFixture, OwnServerCleansUpBeforeAndAfter) {
               (mvtest::SqlRows{{std::nullopt, "", "NULL", "Grüße 東京"}}));
   }
   EXPECT_FALSE(fs::exists(folder));
-  EXPECT_FALSE(Listening(port));
+  EXPECT_FALSE(mvtest::LoopbackPortAnswers(port));
 }
 
 // A run that ends without its destructors (as when killed or crashed) leaves
@@ -125,7 +100,6 @@ TEST(MariaDbServerFixture, DeadRunLeavesNothing) {
   static const std::regex said("folder=(\\S+) port=(\\d+)");
   ASSERT_TRUE(std::regex_search(child.out, m, said)) << child.out << child.err;
   EXPECT_NE(child.exitCode, 0);
-  EXPECT_TRUE(GoneWithin(m[1], std::chrono::seconds(20))) << m[1];
-  for (int i = 0; i < 100 && Listening(std::stoi(m[2])); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_FALSE(Listening(std::stoi(m[2])));
+  EXPECT_TRUE(mvtest::FolderGoneWithin(m[1], 20000)) << m[1];
+  EXPECT_TRUE(mvtest::LoopbackPortClosedWithin(std::stoi(m[2]), 5000));
 }

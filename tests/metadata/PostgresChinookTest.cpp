@@ -1,9 +1,6 @@
 // The throw-away PostgreSQL server of the tests and the Chinook database it is
 // loaded with: the same SQL text gives the same rows on SQLite and on
 // PostgreSQL, and a server leaves nothing behind, also when its run dies.
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -19,29 +16,11 @@
 #include "ChinookLoader.h"
 #include "PostgresServer.h"
 #include "RunTool.h"
+#include "ScratchServer.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-bool Listening(int port) {
-  const int s = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  const bool connected = connect(s, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-  close(s);
-  return connected;
-}
-
-bool GoneWithin(const std::string& folder, std::chrono::seconds limit) {
-  for (auto end = std::chrono::steady_clock::now() + limit; std::chrono::steady_clock::now() < end;) {
-    if (!fs::exists(folder)) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return !fs::exists(folder);
-}
 
 std::vector<std::string> Column(const mvtest::SqlRows& rows) {
   std::vector<std::string> out;
@@ -137,7 +116,7 @@ TEST(PostgresServerFixture, OwnServerCleansUpBeforeAndAfter) {
     folder = pg.Folder();
     port = pg.Port();
     EXPECT_FALSE(fs::exists(stale));
-    EXPECT_TRUE(Listening(port));
+    EXPECT_TRUE(mvtest::LoopbackPortAnswers(port));
     EXPECT_EQ(pg.Query("SELECT NULL, '', 'NULL', 'Grüße'"),
               (mvtest::SqlRows{{std::nullopt, "", "NULL", "Grüße"}}));
     EXPECT_EQ(pg.Query(u"SELECT 1 WHERE false"), mvtest::SqlRows{});
@@ -150,7 +129,7 @@ TEST(PostgresServerFixture, OwnServerCleansUpBeforeAndAfter) {
     }
   }
   EXPECT_FALSE(fs::exists(folder));
-  EXPECT_FALSE(Listening(port));
+  EXPECT_FALSE(mvtest::LoopbackPortAnswers(port));
 }
 
 // A run that ends without its destructors (as when killed or crashed) leaves
@@ -170,6 +149,6 @@ TEST(PostgresServerFixture, DeadRunLeavesNothing) {
   static const std::regex said("folder=(\\S+) port=(\\d+)");
   ASSERT_TRUE(std::regex_search(child.out, m, said)) << child.out << child.err;
   EXPECT_NE(child.exitCode, 0);
-  EXPECT_TRUE(GoneWithin(m[1], std::chrono::seconds(20))) << m[1];
-  EXPECT_FALSE(Listening(std::stoi(m[2])));
+  EXPECT_TRUE(mvtest::FolderGoneWithin(m[1], 20000)) << m[1];
+  EXPECT_TRUE(mvtest::LoopbackPortClosedWithin(std::stoi(m[2]), 5000));
 }
