@@ -4,10 +4,12 @@
 #include "MYSQLPars.h"
 #include "MYSQLScan.h"
 #include "dialects/mysql/MYSQLNodes.h"
+#include "dialects/mysql/MySQLCatalog.h"
 #include "frontend/KeywordResources.h"
 #include "frontend/Parser.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataProvider.h"
 #include "support/DateTime.h"
 #include "support/Exceptions.h"
 #include "support/FormatSettings.h"
@@ -314,5 +316,62 @@ WideString TmvMYSQLSyntaxProvider::GetDateTime(const TSQLExpressionItem* express
 }
 
 // --- The server's catalog ---
+
+void TmvMYSQLSyntaxProvider::DetectVersionFor(TmvBaseSQLContext* context) {
+  if (GetDetectServerVersion() && context && context->MetadataProvider())
+    DoDetectServerVersion(context->MetadataProvider(), nullptr);
+}
+
+TmvSyntaxSupportConectedServer TmvMYSQLSyntaxProvider::IsSupportConnectedServer(
+    TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) const {
+  const TmvSyntaxSupportConectedServer answer =
+      IsConnectedServerIsMySQL(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+  return answer == scsDontKnow ? TmvMatrixSyntaxProvider::IsSupportConnectedServer(metadataProvider, owner) : answer;
+}
+
+void TmvMYSQLSyntaxProvider::DoDetectServerVersion(TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) {
+  TmvMatrixSyntaxProvider::DoDetectServerVersion(metadataProvider, owner);
+  SetServerVersionInt(
+      CalcServerVersionMySQL(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr));
+}
+
+void TmvMYSQLSyntaxProvider::GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                              std::vector<WideString>& list) {
+  DetectVersionFor(context);
+  if (!GetDatabasesListMySQL(context, connection, list))
+    TmvMatrixSyntaxProvider::GetDatabasesList(context, connection, list);
+}
+
+TmvOwned<TSQLQualifiedName> TmvMYSQLSyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
+                                                                           TmvConnection* connection) {
+  DetectVersionFor(context);
+  if (auto name = GetDefaultDatabaseNameMySQL(context, connection)) return name;
+  return TmvMatrixSyntaxProvider::GetDefaultDatabaseName(context, connection);
+}
+
+void TmvMYSQLSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                 TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                 const TSQLQualifiedName* database) {
+  DetectVersionFor(context);
+  if (!LoadMetadataObjectsMySQL(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvMYSQLSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                   TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                   const TSQLQualifiedName* database) {
+  DetectVersionFor(context);
+  if (!LoadMetadataRelationsMySQL(context, connection, container, filter, database) && tryToSelectLinksViaDriver_)
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
+
+void TmvMYSQLSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                           TmvMetadataObject* object) {
+  DetectVersionFor(context);
+  if (!LoadFieldsForObjectMySQL(context, connection, object, serverVersion_))
+    TmvMatrixSyntaxProvider::LoadFieldsForObjectFromServer(context, connection, object);
+}
+
+// --- end of the server's catalog ---
 
 }  // namespace mv

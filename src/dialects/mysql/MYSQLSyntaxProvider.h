@@ -76,9 +76,30 @@ class TmvMYSQLSyntaxProvider : public TmvMatrixSyntaxProvider {
   WideString GetTime(const TSQLExpressionItem* expression) const override;
   WideString GetDateTime(const TSQLExpressionItem* expression) const override;
 
-  // --- The server's catalog ---
+  // --- The server's catalog (MySQLCatalog.h). The probe decides unless it
+  // cannot run SQL; each load detects the version first when
+  // DetectServerVersion is on, and falls back on the base where the catalog
+  // gives no answer (relations only under TryToSelectLinksViaDriver). ---
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  // The base's step, then the version the server gives.
+  void DoDetectServerVersion(TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) override;
+  void GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,
+                        std::vector<WideString>& list) override;
+  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  // information_schema.COLUMNS from 5.0.0 on, "show columns" below.
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
+  // --- end of the server's catalog ---
 
  private:
+  // Reads the version when DetectServerVersion is on (once).
+  void DetectVersionFor(TmvBaseSQLContext* context);
+
   bool ansiQuotes_ = false;
   bool tryToSelectLinksViaDriver_ = false;
   int serverVersion_ = kDefaultServerVersion;
