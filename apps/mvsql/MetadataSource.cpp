@@ -1,14 +1,17 @@
 #include "MetadataSource.h"
 
+#include "dialects/mysql/MySQLCatalog.h"
 #include "dialects/pgsql/PGSQLCatalog.h"
 #include "dialects/universal/AutoSyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataFilter.h"
 #include "metadata/MetadataObject.h"
+#include "metadata/dataset/MariaDbConnection.h"
 #include "metadata/dataset/PostgresConnection.h"
 #include "metadata/dataset/SQLiteCatalog.h"
 #include "metadata/dataset/SQLiteConnection.h"
 #include "support/Exceptions.h"
+#include "tree/QualifiedNames.h"
 
 namespace mvsql {
 
@@ -69,6 +72,45 @@ void MetadataSource::LoadPostgreSQL(const std::string& connectionString) {
     if (mv::LoadFieldsForObjectPostgreSQL(&context_, reader, object)) object->GetFields()->SetLoaded(true);
   }
   mv::LoadMetadataCustomAggregateNamesPostgreSQL(&context_, reader, container_);
+  container_->SetLoaded(true);
+  container_->SetWorkOffline(true);
+}
+
+void MetadataSource::LoadMySQL(const std::string& uri) {
+  auto connection = std::make_unique<mv::TmvMariaDbConnection>(mv::UTF8Decode(uri));
+  connection->Open();  // a server that is down or refuses the login stops here, named
+  const mv::WideString server = connection->ServerText();
+  const bool oneDatabase = !connection->Database().empty();
+  connection_ = std::move(connection);
+  provider_.SetConnection(connection_.get());
+  context_.SetMetadataProvider(&provider_);
+  if (auto* automatic = dynamic_cast<mv::TmvAutoSyntaxProvider*>(context_.SyntaxProvider()))
+    automatic->DetectSyntaxProvider(&context_, nullptr);
+
+  mv::TmvConnection* reader = connection_.get();
+  const mv::WideString refused = u"The " + server + u" refused the catalog queries (information_schema)";
+  if (oneDatabase) {
+    if (!mv::LoadMetadataObjectsMySQL(&context_, reader, container_, nullptr, nullptr)) throw mv::EmvQueryBuilderError(refused);
+  } else {
+    std::vector<mv::WideString> databases;
+    if (!mv::GetDatabasesListMySQL(&context_, reader, databases)) throw mv::EmvQueryBuilderError(refused);
+    for (const mv::WideString& name : databases) {
+      if (mv::WideSameText(name, u"information_schema") || mv::WideSameText(name, u"mysql") ||
+          mv::WideSameText(name, u"performance_schema") || mv::WideSameText(name, u"sys"))
+        continue;
+      auto database = mv::TastCreate<mv::TSQLQualifiedName>(&context_);
+      database->AddName(name, false);
+      if (!mv::LoadMetadataObjectsMySQL(&context_, reader, container_, nullptr, database.get()))
+        throw mv::EmvQueryBuilderError(refused);
+    }
+  }
+  if (!mv::LoadMetadataRelationsMySQL(&context_, reader, container_, nullptr, nullptr))
+    throw mv::EmvQueryBuilderError(refused);
+  const int version = mv::CalcServerVersionMySQL(&provider_, reader);
+  for (int i = 0; i < container_->Count(); ++i) {
+    mv::TmvMetadataObject* object = container_->Items(i);
+    if (mv::LoadFieldsForObjectMySQL(&context_, reader, object, version)) object->GetFields()->SetLoaded(true);
+  }
   container_->SetLoaded(true);
   container_->SetWorkOffline(true);
 }
