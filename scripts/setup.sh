@@ -21,6 +21,9 @@ packages=(
   postgresql-15
   # the MariaDB server and client the tests start throw-away instances of
   mariadb-server mariadb-client
+  # the Firebird 3 server the tests start throw-away instances of, and the
+  # client library with its headers behind the Firebird adapter
+  firebird3.0-server firebird-dev
 )
 
 # One dpkg-query for all packages; a package it has never heard of prints nothing.
