@@ -99,7 +99,9 @@ std::vector<std::string> CopySqliteToMariaDb(const std::string& sqlitePath, Mari
       for (size_t i = 0; i < key.size(); ++i) ddl += (i ? ", " : "") + key[i].second;
       ddl += ")";
     }
-    server.Exec(ddl + ") ENGINE=InnoDB DEFAULT CHARSET=utf8mb4");
+    // Texts compare by their bytes, as in the SQLite file: the server's
+    // default collation ignores case and accents ("Lazão" = "Lazao").
+    server.Exec(ddl + ") ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_bin");
 
     // The rows in multi-row INSERTs of about half a megabyte.
     const std::string insert = "INSERT INTO " + db + Quoted(table) + " (" + list + ") VALUES ";
@@ -162,7 +164,7 @@ MariaDbServer& ChinookOnMariaDb() {
       const std::string path = ChinookSqlitePath();
       if (path.empty()) throw std::runtime_error("Chinook_Sqlite.sqlite is not in the shared corpus");
       const std::string database = Quoted(kMariaDbChinookDatabase);
-      server.Exec("CREATE DATABASE " + database + " CHARACTER SET utf8mb4");
+      server.Exec("CREATE DATABASE " + database + " CHARACTER SET utf8mb4 COLLATE utf8mb4_bin");
       CopySqliteToMariaDb(path, server, kMariaDbChinookDatabase);
       // The awkward names are written in double quotes: names under ANSI_QUOTES.
       server.Exec("USE " + database + "; SET SESSION sql_mode = CONCAT(@@sql_mode, ',ANSI_QUOTES')");

@@ -17,10 +17,12 @@
 #include <vector>
 
 #include "ChinookLoader.h"
+#include "MariaDbChinook.h"
 #include "Corpus.h"
 #include "ReferenceDialect.h"
 #include "component/QueryBuilder.h"
 #include "dialects/EngineInit.h"
+#include "dialects/mysql/MYSQLSyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvidersList.h"
 #include "metadata/MetadataContainer.h"
@@ -263,21 +265,34 @@ TEST_F(TransformedRowsTest, ChinookOnSQLite) {
   RunCases(*chinook.builder, [&](const mv::WideString& sql) { return RunQuery(chinook.connection, sql); });
 }
 
+Rows AsRows(const mvtest::SqlRows& sqlRows) {
+  Rows rows;
+  for (const mvtest::SqlRow& row : sqlRows) {
+    Row values;
+    for (const auto& value : row) values.push_back(value ? *value : "NULL");
+    rows.push_back(std::move(values));
+  }
+  return rows;
+}
+
 // The same cases on PostgreSQL, whose copy of Chinook spells its names as
 // SQLite does: the cases quote them.
 TEST_F(TransformedRowsTest, ChinookOnPostgres) {
   MV_REQUIRE_POSTGRES_CHINOOK();
   ChinookBuilder chinook(mvtest::ChinookSqlitePath(), "TmvPGSQLSyntaxProvider");
   mvtest::PostgresServer& server = mvtest::ChinookOnPostgres();
-  RunCases(*chinook.builder, [&](const mv::WideString& sql) {
-    Rows rows;
-    for (const mvtest::SqlRow& row : server.Query(sql)) {
-      Row values;
-      for (const auto& value : row) values.push_back(value ? *value : "NULL");
-      rows.push_back(std::move(values));
-    }
-    return rows;
-  });
+  RunCases(*chinook.builder, [&](const mv::WideString& sql) { return AsRows(server.Query(sql)); });
+}
+
+// And on MariaDB, with double quotes read as names by both sides.
+TEST_F(TransformedRowsTest, ChinookOnMariaDb) {
+  MV_REQUIRE_MARIADB_CHINOOK();
+  ChinookBuilder chinook(mvtest::ChinookSqlitePath(), "TmvMYSQLSyntaxProvider");
+  static_cast<mv::TmvMYSQLSyntaxProvider*>(chinook.provider.get())->SetAnsiQuotes(true);
+  mvtest::MariaDbServer& server = mvtest::ChinookOnMariaDb();
+  server.Exec(std::string("USE ") + mvtest::kMariaDbChinookDatabase + "; SET SESSION sql_mode = 'ANSI_QUOTES'");
+  RunCases(*chinook.builder, [&](const mv::WideString& sql) { return AsRows(server.Query(sql)); });
+  server.Exec("SET SESSION sql_mode = DEFAULT; USE test");
 }
 
 }  // namespace
