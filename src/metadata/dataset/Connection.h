@@ -17,6 +17,9 @@
 //     backslash escapes and # comments on.
 //   - ODBC: `?` per occurrence; SQLPrepare + SQLNumResultCols/SQLDescribeCol
 //     (SQLColAttribute for nullability); SQLCancel.
+//   - Firebird client (fbclient, ISC API): `?` per occurrence;
+//     isc_dsql_prepare + isc_dsql_describe/describe_bind; a transaction per
+//     run; cancel by fb_cancel_operation.
 // Text crosses into the library as UTF-8 (or SQLWCHAR for ODBC) and comes
 // back as UTF-16 in the fields.
 //
