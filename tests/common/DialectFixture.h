@@ -8,13 +8,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "dialects/EngineInit.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SQLError.h"
 #include "sqlgen/SQLBuilder.h"
 #include "tree/SelectStatement.h"
+#include "SqlRows.h"
 
 namespace mvtest {
 
@@ -35,6 +39,34 @@ class DialectFixture : public ::testing::Test {
     } catch (const mv::EmvSQLError& e) {
       return "error: " + mv::UTF8Encode(e.Message());
     }
+  }
+
+  // Row limits set by the provider on `text`, run on a server by `query`:
+  // each case gives the rows [from, from + rows) of the unlimited query.
+  struct LimitsCase {
+    const char16_t* offset;
+    const char16_t* count;
+    size_t from, rows;
+  };
+  void ExpectLimitsOnServer(const mv::WideString& text, const std::vector<LimitsCase>& cases,
+                            const std::function<SqlRows(const mv::WideString&)>& query) {
+    const SqlRows all = query(text);
+    ASSERT_GT(all.size(), 20u) << mv::UTF8Encode(text);
+    auto statement = context_.ParseSelect(text);
+    for (const LimitsCase& c : cases) {
+      auto limited = provider_.TransformQueryLimits(statement.get(), c.offset, c.count);
+      ASSERT_NE(limited, nullptr);
+      mv::TSQLBuilderFast builder;
+      const mv::WideString sql = limited->SimpleSQL(builder);
+      const auto begin = all.begin() + static_cast<std::ptrdiff_t>(std::min(c.from, all.size()));
+      const auto end = begin + static_cast<std::ptrdiff_t>(std::min(c.rows, size_t(all.end() - begin)));
+      EXPECT_EQ(query(sql), SqlRows(begin, end)) << mv::UTF8Encode(sql);
+    }
+  }
+  // The cases every dialect with both limits passes: a count, an offset,
+  // both, and an offset past the end.
+  static std::vector<LimitsCase> CommonLimitsCases() {
+    return {{u"", u"5", 0, 5}, {u"3", u"", 3, ~size_t(0)}, {u"4", u"6", 4, 6}, {u"1000", u"2", 1000, 0}};
   }
 
   Provider provider_;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "DialectFixture.h"
+#include "MariaDbChinook.h"
 
 #include "MYSQLANSIScan.h"
 #include "MYSQLPars.h"
@@ -248,6 +249,17 @@ TEST_F(MySQLDialectTest, LimitsOfASingleSelect) {
   auto plain = context_.ParseSelect(u"select 1");
   EXPECT_THROW(provider_.TransformQueryLimits(plain.get(), u"", u"5 rows"), EConvertError);
   EXPECT_THROW(provider_.TransformQueryLimits(plain.get(), u"x", u"5"), EConvertError);
+}
+
+TEST_F(MySQLDialectTest, LimitsRunOnTheServer) {
+  MV_REQUIRE_MARIADB_CHINOOK();
+  mvtest::MariaDbServer& db = mvtest::ChinookOnMariaDb();
+  db.Exec(std::string("USE ") + mvtest::kMariaDbChinookDatabase);
+  // An offset alone is not set: all rows come back.
+  ExpectLimitsOnServer(u"SELECT `TrackId`, `Name` FROM `Track` WHERE `AlbumId` < 5 ORDER BY `TrackId`",
+                       {{u"", u"5", 0, 5}, {u"3", u"", 0, ~size_t(0)}, {u"4", u"6", 4, 6}, {u"1000", u"2", 1000, 0}},
+                       [&](const WideString& sql) { return db.Query(sql); });
+  db.Exec("USE test");
 }
 
 TEST_F(MySQLDialectTest, DatesAsStrToDate) {

@@ -187,22 +187,6 @@ TEST_F(PGSQLDialectTest, LimitsOnTheStatement) {
 TEST_F(PGSQLDialectTest, LimitsRunOnTheServer) {
   MV_REQUIRE_POSTGRES_CHINOOK();
   mvtest::PostgresServer& pg = mvtest::ChinookOnPostgres();
-  const WideString text = u"SELECT \"TrackId\", \"Name\" FROM \"Track\" WHERE \"AlbumId\" < 5 ORDER BY \"TrackId\"";
-  const mvtest::SqlRows all = pg.Query(text);
-  ASSERT_GT(all.size(), 20u);
-  auto statement = context_.ParseSelect(text);
-  struct Case {
-    const char16_t* offset;
-    const char16_t* count;
-    size_t from, rows;
-  };
-  const Case cases[] = {{u"", u"5", 0, 5}, {u"3", u"", 3, all.size() - 3}, {u"4", u"6", 4, 6}, {u"1000", u"2", 0, 0}};
-  for (const Case& c : cases) {
-    auto limited = provider_.TransformQueryLimits(statement.get(), c.offset, c.count);
-    TSQLBuilderFast builder;
-    const WideString sql = limited->SimpleSQL(builder);
-    const mvtest::SqlRows rows = pg.Query(sql);
-    const auto begin = all.begin() + static_cast<std::ptrdiff_t>(std::min(c.from, all.size()));
-    EXPECT_EQ(rows, mvtest::SqlRows(begin, begin + static_cast<std::ptrdiff_t>(c.rows))) << UTF8Encode(sql);
-  }
+  ExpectLimitsOnServer(u"SELECT \"TrackId\", \"Name\" FROM \"Track\" WHERE \"AlbumId\" < 5 ORDER BY \"TrackId\"",
+                       CommonLimitsCases(), [&](const WideString& sql) { return pg.Query(sql); });
 }
