@@ -129,11 +129,14 @@ const std::vector<Command>& AllCommands() {
        "                  per provider, tab-separated\n",
        RunDialects},
       {"metadata",
-       "read metadata from a metadata XML file, a SQLite database or a PostgreSQL or MySQL server; summary or XML",
+       "read metadata from a metadata XML file, a SQLite database or a PostgreSQL, MySQL or Firebird server; "
+       "summary or XML",
        "mvsql metadata --xml FILE [-o OUT.xml] [--summary] [--dialect NAME]\n"
        "       mvsql metadata --sqlite FILE [-o OUT.xml] [--summary] [--dialect NAME]\n"
        "       mvsql metadata --postgresql CONNINFO [-o OUT.xml] [--summary] [--dialect NAME]\n"
        "       mvsql metadata --mysql URI [-o OUT.xml] [--summary] [--dialect NAME]\n"
+       "       mvsql metadata --firebird DSN [--user NAME] [--password TEXT] [-o OUT.xml] [--summary]\n"
+       "                      [--dialect NAME]\n"
        "  --xml FILE      a metadata XML file\n"
        "  --sqlite FILE   the catalog of a SQLite database, opened read-only\n"
        "  --postgresql CONNINFO\n"
@@ -144,11 +147,16 @@ const std::vector<Command>& AllCommands() {
        "                  the objects of that database (without one, of every database but\n"
        "                  information_schema, mysql, performance_schema and sys), their fields and\n"
        "                  foreign keys\n"
+       "  --firebird DSN  the catalog of a Firebird database (the client's DSN, host/port:database):\n"
+       "                  its tables, views and procedures outside RDB$, MON$ and SEC$, their fields\n"
+       "                  and foreign keys; the login is --user and --password, else the variables\n"
+       "                  ISC_USER and ISC_PASSWORD\n"
        "  -o, --output F  write the metadata as XML to F\n"
        "  --summary       print the default names and the objects by kind with their fields and\n"
        "                  relations (the default for --xml without -o)\n"
        "  --dialect NAME  the dialect names are read and compared under (default sql92; postgresql\n"
-       "                  for --postgresql, mysql for --mysql); auto detects it from the\n"
+       "                  for --postgresql, mysql for --mysql, firebird for --firebird); auto\n"
+       "                  detects it from the\n"
        "                  connection, and the summary names what it found\n"
        "Without -o and --summary, --sqlite and the servers print the XML. A file that cannot be\n"
        "read prints its error (file, line and element for XML), a server that cannot be reached\n"

@@ -1,11 +1,13 @@
 #include "MetadataSource.h"
 
+#include "dialects/firebird/FirebirdCatalog.h"
 #include "dialects/mysql/MySQLCatalog.h"
 #include "dialects/pgsql/PGSQLCatalog.h"
 #include "dialects/universal/AutoSyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataFilter.h"
 #include "metadata/MetadataObject.h"
+#include "metadata/dataset/FirebirdConnection.h"
 #include "metadata/dataset/MariaDbConnection.h"
 #include "metadata/dataset/PostgresConnection.h"
 #include "metadata/dataset/SQLiteCatalog.h"
@@ -110,6 +112,35 @@ void MetadataSource::LoadMySQL(const std::string& uri) {
   for (int i = 0; i < container_->Count(); ++i) {
     mv::TmvMetadataObject* object = container_->Items(i);
     if (mv::LoadFieldsForObjectMySQL(&context_, reader, object, version)) object->GetFields()->SetLoaded(true);
+  }
+  container_->SetLoaded(true);
+  container_->SetWorkOffline(true);
+}
+
+void MetadataSource::LoadFirebird(const std::string& dsn, const std::string& user, const std::string& password) {
+  auto connection = std::make_unique<mv::TmvFirebirdConnection>(mv::UTF8Decode(dsn), mv::UTF8Decode(user),
+                                                                mv::UTF8Decode(password));
+  connection->Open();  // a server that is down or refuses the login stops here, named
+  const mv::WideString server = connection->ServerText();
+  connection_ = std::move(connection);
+  provider_.SetConnection(connection_.get());
+  context_.SetMetadataProvider(&provider_);
+  if (auto* automatic = dynamic_cast<mv::TmvAutoSyntaxProvider*>(context_.SyntaxProvider()))
+    automatic->DetectSyntaxProvider(&context_, nullptr);
+
+  mv::TmvMetadataFilter userObjects;
+  for (const char16_t* mask : {u"RDB$%", u"MON$%", u"SEC$%"}) {
+    mv::TmvMetadataFilterItem* item = userObjects.Add();
+    item->SetObjectMask(mask);
+    item->SetExclude(true);
+  }
+  mv::TmvConnection* reader = connection_.get();
+  if (!mv::LoadMetadataObjectsFirebird(&context_, reader, container_, &userObjects) ||
+      !mv::LoadMetadataRelationsFirebird(&context_, reader, container_, &userObjects))
+    throw mv::EmvQueryBuilderError(u"The " + server + u" refused the catalog queries (rdb$relations)");
+  for (int i = 0; i < container_->Count(); ++i) {
+    mv::TmvMetadataObject* object = container_->Items(i);
+    if (mv::LoadFieldsForObjectFirebird(&context_, reader, object)) object->GetFields()->SetLoaded(true);
   }
   container_->SetLoaded(true);
   container_->SetWorkOffline(true);

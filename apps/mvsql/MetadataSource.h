@@ -40,6 +40,11 @@ class MetadataSource {
   // (information_schema, mysql, performance_schema, sys). Under the
   // automatic dialect the server's dialect is detected first.
   void LoadMySQL(const std::string& uri);
+  // The tables, views and stored procedures of a Firebird database outside
+  // the server's own (RDB$, MON$, SEC$), their fields and foreign keys; `dsn`
+  // is the client library's ("host/port:database"), `user` and `password`
+  // the login.
+  void LoadFirebird(const std::string& dsn, const std::string& user, const std::string& password);
 
   mv::TmvMetadataContainer& Container() { return *container_; }
 

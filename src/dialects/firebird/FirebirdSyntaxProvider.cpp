@@ -2,10 +2,12 @@
 
 #include "FBPars.h"
 #include "FBScan.h"
+#include "dialects/firebird/FirebirdCatalog.h"
 #include "dialects/firebird/FirebirdNodes.h"
 #include "frontend/KeywordResources.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataProvider.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/Exceptions.h"
 #include "support/TextHelpers.h"
@@ -179,5 +181,29 @@ TmvOwned<TSQLSubSelectStatement> TmvFirebirdSyntaxProvider::TransformQueryLimits
   result->PrepareAndFixupRecursive();
   return result;
 }
+
+// --- The server's catalog ---
+
+TmvSyntaxSupportConectedServer TmvFirebirdSyntaxProvider::IsSupportConnectedServer(
+    TmvBaseMetadataProvider* metadataProvider, TmvObject* owner) const {
+  const TmvSyntaxSupportConectedServer answer =
+      IsConnectedServerIsFirebird(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+  return answer == scsDontKnow ? TmvMatrixSyntaxProvider::IsSupportConnectedServer(metadataProvider, owner) : answer;
+}
+
+void TmvFirebirdSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                    TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                    const TSQLQualifiedName* database) {
+  if (!LoadMetadataObjectsFirebird(context, connection, container, filter))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvFirebirdSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                              TmvMetadataObject* object) {
+  if (!LoadFieldsForObjectFirebird(context, connection, object))
+    TmvMatrixSyntaxProvider::LoadFieldsForObjectFromServer(context, connection, object);
+}
+
+// --- end of the server's catalog ---
 
 }  // namespace mv

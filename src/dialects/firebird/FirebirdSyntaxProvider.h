@@ -52,6 +52,18 @@ class TmvFirebirdSyntaxProvider : public TmvMatrixSyntaxProvider {
   TmvOwned<TSQLSubSelectStatement> TransformQueryLimits(const TSQLSubSelectStatement* statement,
                                                         WideStringView offset, WideStringView count) const override;
 
+  // --- The server's catalog (FirebirdCatalog.h): the probe decides unless
+  // it cannot run SQL; objects and fields fall back on the base where the
+  // catalog gives no answer. Relations and databases stay with the base. ---
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  // RDB$RELATION_FIELDS with the domain, or the type's name for a domain of the server's own.
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
+  // --- end of the server's catalog ---
+
  private:
   TmvFirebirdVersion serverVersion_ = svFirebird2;
 };
