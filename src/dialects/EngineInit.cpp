@@ -11,6 +11,7 @@
 #include "dialects/sql89/SQL89SyntaxProvider.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "dialects/sqlite/SQLiteSyntaxProvider.h"
+#include "dialects/sybase/SybaseSyntaxProvider.h"
 #include "dialects/universal/AutoSyntaxProvider.h"
 #include "dialects/universal/UniversalSyntaxProvider.h"
 #include "frontend/SQLError.h"
@@ -35,6 +36,7 @@ constexpr void (*kDialects[])() = {
     &TmvPGSQLSyntaxProvider::RegisterDialect,
     &TmvIBSyntaxProvider::RegisterDialect,
     &TmvFirebirdSyntaxProvider::RegisterDialect,
+    &TmvSybaseSyntaxProvider::RegisterDialect,
     &TmvSQLiteSyntaxProvider::RegisterDialect,
     &TmvUniversalSyntaxProvider::RegisterDialect,
     // Not in that table: it stands for whichever of the others it detects.
