@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "DialectFixture.h"
+#include "FirebirdChinook.h"
 
 #include "FBPars.h"
 #include "FBScan.h"
@@ -12,6 +13,7 @@
 #include "dialects/firebird/FirebirdCatalogQueries.h"
 #include "dialects/firebird/FirebirdNodes.h"
 #include "dialects/firebird/FirebirdSyntaxProvider.h"
+#include "dialects/interbase/IBSyntaxProvider.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SQLError.h"
 #include "sqlgen/SQLBuilder.h"
@@ -234,4 +236,81 @@ TEST_F(FirebirdDialectTest, CatalogStatementsReadUnderTheDialect) {
       TmvCast<TSQLSubQuerySelectExpression>(statement->GetItems(0))->Where.get());
   ASSERT_NE(where, nullptr);
   EXPECT_EQ(Print(where->Right.get()), "'T'' or 1=1 --'");
+}
+
+// The limits the provider prints run on the Firebird test server over
+// Chinook and return the rows they should. An offset alone prints
+// "First Skip n", which the server refuses (it wants a count after First):
+// the print stays as prescribed and the case is listed as refused.
+TEST_F(FirebirdDialectTest, LimitsRunOnTheServer) {
+  MV_REQUIRE_FIREBIRD_CHINOOK();
+  mvtest::FirebirdServer& fb = mvtest::ChinookOnFirebird();
+  const char* chinook = mvtest::kFirebirdChinookDatabase;
+  const WideString text = u"SELECT \"TrackId\", \"Name\" FROM \"Track\" WHERE \"AlbumId\" < 5 ORDER BY \"TrackId\"";
+  const mvtest::SqlRows all = fb.Query(UTF8Encode(text), chinook);
+  ASSERT_GT(all.size(), 20u);
+  const WideString union_ = u"SELECT \"GenreId\", \"Name\" FROM \"Genre\" WHERE \"GenreId\" < 4 UNION ALL "
+                            u"SELECT \"MediaTypeId\", \"Name\" FROM \"MediaType\"";
+  const mvtest::SqlRows unionAll = fb.Query(UTF8Encode(union_), chinook);
+  ASSERT_GT(unionAll.size(), 5u);
+  struct Case {
+    const WideString* text;
+    const mvtest::SqlRows* all;
+    const char16_t* offset;
+    const char16_t* count;
+    size_t from, rows;
+    bool refused;
+  };
+  const Case cases[] = {{&text, &all, u"", u"5", 0, 5, false},
+                        {&text, &all, u"4", u"6", 4, 6, false},
+                        {&text, &all, u"1000", u"2", 0, 0, false},
+                        {&text, &all, u"3", u"", 3, all.size() - 3, true},
+                        {&union_, &unionAll, u"", u"2", 0, 2, false},
+                        {&union_, &unionAll, u"1", u"3", 1, 3, false}};
+  for (const Case& c : cases) {
+    auto limited = provider_.TransformQueryLimits(context_.ParseSelect(*c.text).get(), c.offset, c.count);
+    TSQLBuilderFast builder;
+    const std::string sql = UTF8Encode(limited->SimpleSQL(builder));
+    if (c.refused) {
+      EXPECT_THROW(fb.Query(sql, chinook), std::runtime_error) << sql;
+      continue;
+    }
+    const mvtest::SqlRows rows = fb.Query(sql, chinook);
+    // UNION ALL without an order reads its branches in turn.
+    mvtest::SqlRows expected((*c.all).begin() + static_cast<std::ptrdiff_t>(std::min(c.from, c.all->size())),
+                             (*c.all).begin() + static_cast<std::ptrdiff_t>(std::min(c.from + c.rows, c.all->size())));
+    EXPECT_EQ(rows, expected) << sql;
+  }
+}
+
+namespace {
+class InterBaseRowsOnFirebirdTest : public mvtest::DialectFixture<TmvIBSyntaxProvider> {};
+}  // namespace
+
+// InterBase's ROWS, which Firebird reads too, on the same server: ROWS n and
+// ROWS m + 1 TO m + n on a select and on a union.
+TEST_F(InterBaseRowsOnFirebirdTest, LimitsRunOnTheServer) {
+  MV_REQUIRE_FIREBIRD_CHINOOK();
+  mvtest::FirebirdServer& fb = mvtest::ChinookOnFirebird();
+  const char* chinook = mvtest::kFirebirdChinookDatabase;
+  const WideString text = u"SELECT \"TrackId\", \"Name\" FROM \"Track\" WHERE \"AlbumId\" < 5 ORDER BY \"TrackId\"";
+  const WideString union_ = u"SELECT \"GenreId\", \"Name\" FROM \"Genre\" WHERE \"GenreId\" < 4 UNION ALL "
+                            u"SELECT \"MediaTypeId\", \"Name\" FROM \"MediaType\" ORDER BY 1, 2";
+  const struct {
+    const WideString* text;
+    const char16_t* offset;
+    const char16_t* count;
+    size_t from, rows;
+  } cases[] = {{&text, u"", u"5", 0, 5},     {&text, u"4", u"6", 4, 6},  {&text, u"1000", u"2", 0, 0},
+               {&union_, u"", u"2", 0, 2},   {&union_, u"1", u"3", 1, 3}};
+  for (const auto& c : cases) {
+    const mvtest::SqlRows all = fb.Query(UTF8Encode(*c.text), chinook);
+    auto limited = provider_.TransformQueryLimits(context_.ParseSelect(*c.text).get(), c.offset, c.count);
+    TSQLBuilderFast builder;
+    const std::string sql = UTF8Encode(limited->SimpleSQL(builder));
+    const auto begin = all.begin() + static_cast<std::ptrdiff_t>(std::min(c.from, all.size()));
+    EXPECT_EQ(fb.Query(sql, chinook), mvtest::SqlRows(begin, all.begin() + static_cast<std::ptrdiff_t>(
+                                                                                 std::min(c.from + c.rows, all.size()))))
+        << sql;
+  }
 }
