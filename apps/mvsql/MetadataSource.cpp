@@ -92,7 +92,8 @@ void MetadataSource::LoadMySQL(const std::string& uri) {
   mv::TmvConnection* reader = connection_.get();
   const mv::WideString refused = u"The " + server + u" refused the catalog queries (information_schema)";
   if (oneDatabase) {
-    if (!mv::LoadMetadataObjectsMySQL(&context_, reader, container_, nullptr, nullptr)) throw mv::EmvQueryBuilderError(refused);
+    if (!mv::LoadMetadataObjectsMySQL(&context_, reader, container_, nullptr, nullptr))
+      throw mv::EmvQueryBuilderError(refused);
   } else {
     std::vector<mv::WideString> databases;
     if (!mv::GetDatabasesListMySQL(&context_, reader, databases)) throw mv::EmvQueryBuilderError(refused);

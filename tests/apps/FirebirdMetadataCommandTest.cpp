@@ -4,48 +4,29 @@
 // environment, and a server that is not there or refuses the password.
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdlib>
 
+#include "CatalogLines.h"
 #include "FirebirdChinook.h"
 #include "RunTool.h"
 
 namespace {
 
-int ClosedPort() {
-  const int s = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  socklen_t length = sizeof address;
-  getsockname(s, reinterpret_cast<sockaddr*>(&address), &length);
-  close(s);
-  return ntohs(address.sin_port);
-}
-
 TEST(FirebirdMetadataCommand, SummaryXmlDetectionAndRefusedConnections) {
   MV_REQUIRE_FIREBIRD_CHINOOK();
   mvtest::FirebirdServer& fb = mvtest::ChinookOnFirebird();
   const std::string dsn = fb.Dsn(mvtest::kFirebirdChinookDatabase);
-  const std::vector<std::string> login = {"--user", mvtest::FirebirdServer::kUser, "--password",
-                                          mvtest::FirebirdServer::kPassword};
-  const auto run = [&](std::vector<std::string> args) {
-    args.insert(args.end(), login.begin(), login.end());
-    return mvtest::RunMvsql(args);
-  };
   const std::string tables = "SELECT COUNT(*) FROM RDB$RELATIONS WHERE RDB$SYSTEM_FLAG = 0";
   const std::string before = fb.Query(tables, mvtest::kFirebirdChinookDatabase).at(0).at(0).value();
 
   mvtest::TempFile written("", ".xml");
-  const auto summary = run({"metadata", "--firebird", dsn, "--summary", "-o", written.path()});
+  const auto summary = mvtest::RunMvsql({"metadata", "--firebird", dsn, "--user", mvtest::FirebirdServer::kUser,
+                                         "--password", mvtest::FirebirdServer::kPassword, "--summary", "-o",
+                                         written.path()});
   ASSERT_EQ(summary.exitCode, 0) << summary.err;
-  EXPECT_EQ(summary.out, mvtest::ReadFileBytes(std::string(MV_TEST_DATA_DIR) + "/metadata/chinook-firebird-summary.txt"))
+  EXPECT_EQ(summary.out,
+            mvtest::ReadFileBytes(std::string(MV_TEST_DATA_DIR) + "/metadata/chinook-firebird-summary.txt"))
       << summary.out;
   const auto reread = mvtest::RunMvsql({"metadata", "--xml", written.path(), "--dialect", "firebird"});
   EXPECT_EQ(reread.exitCode, 0) << reread.err;
@@ -61,7 +42,7 @@ TEST(FirebirdMetadataCommand, SummaryXmlDetectionAndRefusedConnections) {
   EXPECT_EQ(automatic.out, "detected dialect: firebird\n" + summary.out);
 
   // A closed port and a wrong password: a clear error, soon, and the server as it was.
-  const std::string port = std::to_string(ClosedPort());
+  const std::string port = std::to_string(mvtest::ClosedLoopbackPort());
   const std::vector<std::pair<std::vector<std::string>, std::string>> refusals = {
       {{"metadata", "--firebird", "127.0.0.1/" + port + ":chinook", "--user", "TEST", "--password", "test"},
        "mvsql metadata: Cannot connect to the Firebird server 127.0.0.1/" + port + ", database chinook: "},

@@ -4,13 +4,10 @@
 // whose name is SQL text, a view and a procedure join them.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <map>
 
-#include "ChinookLoader.h"
+#include "CatalogLines.h"
 #include "FirebirdChinook.h"
-#include "RunTool.h"
 #include "SQL92Context.h"
 #include "dialects/firebird/FirebirdCatalog.h"
 #include "dialects/firebird/FirebirdSyntaxProvider.h"
@@ -20,9 +17,7 @@
 #include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
-#include "metadata/MetadataRelation.h"
 #include "metadata/dataset/FirebirdConnection.h"
-#include "metadata/dataset/SQLiteCatalog.h"
 #include "metadata/dataset/SQLiteConnection.h"
 #include "support/Exceptions.h"
 
@@ -37,61 +32,36 @@ const std::vector<std::string> kOwnSchema = {
     R"(CREATE PROCEDURE "Keep Count" RETURNS (n integer) AS BEGIN SELECT COUNT(*) FROM "keep" INTO :n; SUSPEND; END)",
 };
 
-// SQLite's declared types as the loader maps them, by the names of the
-// Firebird catalog, with the length in bytes of UTF8 text.
-std::string ServerType(WideStringView declared) {
-  static const std::map<std::string, std::string> types = {
-      {"integer", "LONG"}, {"nvarchar", "VARYING"}, {"varchar", "VARYING"}, {"numeric", "INT64"},
-      {"datetime", "TIMESTAMP"}, {"varying", "VARYING"}, {"long", "LONG"}, {"int64", "INT64"},
-      {"timestamp", "TIMESTAMP"}};
-  const std::string lower = UTF8Encode(WideLowerCase(declared));
-  const auto found = types.find(lower);
-  return found == types.end() ? lower : found->second;
+// A field as the server has it: SQLite's declared types as the loader maps
+// them, by the names of the Firebird catalog, the length of a string in
+// characters (the catalog counts bytes, four a character in UTF8),
+// precision and scale of a decimal.
+mvtest::FieldText Describe(int bytesPerCharacter) {
+  return [bytesPerCharacter](const TmvMetadataField& field) {
+    static const std::map<std::string, std::string> types = {
+        {"integer", "LONG"}, {"nvarchar", "VARYING"}, {"varchar", "VARYING"}, {"numeric", "INT64"},
+        {"datetime", "TIMESTAMP"}, {"varying", "VARYING"}, {"long", "LONG"}, {"int64", "INT64"},
+        {"timestamp", "TIMESTAMP"}};
+    std::string type = UTF8Encode(WideLowerCase(field.FieldTypeName()));
+    if (const auto found = types.find(type); found != types.end()) type = found->second;
+    if (type == "VARYING") type += "(" + std::to_string(field.Size() / bytesPerCharacter) + ")";
+    if (type == "INT64") type += "(" + std::to_string(field.Precision()) + "," + std::to_string(field.Scale()) + ")";
+    return type + mvtest::NullAndKey(field);
+  };
 }
 
-// The user objects, their fields and foreign keys as lines: for a field its
-// type, the length of a string in characters, precision and scale of a
-// decimal, "null" and "pk" (a key field counts as not null).
-std::vector<std::string> Lines(TmvMetadataContainer& container, int bytesPerCharacter) {
-  std::vector<std::string> lines;
-  for (int i = 0; i < container.Count(); ++i) {
-    TmvMetadataObject* object = container.Items(i);
-    if (object->System()) continue;
-    const std::string name = UTF8Encode(object->NameStrNotQuoted());
-    lines.push_back(name);
-    for (int f = 0; f < object->GetFields()->Count(); ++f) {
-      const TmvMetadataField* field = object->GetFields()->Items(f);
-      const std::string type = ServerType(field->FieldTypeName());
-      std::string line = name + "." + UTF8Encode(field->NameStrNotQuoted()) + " " + type;
-      if (type == "VARYING") line += "(" + std::to_string(field->Size() / bytesPerCharacter) + ")";
-      if (type == "INT64") line += "(" + std::to_string(field->Precision()) + "," + std::to_string(field->Scale()) + ")";
-      lines.push_back(line + (field->Nullable() && !field->PrimaryKey() ? " null" : "") +
-                      (field->PrimaryKey() ? " pk" : ""));
-    }
-  }
-  const auto fields = [](const TmvMetadataQualifiedNamesList* list) {
-    std::string text;
-    for (int i = 0; i < list->Count(); ++i)
-      text += (i ? "," : "") + UTF8Encode(list->Items(i)->GetQualifiedNameWithoutQuotes());
-    return text;
-  };
-  for (TmvMetadataRelation* relation : container.GetRelations())
-    lines.push_back(UTF8Encode(relation->GetKeyMetadataObject()->NameStrNotQuoted()) + " -> " +
-                    UTF8Encode(relation->ChildNameStrNotQuoted()) + " [" + fields(relation->KeyFields()) + "] [" +
-                    fields(relation->ChildFields()) + "]");
-  std::sort(lines.begin(), lines.end());
-  return lines;
+// The lines of the user objects.
+std::vector<std::string> Lines(const TmvMetadataContainer& container) {
+  return mvtest::CatalogLines(
+      container, [](const TmvMetadataObject& object) { return !object.System(); }, Describe(4));
 }
 
 class FirebirdCatalogTest : public mvtest::SQL92ContextTest {
  protected:
   FirebirdCatalogTest() { context.SetSyntaxProvider(&firebird); }
   ~FirebirdCatalogTest() override {
-    for (auto* c : {&context, &liteContext}) {
-      c->SetMetadataContainer(nullptr);
-      c->SetMetadataProvider(nullptr);
-      c->SetSyntaxProvider(nullptr);
-    }
+    context.SetMetadataContainer(nullptr);
+    context.SetMetadataProvider(nullptr);
   }
 
   TmvOwned<TmvMetadataContainer> Attach(TmvBaseSQLContext& ctx, TmvConnectionMetadataProvider& metadata,
@@ -103,34 +73,14 @@ class FirebirdCatalogTest : public mvtest::SQL92ContextTest {
     return container;
   }
 
-  std::vector<std::string> SqliteLines() {
-    mvtest::TempFile copy("", ".sqlite");
-    std::filesystem::copy_file(mvtest::ChinookSqlitePath(), copy.path(),
-                               std::filesystem::copy_options::overwrite_existing);
-    {
-      mvtest::SqliteDatabase writable(copy.path(), true);
-      for (const std::string& statement : mvtest::HostileNamesSql()) writable.Exec(statement);
-    }
-    TmvSQLiteConnection lite(UTF8Decode(copy.path()), somReadOnly);
-    liteContext.SetSyntaxProvider(&provider);
-    TmvConnectionMetadataProvider liteMetadata;
-    auto liteContainer = Attach(liteContext, liteMetadata, &lite);
-    LoadSQLiteCatalog(&liteContext, liteContainer.get());
-    std::vector<std::string> lines = Lines(*liteContainer, 1);
-    liteContext.SetMetadataContainer(nullptr);
-    liteContext.SetMetadataProvider(nullptr);
-    return lines;
-  }
-
   TmvFirebirdSyntaxProvider firebird;
   TmvConnectionMetadataProvider metadata;
-  TmvBaseSQLContext liteContext;
 };
 
 TEST_F(FirebirdCatalogTest, ChinookAndOwnObjectsAsTheServerHasThem) {
   MV_REQUIRE_FIREBIRD_CHINOOK();
   mvtest::FirebirdServer& fb = mvtest::ChinookOnFirebird();
-  const std::vector<std::string> expected = SqliteLines();
+  const std::vector<std::string> expected = mvtest::SqliteChinookCatalogLines(Describe(1));
   EXPECT_EQ(expected.size(), 13u + 12u + 64u + 9u) << "tables, foreign keys, fields";
 
   // Chinook alone: as in SQLite.
@@ -145,7 +95,7 @@ TEST_F(FirebirdCatalogTest, ChinookAndOwnObjectsAsTheServerHasThem) {
     if (container->Items(i)->System()) continue;
     EXPECT_TRUE(LoadFieldsForObjectFirebird(&context, nullptr, container->Items(i)));
   }
-  EXPECT_EQ(Lines(*container, 4), expected);
+  EXPECT_EQ(Lines(*container), expected);
   bool system = false;
   for (int i = 0; i < container->Count(); ++i)
     system = system || (container->Items(i)->NameStrNotQuoted() == u"RDB$RELATIONS" && container->Items(i)->System());
@@ -177,7 +127,7 @@ TEST_F(FirebirdCatalogTest, ChinookAndOwnObjectsAsTheServerHasThem) {
       "x'); drop table \"keep\"; --.X LONG pk",
       "x'); drop table \"keep\"; --.y;'z VARYING(5) null",
   };
-  EXPECT_EQ(Lines(*container, 4), own);
+  EXPECT_EQ(Lines(*container), own);
   EXPECT_EQ(fb.Query(R"(SELECT COUNT(*) FROM "keep")").at(0).at(0), "0");
 }
 

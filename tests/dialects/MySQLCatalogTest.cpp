@@ -6,12 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 
-#include "ChinookLoader.h"
+#include "CatalogLines.h"
 #include "MariaDbChinook.h"
-#include "RunTool.h"
 #include "SQL92Context.h"
 #include "dialects/mysql/MYSQLSyntaxProvider.h"
 #include "dialects/mysql/MySQLCatalog.h"
@@ -21,9 +19,7 @@
 #include "metadata/MetadataFilter.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
-#include "metadata/MetadataRelation.h"
 #include "metadata/dataset/MariaDbConnection.h"
-#include "metadata/dataset/SQLiteCatalog.h"
 #include "metadata/dataset/SQLiteConnection.h"
 #include "tree/QualifiedNames.h"
 
@@ -45,59 +41,31 @@ const char* const kOwnSchema = R"(
   CREATE TABLE `mv odd'db\`.`x\'); drop table test.keep; #` (x int, `y;'z\` text);
 )";
 
-// SQLite's declared types as the loader maps them.
-std::string ServerType(WideStringView declared) {
+// A field as the server has it: SQLite's declared types as the loader maps
+// them, the length of a string, precision and scale of a decimal.
+std::string Describe(const TmvMetadataField& field) {
   static const std::map<std::string, std::string> types = {
       {"integer", "int"}, {"nvarchar", "varchar"}, {"numeric", "decimal"}};
-  const std::string lower = UTF8Encode(WideLowerCase(declared));
-  const auto found = types.find(lower);
-  return found == types.end() ? lower : found->second;
+  std::string type = UTF8Encode(WideLowerCase(field.FieldTypeName()));
+  if (const auto found = types.find(type); found != types.end()) type = found->second;
+  if (type == "varchar") type += "(" + std::to_string(field.Size()) + ")";
+  if (type == "decimal") type += "(" + std::to_string(field.Precision()) + "," + std::to_string(field.Scale()) + ")";
+  return type + mvtest::NullAndKey(field);
 }
 
-// The objects of `database`, their fields and foreign keys as lines: for a
-// field its type, the size of a string, precision and scale of a decimal,
-// "null" and "pk" (a key field counts as not null).
-std::vector<std::string> Lines(TmvMetadataContainer& container, WideStringView database) {
-  std::vector<std::string> lines;
-  for (int i = 0; i < container.Count(); ++i) {
-    TmvMetadataObject* object = container.Items(i);
-    if (object->DatabaseStrNotQuoted() != database) continue;
-    const std::string name = UTF8Encode(object->NameStrNotQuoted());
-    lines.push_back(name + (object->MetadataClass().InheritsFrom(TmvMetadataView::StaticClass()) ? " view" : ""));
-    for (int f = 0; f < object->GetFields()->Count(); ++f) {
-      const TmvMetadataField* field = object->GetFields()->Items(f);
-      const std::string type = ServerType(field->FieldTypeName());
-      std::string line = name + "." + UTF8Encode(field->NameStrNotQuoted()) + " " + type;
-      if (type == "varchar") line += "(" + std::to_string(field->Size()) + ")";
-      if (type == "decimal") line += "(" + std::to_string(field->Precision()) + "," + std::to_string(field->Scale()) + ")";
-      lines.push_back(line + (field->Nullable() && !field->PrimaryKey() ? " null" : "") +
-                      (field->PrimaryKey() ? " pk" : ""));
-    }
-  }
-  const auto fields = [](const TmvMetadataQualifiedNamesList* list) {
-    std::string text;
-    for (int i = 0; i < list->Count(); ++i)
-      text += (i ? "," : "") + UTF8Encode(list->Items(i)->GetQualifiedNameWithoutQuotes());
-    return text;
-  };
-  for (TmvMetadataRelation* relation : container.GetRelations())
-    if (relation->GetKeyMetadataObject()->DatabaseStrNotQuoted() == database)
-      lines.push_back(UTF8Encode(relation->GetKeyMetadataObject()->NameStrNotQuoted()) + " -> " +
-                      UTF8Encode(relation->ChildNameStrNotQuoted()) + " [" + fields(relation->KeyFields()) + "] [" +
-                      fields(relation->ChildFields()) + "]");
-  std::sort(lines.begin(), lines.end());
-  return lines;
+// The lines of the objects of one database.
+std::vector<std::string> Lines(const TmvMetadataContainer& container, WideStringView database) {
+  return mvtest::CatalogLines(
+      container, [&](const TmvMetadataObject& object) { return object.DatabaseStrNotQuoted() == database; },
+      Describe);
 }
 
 class MySQLCatalogTest : public mvtest::SQL92ContextTest {
  protected:
   MySQLCatalogTest() { context.SetSyntaxProvider(&mysql); }
   ~MySQLCatalogTest() override {
-    for (auto* c : {&context, &liteContext}) {
-      c->SetMetadataContainer(nullptr);
-      c->SetMetadataProvider(nullptr);
-      c->SetSyntaxProvider(nullptr);
-    }
+    context.SetMetadataContainer(nullptr);
+    context.SetMetadataProvider(nullptr);
   }
 
   TmvOwned<TmvMetadataContainer> Attach(TmvBaseSQLContext& ctx, TmvConnectionMetadataProvider& metadata,
@@ -121,26 +89,6 @@ class MySQLCatalogTest : public mvtest::SQL92ContextTest {
     }
   }
 
-  // Chinook and the awkward tables as the SQLite file has them.
-  std::vector<std::string> SqliteLines() {
-    mvtest::TempFile copy("", ".sqlite");
-    std::filesystem::copy_file(mvtest::ChinookSqlitePath(), copy.path(),
-                               std::filesystem::copy_options::overwrite_existing);
-    {
-      mvtest::SqliteDatabase writable(copy.path(), true);
-      for (const std::string& statement : mvtest::HostileNamesSql()) writable.Exec(statement);
-    }
-    TmvSQLiteConnection lite(UTF8Decode(copy.path()), somReadOnly);
-    liteContext.SetSyntaxProvider(&provider);
-    TmvConnectionMetadataProvider liteMetadata;
-    auto liteContainer = Attach(liteContext, liteMetadata, &lite);
-    LoadSQLiteCatalog(&liteContext, liteContainer.get());
-    std::vector<std::string> lines = Lines(*liteContainer, u"");
-    liteContext.SetMetadataContainer(nullptr);
-    liteContext.SetMetadataProvider(nullptr);
-    return lines;
-  }
-
   static mvtest::MariaDbServer& Server() {
     mvtest::MariaDbServer& db = mvtest::ChinookOnMariaDb();
     static bool own = false;
@@ -151,7 +99,6 @@ class MySQLCatalogTest : public mvtest::SQL92ContextTest {
 
   TmvMYSQLSyntaxProvider mysql;
   TmvConnectionMetadataProvider metadata;
-  TmvBaseSQLContext liteContext;
 };
 
 const std::vector<std::string> kOwnLines = {
@@ -167,7 +114,7 @@ const std::vector<std::string> kOwnLines = {
     "parent.a int pk",
     "parent.b varchar(10) pk",
     "parent.c date pk",
-    "v view",
+    "v",
     "v.id int",
     "v.note text null",
     "x\\'); drop table test.keep; #",
@@ -193,7 +140,7 @@ TEST_F(MySQLCatalogTest, ChinookAndOwnDatabaseAsTheServerHasThem) {
 
   // The current database: Chinook as in SQLite.
   LoadAll(*container);
-  const std::vector<std::string> expected = SqliteLines();
+  const std::vector<std::string> expected = mvtest::SqliteChinookCatalogLines(Describe);
   EXPECT_EQ(expected.size(), 13u + 12u + 64u + 9u) << "tables, foreign keys, fields";
   EXPECT_EQ(Lines(*container, u"chinook"), expected);
   EXPECT_EQ(container->DefaultDatabaseNameStr(), u"chinook");
@@ -207,7 +154,9 @@ TEST_F(MySQLCatalogTest, ChinookAndOwnDatabaseAsTheServerHasThem) {
   EXPECT_EQ(db.Query("select count(*) from information_schema.tables where table_name='keep'").at(0).at(0), "1");
   for (int i = 0; i < container->Count(); ++i) {
     TmvMetadataObject* object = container->Items(i);
-    if (object->NameStrNotQuoted() != u"child" || object->DatabaseStrNotQuoted() != kOwnDatabase) continue;
+    if (object->DatabaseStrNotQuoted() != kOwnDatabase) continue;
+    EXPECT_EQ(object->MetadataClass().InheritsFrom(TmvMetadataView::StaticClass()), object->NameStrNotQuoted() == u"v");
+    if (object->NameStrNotQuoted() != u"child") continue;
     EXPECT_EQ(object->GetFields()->Items(4)->ShortDescription(), u"the note");
     EXPECT_EQ(object->GetFields()->Items(5)->GetFieldTypeNameAndSize(), u"decimal(8,3)");
   }
