@@ -2,6 +2,7 @@
 // folders that names the concrete dialects of the build.
 #include "dialects/EngineInit.h"
 
+#include "dialects/access/AccessSyntaxProvider.h"
 #include "dialects/firebird/FirebirdSyntaxProvider.h"
 #include "dialects/interbase/IBSyntaxProvider.h"
 #include "dialects/mssql/MSSQLSyntaxProvider.h"
@@ -36,6 +37,7 @@ constexpr void (*kDialects[])() = {
     &TmvPGSQLSyntaxProvider::RegisterDialect,
     &TmvIBSyntaxProvider::RegisterDialect,
     &TmvFirebirdSyntaxProvider::RegisterDialect,
+    &TmvMSAccessSyntaxProvider::RegisterDialect,
     &TmvSybaseSyntaxProvider::RegisterDialect,
     &TmvSQLiteSyntaxProvider::RegisterDialect,
     &TmvUniversalSyntaxProvider::RegisterDialect,
