@@ -1,0 +1,1 @@
+with c as (select a, x = b + 1 from dbo.t) select distinct top 5 start at 2 c.a, @@version, f_rowcount, @p, :q, ? from c, u where c.a *= u.a and u.b =* c.x and c.a != 1 and c.x !< 2 order by 1 for xml raw, xmldata option (hash group, maxdop 2);

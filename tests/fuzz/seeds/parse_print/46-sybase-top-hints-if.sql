@@ -1,0 +1,1 @@
+select first if a > 1 then convert(varchar(10), a, 120) else 'n' endif, {fn ucase([b c])}, "q""r", 0x1f & ~a | b ^ c from db..t x with (nolock, holdlock) left outer hash join u (readpast) on x.a = u.a cross join @@f(1) y where a is unknown union all select b from v except select c from w
