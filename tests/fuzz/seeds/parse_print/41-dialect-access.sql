@@ -1,0 +1,1 @@
+select distinctrow top 10 percent a!b, [x]![y], `z`, chr$(65) & "s", iif(a mod 2 = 0, #2024-01-31#, {guid {6F9619FF-8B86-D011-B42D-00C04FC964FF}}), 7 \ 2 ^ 3, yes, :p, ?, @v into db!new_t from t where a in (select a from u) and b not like 'x*' and c between 1 and 2 or d is not null order by 1 desc

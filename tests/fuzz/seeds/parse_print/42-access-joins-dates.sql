@@ -1,0 +1,1 @@
+select * from ((a inner join b on a.id = b.id) left outer join (c inner join d on c.k = d.k) on b.id = c.id) right join e on e.id = a.id, (select f from g) as h where x = y = z union all select convert(a, varchar(10)), { fn Now() }, {ts '2024-01-31 10:00:00'}, #1/2
