@@ -1,6 +1,6 @@
 // Converting a SELECT between dialects: what goes over and how it prints,
 // what cannot and how the error names it, and Chinook queries written for
-// SQLite, PostgreSQL or MySQL that give the same rows on the other servers
+// SQLite, PostgreSQL, MySQL or Firebird that give the same rows on the other servers
 // after conversion.
 #include <gtest/gtest.h>
 
@@ -8,6 +8,7 @@
 #include <map>
 
 #include "ChinookLoader.h"
+#include "FirebirdChinook.h"
 #include "MariaDbChinook.h"
 #include "PostgresServer.h"
 #include "dialects/EngineInit.h"
@@ -43,6 +44,7 @@ constexpr const char* kLite = "TmvSQLiteSyntaxProvider";
 constexpr const char* kMS = "TmvMSSQLSyntaxProvider";
 constexpr const char* k92 = "TmvSQL92SyntaxProvider";
 constexpr const char* kMy = "TmvMYSQLSyntaxProvider";
+constexpr const char* kFB = "TmvFirebirdSyntaxProvider";
 
 }  // namespace
 
@@ -67,6 +69,9 @@ TEST_F(DialectConversionTest, WhatGoesOverAndWhatIsNamed) {
       {"select OPERATOR(pg_catalog.+) 1 from t", kPG, kLite,
        "error: Cannot convert to SQLite: what it would read is not in its syntax. Invalid SELECT statement.\r\n"
        " Unexpected token \"+\" at line 1, pos 28"},
+      // Firebird's limits are FIRST and SKIP; ROWS is a clause of its own.
+      {"select a from t rows 2 to 4", kFB, kMy, "error: Cannot convert to MySQL: \"Rows 2 To 4\" has no form there"},
+      {"select first 2 skip 1 a from t", kFB, kMy, "Select a From t Limit 2 Offset 1"},
       {"select a from t where", kPG, kLite, "error: Invalid SELECT statement.\r\n Unexpected token \"EOF\" at line 1, pos 22"},
       {"select a from t where b ilike 'x'", kPG, kLite,
        "error: Cannot convert to SQLite: what it would read is not in its syntax. Invalid SELECT statement.\r\n"
@@ -80,14 +85,17 @@ TEST_F(DialectConversionTest, WhatGoesOverAndWhatIsNamed) {
 TEST_F(DialectConversionTest, ChinookRowsAgreeAfterConversion) {
   MV_REQUIRE_POSTGRES_CHINOOK();
   MV_REQUIRE_MARIADB_CHINOOK();
+  MV_REQUIRE_FIREBIRD_CHINOOK();
   mvtest::SqliteDatabase lite(mvtest::ChinookSqlitePath());
   mvtest::PostgresServer& pg = mvtest::ChinookOnPostgres();
   mvtest::MariaDbServer& maria = mvtest::ChinookOnMariaDb();
   maria.Exec(std::string("USE ") + mvtest::kMariaDbChinookDatabase);
+  mvtest::FirebirdServer& fb = mvtest::ChinookOnFirebird();
   const std::map<std::string, std::function<mvtest::SqlRows(const std::string&)>> servers = {
       {kLite, [&](const std::string& sql) { return lite.Query(sql); }},
       {kPG, [&](const std::string& sql) { return pg.Query(sql); }},
       {kMy, [&](const std::string& sql) { return maria.Query(sql); }},
+      {kFB, [&](const std::string& sql) { return fb.Query(sql, mvtest::kFirebirdChinookDatabase); }},
   };
   struct Case {
     const char* from;
@@ -108,6 +116,9 @@ TEST_F(DialectConversionTest, ChinookRowsAgreeAfterConversion) {
       {kMy, R"(SELECT `GenreId`, `Name` FROM `Genre` WHERE `Name` LIKE 'R%' ORDER BY `GenreId` LIMIT 1, 2)"},
       {kMy, R"(SELECT p.`Name`, COUNT(*) AS tracks FROM `Playlist` p INNER JOIN `PlaylistTrack` pt
                ON pt.`PlaylistId` = p.`PlaylistId` WHERE pt.`TrackId` < 100 GROUP BY p.`Name` ORDER BY p.`Name`)"},
+      {kFB, R"(SELECT FIRST 3 SKIP 2 "Name" FROM "Artist" ORDER BY "ArtistId")"},
+      {kFB, R"(SELECT FIRST 2 SKIP 1 a."Title", a."AlbumId" FROM "Album" a WHERE a."ArtistId" = 90 ORDER BY a."Title")"},
+      {kFB, R"(SELECT "MediaTypeId", COUNT(*) FROM "Track" WHERE "UnitPrice" > 0.99 GROUP BY "MediaTypeId" ORDER BY 1)"},
   };
   for (const Case& c : cases) {
     const mvtest::SqlRows there = servers.at(c.from)(c.sql);
