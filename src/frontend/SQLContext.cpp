@@ -262,15 +262,18 @@ bool TmvBaseSQLContext::IsQualifiedNamesEqual(const TSQLQualifiedName* a, const 
     (a ? a : b)->GetTokensToCompare(tokens);
     return tokens.empty();
   }
+  const bool aLink = !IsQualifiedNameEmpty(a->DatabaseLink.get());
+  const bool bLink = !IsQualifiedNameEmpty(b->DatabaseLink.get());
+  // Equal under any case rule means equal without regard to case: a cheap
+  // rejection by the innermost parts before any list is made.
+  if (!aLink && !bLink && a->GetCount() && b->GetCount() && a->Token(0) && b->Token(0) &&
+      !WideSameText(a->Token(0)->Token, b->Token(0)->Token))
+    return false;
   TastTokenRefs ta, tb;
   a->GetTokensToCompare(ta);
   b->GetTokensToCompare(tb);
-  const bool aLink = !IsQualifiedNameEmpty(a->DatabaseLink.get());
-  const bool bLink = !IsQualifiedNameEmpty(b->DatabaseLink.get());
   if (ta.empty() && tb.empty() && !aLink && !bLink) return true;
   if (ta.size() != tb.size()) return false;
-  // Equal under any case rule means equal without regard to case: a cheap rejection.
-  if (!aLink && !bLink && !ta.empty() && !WideSameText(ta.back()->Token, tb.back()->Token)) return false;
   return CompareTokenLists(*this, ta, tb) == 0;
 }
 

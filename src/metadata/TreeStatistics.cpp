@@ -109,11 +109,11 @@ TmvOwned<TSQLQualifiedName> SourceObjectName(const TSQLFromSource* source, TmvMe
   auto name = TastCreate<TSQLQualifiedName>(context);
   object = source->GetMetadataObject();
   if (object) {
-    name->Assign(*object->FullName());
+    name->AssignParts(*object->FullName());
   } else if (const auto* from = TmvCast<TSQLFromObject>(source); from && from->Object) {
-    name->Assign(*from->Object);
+    name->AssignParts(*from->Object);
   } else if (const auto* function = TmvCast<TSQLFromFunction>(source); function && function->Name) {
-    name->Assign(*function->Name);
+    name->AssignParts(*function->Name);
   } else if (const TastTokenIdentifier* alias = SourceAlias(source)) {
     name->AddName(alias->CloneAs<TastToken>(context));
   }
@@ -155,21 +155,28 @@ int TSQLObjectColumn::CalcStatistics() {
   TmvStatsColumns* columns = StatsColumns();
   TmvBaseSQLContext* context = SQLContext();
   if (GetCount() == 0) return added;
-  auto columnName = TastCreate<TSQLQualifiedName>(context);
-  columnName->AddName(Token(0)->CloneAs<TastToken>(context));
+  auto columnName = [&] {
+    auto name = TastCreate<TSQLQualifiedName>(context);
+    name->AddName(Token(0)->CloneAs<TastToken>(context));
+    return name;
+  };
   if (!FromSource) {
     if (GetCount() < 2) return added;
     auto objectName = GetNameWithoutNames(1);
-    return added + columns->AddColumnIfNotExists(nullptr, objectName.get(), columnName.get(), nullptr);
+    return added + columns->AddColumnIfNotExists(nullptr, objectName.get(), columnName().get(), nullptr);
   }
   added += AddSourceObjects(FromSource, objects);
   TmvMetadataFieldsList* fields = FromSource->FieldsList();
   const int index = fields->FindFieldByName(Token(0));
   const TmvMetadataField* field = index >= 0 ? fields->Items(index) : nullptr;
   if (field && field->UsedDatabaseObjects()) return added + AddFieldStatistics(field, objects, columns);
+  // A known field of a known object is found without names: the gathering
+  // repeats until nothing is added, so most calls find their entry.
+  TmvMetadataObject* known = FromSource->GetMetadataObject();
+  if (known && GetMetadataField() && columns->FindColumn(known, nullptr, nullptr, GetMetadataField())) return added;
   TmvMetadataObject* object = nullptr;
   auto objectName = SourceObjectName(FromSource, object);
-  return added + columns->AddColumnIfNotExists(object, objectName.get(), columnName.get(), GetMetadataField());
+  return added + columns->AddColumnIfNotExists(object, objectName.get(), columnName().get(), GetMetadataField());
 }
 
 // --- FROM sources ---

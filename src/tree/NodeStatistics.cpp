@@ -9,10 +9,11 @@ namespace mv {
 
 namespace {
 
-// A plain name with the parts and link of `name`, never a bound one; null for null.
+// A plain name with the parts and link of `name`, never a bound one, and
+// without the statistics of the tree's name; empty for null.
 TmvOwned<TSQLQualifiedName> PlainCopy(TmvBaseSQLContext* context, const TSQLQualifiedName* name) {
   TmvOwned<TSQLQualifiedName> copy = TastCreate<TSQLQualifiedName>(context);
-  if (name) copy->Assign(*name);
+  if (name) copy->AssignParts(*name);
   return copy;
 }
 
@@ -245,8 +246,18 @@ void TastNodeBase::PrepareCalcStatistics() {
 }
 
 void TastNodeBase::PrepareCalcStatisticsRecursive() {
-  PrepareCalcStatistics();
-  TraverseASTTreeDepthFirst([](TastNodeBase* node) { node->PrepareCalcStatistics(); });
+  // Own first, then the children, in a loop: this runs on every node at
+  // every gathering.
+  std::vector<TastNodeBase*> stack{this};
+  TastNodeBaseList children;
+  while (!stack.empty()) {
+    TastNodeBase* node = stack.back();
+    stack.pop_back();
+    node->PrepareCalcStatistics();
+    children.clear();
+    node->GetMyChildren(children);
+    for (auto it = children.rbegin(); it != children.rend(); ++it) stack.push_back(*it);
+  }
 }
 
 int TastNodeBase::CalcStatistics() {
@@ -292,6 +303,9 @@ int TastNodeBase::CalcStatisticsRecursive() {
 
 void TastNodeBase::AssignStatistics(const TastNodeBase& source) {
   if (!source.statistics_) return;
+  // Most nodes read nothing: a copy of empty lists needs no lists.
+  const bool empty = !source.statistics_->Objects.GetCount() && !source.statistics_->Columns.GetCount();
+  if (!statistics_ && empty) return;
   if (!statistics_) statistics_.reset(new TastNodeStatistics(context_));
   statistics_->Objects.Assign(&source.statistics_->Objects);
   statistics_->Columns.Assign(&source.statistics_->Columns);

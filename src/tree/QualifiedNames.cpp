@@ -32,6 +32,17 @@ void TSQLQualifiedName::AddName(const TSQLQualifiedName* other) {
     if (const TastToken* token = other->Token(i)) AddName(token->CloneAs<TastToken>(SQLContext()));
 }
 
+void TSQLQualifiedName::AssignParts(const TSQLQualifiedName& other) {
+  if (&other == this) return;
+  Clear();
+  AddName(&other);
+  if (other.DatabaseLink) {
+    auto link = TastCreate<TSQLQualifiedName>(SQLContext());
+    link->AssignParts(*other.DatabaseLink);
+    DatabaseLink.Set(std::move(link));
+  }
+}
+
 void TSQLQualifiedName::AddPrefix(TmvOwned<TastToken> token) { TastTokenList::Add(std::move(token)); }
 
 void TSQLQualifiedName::AddPrefix(WideStringView text, bool quoted) {

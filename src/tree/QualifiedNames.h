@@ -38,6 +38,9 @@ class TSQLQualifiedName : public TastTokenList {
   TmvOwned<TSQLQualifiedName> GetNameWithoutPrefixes(int n) const;
   // The other's parts match this name's from the outermost inward; false when the other is longer.
   bool StartsWith(const TSQLQualifiedName* other) const;
+  // Clones of the other's parts and link in place of this name's, and
+  // nothing else: no binding, no statistics.
+  void AssignParts(const TSQLQualifiedName& other);
   // Empties the parts and frees the link.
   void Clear();
   // The name read from SQL text; empty text clears it. Raises Exception
