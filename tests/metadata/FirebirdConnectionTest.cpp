@@ -7,10 +7,9 @@
 #include <future>
 #include <iostream>
 
-#include "FirebirdChinook.h"
+#include "FirebirdServer.h"
 #include "ScratchServer.h"
 #include "Thrown.h"
-#include "dialects/firebird/FirebirdCatalogQueries.h"
 #include "metadata/dataset/FirebirdConnection.h"
 #include "support/DateTime.h"
 #include "support/Exceptions.h"
@@ -223,46 +222,6 @@ TEST(FirebirdConnection, ServerDownAndWrongPasswordFailFast) {
     EXPECT_FALSE(Contains(e->Message(), u"wrong one"));
     EXPECT_FALSE(db.Connected());
     std::cout << "[ timing ] " << c.Reason << ": " << seconds << " s\n";
-  }
-}
-
-// The catalog statements of the family run through the adapter on the
-// Chinook copy: names come padded to the catalog's CHAR(31), blobs and
-// NULLs included.
-TEST(FirebirdConnection, CatalogStatementsRunOnChinook) {
-  MV_REQUIRE_FIREBIRD_CHINOOK();
-  mvtest::FirebirdServer& server = mvtest::ChinookOnFirebird();
-  TmvFirebirdConnection db(UTF8Decode(server.Dsn(mvtest::kFirebirdChinookDatabase)), UTF8Decode(server.kUser),
-                           UTF8Decode(server.kPassword));
-  const struct {
-    WideString Sql;
-    const char16_t* Column;
-    const char16_t* Wanted;  // a value of Column in some row
-    int Rows;                // -1: any number
-  } cases[] = {
-      {kFirebirdProbeQuery, u"RDB$RELATION_NAME", u"Odd Table", -1},
-      {kFirebirdTablesQuery, u"table_name", u"order", -1},
-      {kFirebirdViewsQuery, u"table_name", nullptr, -1},
-      {kFirebirdProceduresProbeQuery, nullptr, nullptr, 0},
-      {kFirebirdProceduresQuery, nullptr, nullptr, 0},
-      {kFirebirdRelationsQuery, u"FK_FIELD_NAME", u"Odd Table Row", 12},
-      {FirebirdFieldsQuery(u"Odd Table"), u"field_name", u"Name With \"Quotes\"", 6},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(UTF8Encode(c.Sql));
-    auto query = db.OpenQuery(c.Sql);
-    int rows = 0;
-    bool found = false;
-    for (; !query->Eof(); query->Next(), ++rows) {
-      if (!c.Wanted) continue;
-      const WideString value = query->FieldByName(c.Column).AsWideString();
-      EXPECT_EQ(value.size() % 31, 0u) << UTF8Encode(value);
-      found = found || value.substr(0, value.find_last_not_of(u' ') + 1) == c.Wanted;
-    }
-    EXPECT_TRUE(!c.Wanted || found);
-    if (c.Rows >= 0) {
-      EXPECT_EQ(rows, c.Rows);
-    }
   }
 }
 
