@@ -463,36 +463,11 @@ FirebirdServer::Session& FirebirdServer::SessionOn(const std::string& database) 
 // pipe only this process holds, then kills the server and removes the
 // folder. It acts when this process dies without running its destructors.
 void FirebirdServer::StartWatchdog() {
-  int fds[2];
-  if (pipe2(fds, O_CLOEXEC) != 0) return;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, fds[0], 0);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, 1, 2);
-  posix_spawn_file_actions_addclosefrom_np(&actions, 3);
-  posix_spawn_file_actions_addchdir_np(&actions, "/");
-  posix_spawnattr_t attributes;
-  posix_spawnattr_init(&attributes);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
-  // $1 the scratch folder.
-  std::vector<std::string> args = {
-      "/bin/sh", "-c",
-      "read -r _; if [ -f \"$1/server.pid\" ]; then kill -9 \"$(cat \"$1/server.pid\")\"; fi; rm -rf \"$1\"",
-      "mvtest-fb-watchdog", folder_};
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  if (posix_spawn(&pid, "/bin/sh", &actions, &attributes, argv.data(), environ) == 0) {
-    watchdogPid_ = pid;
-    watchdogPipe_ = fds[1];
-  } else {
-    close(fds[1]);
-  }
-  close(fds[0]);
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
+  const Watchdog watchdog = mvtest::StartWatchdog(
+      "mvtest-fb-watchdog",
+      "read -r _; if [ -f \"$1/server.pid\" ]; then kill -9 \"$(cat \"$1/server.pid\")\"; fi; rm -rf \"$1\"", {folder_});
+  watchdogPid_ = watchdog.pid;
+  watchdogPipe_ = watchdog.pipe;
 }
 
 void FirebirdServer::Stop() noexcept {

@@ -216,37 +216,14 @@ void PostgresServer::Start() {
 // pipe only this process holds, then stops the server and removes the
 // folder. It acts when this process dies without running its destructors.
 void PostgresServer::StartWatchdog() {
-  int fds[2];
-  if (pipe2(fds, O_CLOEXEC) != 0) return;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, fds[0], 0);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, 1, 2);
-  posix_spawn_file_actions_addclosefrom_np(&actions, 3);
-  posix_spawn_file_actions_addchdir_np(&actions, "/");
-  posix_spawnattr_t attributes;
-  posix_spawnattr_init(&attributes);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
   // $1 pg_ctl, $2 the data folder, $3 the scratch folder, $4 runuser when root.
-  std::vector<std::string> args = {
-      "/bin/sh", "-c",
+  const Watchdog watchdog = mvtest::StartWatchdog(
+      "mvtest-pg-watchdog",
       "read -r _; if [ -f \"$2/postmaster.pid\" ]; then ${4:+\"$4\" -u postgres --} \"$1\" -D \"$2\" "
       "-m immediate -w -t 20 stop; fi; rm -rf \"$3\"",
-      "mvtest-pg-watchdog", bin_ + "/pg_ctl", folder_ + "/data", folder_, IsRoot() ? FindRunuser() : ""};
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  if (posix_spawn(&pid, "/bin/sh", &actions, &attributes, argv.data(), environ) == 0) {
-    watchdogPid_ = pid;
-    watchdogPipe_ = fds[1];
-  } else {
-    close(fds[1]);
-  }
-  close(fds[0]);
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
+      {bin_ + "/pg_ctl", folder_ + "/data", folder_, IsRoot() ? FindRunuser() : ""});
+  watchdogPid_ = watchdog.pid;
+  watchdogPipe_ = watchdog.pipe;
 }
 
 void PostgresServer::Stop() noexcept {

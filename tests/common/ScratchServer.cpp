@@ -117,6 +117,38 @@ bool FolderGoneWithin(const std::string& folder, int limitMs) {
   return HoldsWithin([&folder] { return !fs::exists(folder); }, limitMs);
 }
 
+Watchdog StartWatchdog(const std::string& name, const std::string& script, const std::vector<std::string>& args) {
+  Watchdog watchdog;
+  int fds[2];
+  if (pipe2(fds, O_CLOEXEC) != 0) return watchdog;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, fds[0], 0);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, 1, 2);
+  posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+  posix_spawn_file_actions_addchdir_np(&actions, "/");
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+  std::vector<std::string> all = {"/bin/sh", "-c", script, name};
+  all.insert(all.end(), args.begin(), args.end());
+  std::vector<char*> argv;
+  for (auto& a : all) argv.push_back(a.data());
+  argv.push_back(nullptr);
+  pid_t pid = -1;
+  if (posix_spawn(&pid, "/bin/sh", &actions, &attributes, argv.data(), environ) == 0) {
+    watchdog.pid = pid;
+    watchdog.pipe = fds[1];
+  } else {
+    close(fds[1]);
+  }
+  close(fds[0]);
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  return watchdog;
+}
+
 int FreeLoopbackPort(const std::string& server) {
   static std::mt19937 random(std::random_device{}());
   std::uniform_int_distribution<int> pick(20000, 59999);

@@ -37,6 +37,17 @@ bool LoopbackPortClosedWithin(int port, int limitMs);
 // Waits up to `limit` milliseconds for a folder to disappear; whether it did.
 bool FolderGoneWithin(const std::string& folder, int limitMs);
 
+// A watchdog: a shell named `name` in a session of its own that waits for
+// the end of a pipe only this process holds, then runs `script` with `args`
+// as $1, $2, ... It acts when this process dies without running its
+// destructors. Gives the shell's pid and the pipe's end to keep (-1, -1
+// when it could not start).
+struct Watchdog {
+  pid_t pid = -1;
+  int pipe = -1;
+};
+Watchdog StartWatchdog(const std::string& name, const std::string& script, const std::vector<std::string>& args);
+
 // A statement cut to 400 characters for messages.
 std::string Abbreviated(const std::string& sql);
 
