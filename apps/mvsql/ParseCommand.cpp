@@ -11,26 +11,27 @@
 // --strict refuses a FROM object that the metadata does not know.
 //
 // --batch FILE...: each file is a list of statements separated by ";;" lines.
-// For each file one summary line: entries, statements that parse, and those
-// whose print parses again to the same print (the round trip). --failures
-// lists the entries that fail either, --reasons N the N tokens most often
-// blamed for a syntax error. --dump writes one line an entry instead: its way,
+// For each file one summary line: entries, statements that parse, those
+// whose print parses again to the same print (the round trip) and those whose
+// formatted text formats again to the same text. --failures lists the entries
+// that fail any of these, --reasons N the N largest groups of syntax errors
+// (see FailureGroups.h) with an example each. --dump writes one line an entry instead: its way,
 // a hash of its tree dump and its print, or its error message, so that two
 // builds of the parser can be compared statement by statement.
-#include <algorithm>
-#include <map>
 #include <ostream>
 #include <string>
 
 #include "Arguments.h"
 #include "Command.h"
 #include "DialectNames.h"
+#include "FailureGroups.h"
 #include "MetadataSource.h"
 #include "frontend/ParseTreeDump.h"
 #include "frontend/Parser.h"
 #include "frontend/SQLContext.h"
 #include "frontend/Scanner.h"
 #include "metadata/QueryFixup.h"
+#include "sqlgen/SQLBuilderPiped.h"
 #include "support/StatementList.h"
 #include "support/TextFile.h"
 #include "tree/Expressions.h"
@@ -120,6 +121,11 @@ mv::WideString PrintFast(mv::TastNode* node) {
   return node->SimpleSQL(builder);
 }
 
+mv::WideString PrintFormatted(mv::TastNode* node) {
+  mv::TSQLBuilderPiped builder;
+  return node->SimpleSQL(builder);
+}
+
 int RunOne(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::ostream& out, std::ostream& err) {
   const mv::TmvParserEntry entry = FindEntry(arguments.Value("entry", "select"));
   const mv::WideString text = mv::ReadTextFile(arguments.InputPath());
@@ -155,10 +161,12 @@ int RunOne(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::ostr
 // --- Batches ---
 
 struct BatchCounts {
+  explicit BatchCounts(const mv::TmvBaseSyntaxProvider& provider) : failures(provider) {}
   int entries = 0;
   int parsed = 0;
   int roundTrip = 0;
-  std::map<std::string, int> blamed;  // token text (upper case) -> count
+  int formatted = 0;
+  FailureGroups failures;
 };
 
 // A message of several lines on one, for one-line failure reports: the
@@ -188,44 +196,55 @@ uint64_t TextHash(const std::string& text) {
   return hash;
 }
 
+// The print of `text` parsed again; a text in brackets when it does not parse.
+mv::WideString Reprint(mv::TmvBaseSQLContext& context, const mv::WideString& text,
+                       mv::WideString (*print)(mv::TastNode*)) {
+  try {
+    mv::TmvOwned<mv::TSQLSelectStatement> again = context.ParseSelect(text);
+    return print(again.get());
+  } catch (const std::exception& e) {
+    return u"(does not parse: " + mv::UTF8Decode(e.what()) + u")";
+  }
+}
+
 void RunBatchFile(mv::TmvBaseSQLContext& context, const std::string& path, bool failures, bool dump,
                   BatchCounts& counts, std::ostream& out) {
   for (const mv::TmvStatementEntry& statement : mv::ReadStatementList(path)) {
     ++counts.entries;
     const std::string where = "  #" + std::to_string(statement.Index) + " line " + std::to_string(statement.Line);
-    mv::WideString first;
+    mv::WideString first, laidOut;
     try {
       mv::TmvOwned<mv::TSQLSelectStatement> tree = context.ParseSelect(statement.Text);
       first = PrintFast(tree.get());
+      laidOut = PrintFormatted(tree.get());
       if (dump) {
         const std::string way = FindWayString(context, mv::TmvParserEntry::peSelect, statement.Text);
         out << "#" << statement.Index << "\tok\t" << way << "\t" << std::hex << TextHash(mv::DumpParseTree(tree.get()))
             << std::dec << "\t" << OneLine(first) << "\n";
       }
     } catch (const mv::EmvSQLError& e) {
-      ++counts.blamed[e.Kind == mv::ekNotSelectStatement ? "(not a select)" : mv::UTF8Encode(mv::WideUpperCase(e.TokenText))];
+      counts.failures.Add(statement, e);
       if (dump) out << "#" << statement.Index << "\terror\t" << OneLine(e.Message()) << "\n";
       if (failures) out << where << ": " << OneLine(e.Message()) << "\n";
       continue;
     } catch (const std::exception& e) {
-      ++counts.blamed["(error)"];
+      counts.failures.AddOther(statement, e.what());
       if (dump) out << "#" << statement.Index << "\terror\t" << e.what() << "\n";
       if (failures) out << where << ": " << e.what() << "\n";
       continue;
     }
     ++counts.parsed;
-    mv::WideString second;
-    try {
-      mv::TmvOwned<mv::TSQLSelectStatement> again = context.ParseSelect(first);
-      second = PrintFast(again.get());
-    } catch (const std::exception& e) {
-      second = u"(does not parse: " + mv::UTF8Decode(e.what()) + u")";
-    }
+    const mv::WideString second = Reprint(context, first, PrintFast);
     if (second == first) {
       ++counts.roundTrip;
     } else if (failures) {
       out << where << ": round trip differs\n    " << mv::UTF8Encode(first) << "\n    " << mv::UTF8Encode(second)
           << "\n";
+    }
+    if (Reprint(context, laidOut, PrintFormatted) == laidOut) {
+      ++counts.formatted;
+    } else if (failures) {
+      out << where << ": the formatted text formats differently\n";
     }
   }
 }
@@ -243,17 +262,11 @@ int RunBatch(mv::TmvBaseSQLContext& context, const Arguments& arguments, std::os
     }
   }
   for (const std::string& path : arguments.Positional()) {
-    BatchCounts counts;
+    BatchCounts counts(*context.SyntaxProvider());
     RunBatchFile(context, path, failures, dump, counts, out);
     out << path << "\tentries=" << counts.entries << "\tparsed=" << counts.parsed
-        << "\troundtrip=" << counts.roundTrip << "\n";
-    std::vector<std::pair<int, std::string>> blamed;
-    for (const auto& [token, count] : counts.blamed) blamed.emplace_back(count, token);
-    std::sort(blamed.begin(), blamed.end(), [](const auto& a, const auto& b) {
-      return a.first != b.first ? a.first > b.first : a.second < b.second;
-    });
-    for (int i = 0; i < reasons && i < int(blamed.size()); ++i)
-      out << "  " << blamed[i].first << "\t" << blamed[i].second << "\n";
+        << "\troundtrip=" << counts.roundTrip << "\tformat=" << counts.formatted << "\n";
+    counts.failures.Print(out, reasons);
   }
   return kExitSuccess;
 }
