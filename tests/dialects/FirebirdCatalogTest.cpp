@@ -1,7 +1,8 @@
 // The Firebird catalog read from the throw-away Firebird server: Chinook and
 // the tables with awkward names give the same objects, fields, keys and
 // foreign keys as the SQLite file they were copied from; a table of our own
-// whose name is SQL text, a view and a procedure join them.
+// whose name is SQL text, a view and a procedure join them. InterBase's
+// loaders read the same catalog.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -11,6 +12,8 @@
 #include "SQL92Context.h"
 #include "dialects/firebird/FirebirdCatalog.h"
 #include "dialects/firebird/FirebirdSyntaxProvider.h"
+#include "dialects/interbase/IBCatalog.h"
+#include "dialects/interbase/IBSyntaxProvider.h"
 #include "dialects/EngineInit.h"
 #include "dialects/universal/AutoSyntaxProvider.h"
 #include "metadata/MetadataContainer.h"
@@ -103,7 +106,7 @@ TEST_F(FirebirdCatalogTest, ChinookAndOwnObjectsAsTheServerHasThem) {
 
   // The same through the engine's road under the Firebird dialect, which the
   // automatic provider finds from the connection (the InterBase provider
-  // before it in the list does not probe).
+  // before it in the list passes the same probe but answers only maybe).
   EXPECT_EQ(AutodetectSyntaxProvider(&metadata, nullptr), &TmvFirebirdSyntaxProvider::ProviderClass());
 
   // Our objects in the test database: a table named as SQL text, a view, a
@@ -129,6 +132,47 @@ TEST_F(FirebirdCatalogTest, ChinookAndOwnObjectsAsTheServerHasThem) {
   };
   EXPECT_EQ(Lines(*container), own);
   EXPECT_EQ(fb.Query(R"(SELECT COUNT(*) FROM "keep")").at(0).at(0), "0");
+}
+
+// InterBase keeps its catalog in the same RDB$ tables: its loaders, run on
+// the Firebird server, read Chinook as Firebird's do. The one difference is
+// a column of a domain of our own, which InterBase names by its type.
+TEST_F(FirebirdCatalogTest, InterBaseLoadersReadTheSameCatalog) {
+  MV_REQUIRE_FIREBIRD_CHINOOK();
+  mvtest::FirebirdServer& fb = mvtest::ChinookOnFirebird();
+  TmvIBSyntaxProvider interbase;
+  context.SetSyntaxProvider(&interbase);
+  TmvFirebirdConnection server(UTF8Decode(fb.Dsn(mvtest::kFirebirdChinookDatabase)),
+                               UTF8Decode(mvtest::FirebirdServer::kUser),
+                               UTF8Decode(mvtest::FirebirdServer::kPassword));
+  auto container = Attach(context, metadata, &server);
+  EXPECT_EQ(IsConnectedServerIsInterbase(&metadata, &server), scsSupport);
+  EXPECT_EQ(interbase.IsSupportConnectedServer(&metadata, nullptr), scsMaybeSupport);
+  interbase.LoadMetadataObjects(&context, nullptr, container.get(), nullptr, nullptr);
+  ASSERT_TRUE(LoadMetadataRelationsInterbase(&context, nullptr, container.get(), nullptr));
+  for (int i = 0; i < container->Count(); ++i)
+    if (!container->Items(i)->System()) interbase.LoadFieldsForObjectFromServer(&context, nullptr, container->Items(i));
+  EXPECT_EQ(Lines(*container), mvtest::SqliteChinookCatalogLines(Describe(1)));
+
+  fb.Exec(R"(CREATE DOMAIN "Price" AS numeric(10,2))");
+  fb.Exec(R"(CREATE TABLE "priced" (p "Price"))");
+  TmvFirebirdConnection test(UTF8Decode(fb.Dsn()), UTF8Decode(mvtest::FirebirdServer::kUser),
+                             UTF8Decode(mvtest::FirebirdServer::kPassword));
+  metadata.SetConnection(&test);
+  container->Clear();
+  ASSERT_TRUE(LoadMetadataObjectsInterbase(&context, nullptr, container.get(), nullptr));
+  TmvMetadataObject* priced = nullptr;
+  for (int i = 0; i < container->Count(); ++i)
+    if (container->Items(i)->NameStrNotQuoted() == u"priced") priced = container->Items(i);
+  ASSERT_NE(priced, nullptr);
+  std::vector<WideString> types;
+  for (auto load : {LoadFieldsForObjectInterbase, LoadFieldsForObjectFirebird}) {
+    ASSERT_TRUE(load(&context, nullptr, priced));
+    ASSERT_EQ(priced->GetFields()->Count(), 1);
+    types.push_back(priced->GetFields()->Items(0)->FieldTypeName());
+  }
+  EXPECT_EQ(types, (std::vector<WideString>{u"INT64", u"Price"}));
+  context.SetSyntaxProvider(&firebird);
 }
 
 // A server that answers none of the probes: the automatic provider takes a

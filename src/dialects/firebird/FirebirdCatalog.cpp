@@ -1,125 +1,31 @@
 #include "dialects/firebird/FirebirdCatalog.h"
 
 #include "dialects/firebird/FirebirdCatalogQueries.h"
-#include "frontend/SQLContext.h"
-#include "metadata/MetadataContainer.h"
-#include "metadata/MetadataObject.h"
-#include "metadata/MetadataProvider.h"
-#include "metadata/fetchers/FetcherBase.h"
-#include "metadata/fetchers/ObjectsFetcher.h"
-#include "metadata/fetchers/RelationsFetcher.h"
-#include "support/Exceptions.h"
 
 namespace mv {
 
-WideString TmvFirebirdMetadataFieldsFetcherFromQuery::CalcTypeOnServer() {
-  return TrimName(TmvMetadataFieldsFetcherFromQuery::CalcTypeOnServer());
-}
-
-int TmvFirebirdMetadataFieldsFetcherFromQuery::CalcScale() {
-  const int scale = TmvMetadataFieldsFetcherFromQuery::CalcScale();
-  return scale < 0 ? -scale : scale;
-}
-
-namespace {
-
-template <class Fetcher>
-bool TryCreate(Fetcher& fetcher) {
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  return true;
-}
-
-// Every row of `sql` an object of `objectClass`; false when the statement is refused.
-bool LoadObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
-                 const TmvMetadataFilter* filter, WideStringView sql, const TmvMetadataClass& objectClass,
-                 bool systemColumn) {
-  TmvMetadataObjectFetcherFromQuery fetcher(context, connection);
-  fetcher.SQL = WideString(sql);
-  fetcher.NameFieldName = u"TABLE_NAME";
-  if (systemColumn) {
-    fetcher.SystemFieldName = u"TABLE_SYSTEM";
-    fetcher.SystemFlagValue = TmvVariant(int{1});
-  }
-  fetcher.SetDefaultObjectClass(&objectClass);
-  fetcher.SetTrimSpaces(true);
-  fetcher.SetFilter(filter);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, nullptr);
-  return true;
-}
-
-}  // namespace
+const TmvRdbCatalogQueries kFirebirdCatalogQueries = {
+    kFirebirdProbeQuery,     kFirebirdTablesQuery,     kFirebirdViewsQuery, kFirebirdProceduresProbeQuery,
+    kFirebirdProceduresQuery, kFirebirdRelationsQuery, FirebirdFieldsQuery,
+};
 
 TmvSyntaxSupportConectedServer IsConnectedServerIsFirebird(TmvBaseMetadataProvider* provider,
                                                            TmvConnection* connection) {
-  if (!provider || !provider->GetCanExecSQL()) return scsDontKnow;
-  try {
-    provider->ExecSQLDatasetUR(connection, kFirebirdProbeQuery, nullptr);
-    return scsSupport;
-  } catch (const Exception&) {
-    return scsNotSupport;
-  }
+  return IsConnectedServerRdb(kFirebirdCatalogQueries, provider, connection);
 }
 
 bool LoadMetadataObjectsFirebird(TmvBaseSQLContext* context, TmvConnection* connection,
                                  TmvMetadataContainer* container, const TmvMetadataFilter* filter) {
-  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
-  if (!provider || !container) return false;
-  if (!LoadObjects(context, connection, container, filter, kFirebirdTablesQuery, TmvMetadataTable::StaticClass(),
-                   true))
-    return false;
-  LoadObjects(context, connection, container, filter, kFirebirdViewsQuery, TmvMetadataView::StaticClass(), true);
-  bool procedures = false;
-  try {
-    provider->ExecSQLDatasetUR(connection, kFirebirdProceduresProbeQuery, nullptr);
-    procedures = true;
-  } catch (const Exception&) {
-    // A server without stored procedures.
-  }
-  if (procedures)
-    LoadObjects(context, connection, container, filter, kFirebirdProceduresQuery,
-                TmvMetadataProcedure::StaticClass(), false);
-  return true;
+  return LoadMetadataObjectsRdb(kFirebirdCatalogQueries, context, connection, container, filter);
 }
 
 bool LoadMetadataRelationsFirebird(TmvBaseSQLContext* context, TmvConnection* connection,
                                    TmvMetadataContainer* container, const TmvMetadataFilter* filter) {
-  if (!CatalogSqlProvider(context) || !container) return false;
-  TmvMetadataRelationsFetcherFromQuery fetcher(context, connection);
-  fetcher.SQL = kFirebirdRelationsQuery;
-  fetcher.PrimaryNameFieldName = u"PK_TABLE_NAME";
-  fetcher.PrimaryFieldFieldName = u"PK_FIELD_NAME";
-  fetcher.ChildNameFieldName = u"FK_TABLE_NAME";
-  fetcher.ChildFieldFieldName = u"FK_FIELD_NAME";
-  fetcher.KeySequenceFieldName = u"ORDINAL";
-  fetcher.SetTrimSpaces(true);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, nullptr);
-  return true;
+  return LoadMetadataRelationsRdb(kFirebirdCatalogQueries, context, connection, container, filter);
 }
 
 bool LoadFieldsForObjectFirebird(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object) {
-  if (!CatalogSqlProvider(context) || !object) return false;
-  TmvFirebirdMetadataFieldsFetcherFromQuery fetcher(context, connection);
-  fetcher.SQL = FirebirdFieldsQuery(object->NameStrNotQuoted());
-  fetcher.NameFieldName = u"field_name";
-  fetcher.TypeFieldName = u"field_type";
-  fetcher.SizeFieldName = u"field_length";
-  fetcher.PrecisionFieldName = u"field_precision";
-  fetcher.ScaleFieldName = u"field_scale";
-  fetcher.NullableFieldName = u"field_not_null_constraint";
-  fetcher.NullableTrueValue = TmvVariant(int{0});  // the column says "not null"
-  fetcher.DefaultValueFieldName = u"field_default_value";
-  fetcher.PrimaryFieldName = u"field_pk";
-  fetcher.ShortDescriptionFieldName = u"field_description";
-  fetcher.SetTrimSpaces(true);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadFields(object->GetFields());
-  return true;
+  return LoadFieldsForObjectRdb(kFirebirdCatalogQueries, context, connection, object);
 }
 
 }  // namespace mv

@@ -1,37 +1,16 @@
 // The catalog of a Firebird server read through the metadata provider: the
 // probe, the tables and views (system ones by RDB$SYSTEM_FLAG), the stored
 // procedures, the foreign keys and the fields of one table or view, over
-// the statements of FirebirdCatalogQueries.h. Each loader runs its
-// statement on the provider and hands the rows to a fetcher; a loader
-// answers false when the provider cannot run SQL or the server refuses the
-// statement, and the caller falls back on the metadata provider. The
-// catalog's names come padded with blanks: every fetcher trims them. A
-// connection reaches one database, and names have no database or schema.
+// the statements of FirebirdCatalogQueries.h by the loaders the family
+// shares (dialects/interbase/RdbCatalog.h, where the rules of loading are).
 #pragma once
 
-#include "frontend/SyntaxProvider.h"
-#include "metadata/fetchers/FieldsFetcher.h"
+#include "dialects/interbase/RdbCatalog.h"
 
 namespace mv {
 
-class TmvBaseMetadataProvider;
-class TmvBaseSQLContext;
-class TmvConnection;
-class TmvMetadataContainer;
-class TmvMetadataFilter;
-class TmvMetadataObject;
-
-// The fields line on FirebirdFieldsQuery: the type's name comes padded
-// too, and the catalog keeps a scale as a negative power of ten (-2 for two
-// decimals), which becomes the count of decimals.
-class TmvFirebirdMetadataFieldsFetcherFromQuery : public TmvMetadataFieldsFetcherFromQuery {
- public:
-  using TmvMetadataFieldsFetcherFromQuery::TmvMetadataFieldsFetcherFromQuery;
-
- protected:
-  WideString CalcTypeOnServer() override;
-  int CalcScale() override;
-};
+// The statements of Firebird's catalog as the shared loaders take them.
+extern const TmvRdbCatalogQueries kFirebirdCatalogQueries;
 
 // scsSupport when the probe runs, scsNotSupport when it fails, scsDontKnow
 // without SQL.

@@ -2,9 +2,11 @@
 
 #include "IBPars.h"
 #include "IBScan.h"
+#include "dialects/interbase/IBCatalog.h"
 #include "dialects/interbase/IBNodes.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataProvider.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/Exceptions.h"
 #include "support/TextHelpers.h"
@@ -145,5 +147,30 @@ TmvOwned<TSQLSubSelectStatement> TmvIBSyntaxProvider::TransformQueryLimits(const
   result->PrepareAndFixupRecursive();
   return result;
 }
+
+// --- The server's catalog ---
+
+TmvSyntaxSupportConectedServer TmvIBSyntaxProvider::IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                                             TmvObject* owner) const {
+  const TmvSyntaxSupportConectedServer answer =
+      IsConnectedServerIsInterbase(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+  if (answer == scsDontKnow) return TmvMatrixSyntaxProvider::IsSupportConnectedServer(metadataProvider, owner);
+  return answer == scsSupport ? scsMaybeSupport : answer;
+}
+
+void TmvIBSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                              TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                              const TSQLQualifiedName* database) {
+  if (!LoadMetadataObjectsInterbase(context, connection, container, filter))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvIBSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                        TmvMetadataObject* object) {
+  if (!LoadFieldsForObjectInterbase(context, connection, object))
+    TmvMatrixSyntaxProvider::LoadFieldsForObjectFromServer(context, connection, object);
+}
+
+// --- end of the server's catalog ---
 
 }  // namespace mv

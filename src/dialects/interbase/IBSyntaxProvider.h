@@ -37,6 +37,21 @@ class TmvIBSyntaxProvider : public TmvMatrixSyntaxProvider {
   // parser's error.
   TmvOwned<TSQLSubSelectStatement> TransformQueryLimits(const TSQLSubSelectStatement* statement,
                                                         WideStringView offset, WideStringView count) const override;
+
+  // --- The server's catalog (IBCatalog.h); objects and fields fall back on
+  // the base where the catalog gives no answer. Relations and databases stay
+  // with the base. ---
+  // The probe's answer, but a server that passes it is only maybe InterBase:
+  // Firebird passes the same probe, and its provider, later in the list,
+  // claims such a server. Without SQL the base.
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  // RDB$RELATION_FIELDS with the name of the type.
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
+  // --- end of the server's catalog ---
 };
 
 }  // namespace mv
