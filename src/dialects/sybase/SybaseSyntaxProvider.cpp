@@ -226,4 +226,27 @@ void TmvSybaseSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConn
     TmvMatrixSyntaxProvider::GetSchemasList(context, connection, list, database);
 }
 
+void TmvSybaseSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                  TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                  const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  if (!LoadMetadataObjectsSybase(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvSybaseSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                    TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                    const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  if (!LoadMetadataRelationsSybase(context, connection, serverVersion_ == svSybaseASA, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
+
+void TmvSybaseSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                            TmvMetadataObject* object) {
+  DetectServerVersionIfNeeded(context);
+  if (!LoadFieldsForObjectSybase(context, connection, serverVersion_ == svSybaseASA, object))
+    TmvMatrixSyntaxProvider::LoadFieldsForObjectFromServer(context, connection, object);
+}
+
 }  // namespace mv
