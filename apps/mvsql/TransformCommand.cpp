@@ -181,10 +181,12 @@ int RunTransform(const std::vector<std::string>& args, std::ostream& out, std::o
     for (const std::string& aggregate : arguments.Values("aggregate")) Aggregate(*transformer, aggregate);
     transformer->Skip(mv::UTF8Decode(offset)).Take(mv::UTF8Decode(limit));
     transformer->EndUpdate();
-    if ((!offset.empty() && !transformer->GetIsSupportLimitOffset()) ||
-        (!limit.empty() && !transformer->GetIsSupportLimitCount()))
-      err << "note: the dialect writes no " << (!offset.empty() && !transformer->GetIsSupportLimitOffset() ? "offset" : "limit")
-          << "; the limits are left out\n";
+    // A dialect without counts writes no limit at all; one without offsets
+    // (Access, Sybase) still writes the count.
+    if (!limit.empty() && !transformer->GetIsSupportLimitCount())
+      err << "note: the dialect writes no limit; the limits are left out\n";
+    else if (!offset.empty() && !transformer->GetIsSupportLimitOffset())
+      err << "note: the dialect writes no offset; the offset is left out\n";
     mv::WideString sql = transformer->GetSql();
     if (!arguments.Has("one-line") && !sql.empty() && transformer->GetResultAst()) {
       mv::TSQLBuilderPiped piped;
