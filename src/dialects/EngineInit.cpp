@@ -3,6 +3,7 @@
 #include "dialects/EngineInit.h"
 
 #include "dialects/access/AccessSyntaxProvider.h"
+#include "dialects/db2/DB2SyntaxProvider.h"
 #include "dialects/firebird/FirebirdSyntaxProvider.h"
 #include "dialects/interbase/IBSyntaxProvider.h"
 #include "dialects/mssql/MSSQLSyntaxProvider.h"
@@ -37,6 +38,7 @@ constexpr void (*kDialects[])() = {
     &TmvPGSQLSyntaxProvider::RegisterDialect,
     &TmvIBSyntaxProvider::RegisterDialect,
     &TmvFirebirdSyntaxProvider::RegisterDialect,
+    &TmvDB2SyntaxProvider::RegisterDialect,
     &TmvMSAccessSyntaxProvider::RegisterDialect,
     &TmvSybaseSyntaxProvider::RegisterDialect,
     &TmvSQLiteSyntaxProvider::RegisterDialect,

@@ -1,0 +1,2 @@
+
+with c (x) as (select a from LIB/T) select x, a concat b, d + 5 days, current date, (a, b) from c, lateral (select 1 from sysibm.sysdummy1) l, table(f(1)) f, (values (1, 'a')) v (n, s), t tablesample bernoulli (10) where x in (select y from "Q"/"R") order by x desc nulls last fetch first 5 rows only union all select b from u minus select c from v order by 1 for update of x optimize for 1 rows with rs use and keep share locks
