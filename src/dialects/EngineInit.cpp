@@ -5,6 +5,7 @@
 #include "dialects/access/AccessSyntaxProvider.h"
 #include "dialects/db2/DB2SyntaxProvider.h"
 #include "dialects/firebird/FirebirdSyntaxProvider.h"
+#include "dialects/informix/InformixSyntaxProvider.h"
 #include "dialects/interbase/IBSyntaxProvider.h"
 #include "dialects/mssql/MSSQLSyntaxProvider.h"
 #include "dialects/mysql/MYSQLSyntaxProvider.h"
@@ -39,6 +40,7 @@ constexpr void (*kDialects[])() = {
     &TmvIBSyntaxProvider::RegisterDialect,
     &TmvFirebirdSyntaxProvider::RegisterDialect,
     &TmvDB2SyntaxProvider::RegisterDialect,
+    &TmvInformixSyntaxProvider::RegisterDialect,
     &TmvMSAccessSyntaxProvider::RegisterDialect,
     &TmvSybaseSyntaxProvider::RegisterDialect,
     &TmvSQLiteSyntaxProvider::RegisterDialect,
