@@ -201,20 +201,36 @@ TEST_F(DB2DialectTest, RowNumberWrapperOnChinook) {
     ExpectLimitsOnServer(text, {{u"3", u"", 3, ~size_t(0)}, {u"4", u"6", 4, 6}, {u"5000", u"2", 5000, 0}}, query);
 }
 
-TEST_F(DB2DialectTest, Probe) {
-  // A scripted connection answers the probe or refuses it.
+TEST_F(DB2DialectTest, ServerAnswers) {
+  // A scripted connection answers the catalog statements or refuses them all.
+  const auto column = [](const char16_t* name, std::initializer_list<const char16_t*> values) {
+    TmvMemoryTable table;
+    table.AddColumn(name, ftWideString, 32);
+    for (const char16_t* value : values) table.AddRow({TmvVariant(WideString(value))});
+    return table;
+  };
   for (const bool answers : {true, false}) {
     TmvMemoryConnection server;
     TmvConnectionMetadataProvider metadata;
     metadata.SetConnection(&server);
     server.Open();
     if (answers) {
-      TmvMemoryTable table;
-      table.AddColumn(u"USER_NAME", ftWideString, 32);
-      table.AddRow({TmvVariant(WideString(u"DB2INST1"))});
-      server.AddResult(kDB2ProbeQuery, std::move(table));
+      server.AddResult(kDB2ProbeQuery, column(u"USER_NAME", {u"DB2INST1"}));
+      server.AddResult(kDB2DefaultDatabaseQuery, column(u"CATALOG_NAME", {u"SAMPLE  "}));
+      server.AddResult(kDB2DefaultSchemaQuery, column(u"DEF_SCHEMA", {u"DB2INST1"}));
+      server.AddResult(kDB2SchemasQuery, column(u"NAME", {u"DB2INST1", u"SYSCAT"}));
     }
+    context_.SetMetadataProvider(&metadata);
     EXPECT_EQ(provider_.IsSupportConnectedServer(&metadata, nullptr), answers ? scsSupport : scsNotSupport);
+    auto database = provider_.GetDefaultDatabaseName(&context_, &server);
+    EXPECT_EQ(database ? database->GetQualifiedNameWithoutQuotes() : WideString(), answers ? u"SAMPLE" : u"");
+    auto schemas = TastCreate<TSQLIdentifiersCollection>(&context_);
+    provider_.GetDefaultSchemaNames(&context_, &server, *schemas);
+    EXPECT_EQ(schemas->ContainsSameIdStr(u"DB2INST1"), answers);
+    std::vector<WideString> list;
+    provider_.GetSchemasList(&context_, &server, list, nullptr);
+    EXPECT_EQ(list, (answers ? std::vector<WideString>{u"DB2INST1", u"SYSCAT"} : std::vector<WideString>{}));
+    context_.SetMetadataProvider(nullptr);
   }
   EXPECT_EQ(provider_.IsSupportConnectedServer(nullptr, nullptr), scsDontKnow);
 }

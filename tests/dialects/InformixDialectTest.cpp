@@ -169,7 +169,7 @@ TEST_F(InformixDialectTest, CatalogStatements) {
     EXPECT_EQ(kinds(InformixFieldsQuery(name, name)), plain) << UTF8Encode(name);
 }
 
-TEST_F(InformixDialectTest, ProbeAndVersionFromTheServer) {
+TEST_F(InformixDialectTest, ServerAnswers) {
   // A scripted connection answers the statements it knows and refuses any other.
   struct Case {
     const char16_t* major;  // null: the server refuses both statements
@@ -192,11 +192,22 @@ TEST_F(InformixDialectTest, ProbeAndVersionFromTheServer) {
         server.AddResult(sql, std::move(table));
       }
     }
-    TmvInformixSyntaxProvider provider;
-    provider.SetServerVersion(svInformixDS8);
-    EXPECT_EQ(provider.IsSupportConnectedServer(&metadata, nullptr), c.answer);
-    provider.DoDetectServerVersion(&metadata, nullptr);
-    EXPECT_EQ(provider.GetServerVersion(), c.version);
+    if (c.major) {
+      TmvMemoryTable owners;
+      owners.AddColumn(u"NAME", ftWideString, 32);
+      owners.AddRow({TmvVariant(WideString(u"informix  "))}).AddRow({TmvVariant(WideString(u"shop"))});
+      server.AddResult(kInformixSchemasQuery, std::move(owners));
+    }
+    // The owners' list reads the version first.
+    provider_.SetServerVersion(svInformixDS8);
+    provider_.SetDetectServerVersion(true);
+    EXPECT_EQ(provider_.IsSupportConnectedServer(&metadata, nullptr), c.answer);
+    context_.SetMetadataProvider(&metadata);
+    std::vector<WideString> owners;
+    provider_.GetSchemasList(&context_, &server, owners, nullptr);
+    context_.SetMetadataProvider(nullptr);
+    EXPECT_EQ(provider_.GetServerVersion(), c.version);
+    EXPECT_EQ(owners, (c.major ? std::vector<WideString>{u"informix", u"shop"} : std::vector<WideString>{}));
   }
   EXPECT_EQ(TmvInformixSyntaxProvider().IsSupportConnectedServer(nullptr, nullptr), scsDontKnow);
 }

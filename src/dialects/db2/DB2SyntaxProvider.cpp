@@ -10,9 +10,12 @@
 #include "frontend/SyntaxProvidersList.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/dataset/DataSet.h"
+#include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/NamesFetchers.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/Exceptions.h"
 #include "tree/NodeRegistry.h"
+#include "tree/QualifiedNamesList.h"
 
 namespace mv {
 
@@ -88,6 +91,26 @@ TmvOwned<TSQLExpressionItem> LimitExpression(TmvBaseSQLContext* context, const W
   return expression;
 }
 
+// The names the server lists for `sql` in its column NAME; false when it
+// refuses the statement.
+bool LoadCatalogSchemas(TmvBaseSQLContext* context, TmvConnection* connection, const char16_t* sql,
+                        std::vector<WideString>& list) {
+  if (!CatalogSqlProvider(context)) return false;
+  TmvMetadataSchemasFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = sql;
+  fetcher.NameFieldName = u"NAME";
+  auto schemas = TastCreate<TSQLIdentifiersCollection>(context);
+  try {
+    fetcher.CreateDataset();
+  } catch (const Exception&) {
+    return false;
+  }
+  fetcher.LoadSchemas(*schemas);
+  list.clear();
+  for (int i = 0; i < schemas->GetCount(); ++i) list.push_back(schemas->Identifier(i)->Token);
+  return true;
+}
+
 }  // namespace
 
 TmvDB2SyntaxProvider::TmvDB2SyntaxProvider() : TmvMatrixSyntaxProvider("TmvDB2SyntaxProvider") {
@@ -159,6 +182,29 @@ TmvSyntaxSupportConectedServer TmvDB2SyntaxProvider::IsSupportConnectedServer(Tm
   } catch (const Exception&) {
     return scsNotSupport;
   }
+}
+
+TmvOwned<TSQLQualifiedName> TmvDB2SyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
+                                                                         TmvConnection* connection) {
+  if (auto name = CatalogNameFromQuery(context, connection, kDB2DefaultDatabaseQuery, u"CATALOG_NAME")) return name;
+  return TmvMatrixSyntaxProvider::GetDefaultDatabaseName(context, connection);
+}
+
+void TmvDB2SyntaxProvider::GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                 TSQLIdentifiersCollection& names) {
+  auto schema = CatalogNameFromQuery(context, connection, kDB2DefaultSchemaQuery, u"DEF_SCHEMA");
+  if (!schema) {
+    TmvMatrixSyntaxProvider::GetDefaultSchemaNames(context, connection, names);
+    return;
+  }
+  const WideString text = schema->GetQualifiedNameWithoutQuotes();
+  if (!names.ContainsSameIdStr(text)) names.AddIdentifier(text);
+}
+
+void TmvDB2SyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                          std::vector<WideString>& list, const TSQLQualifiedName* database) {
+  if (!LoadCatalogSchemas(context, connection, kDB2SchemasQuery, list))
+    TmvMatrixSyntaxProvider::GetSchemasList(context, connection, list, database);
 }
 
 // --- Limits ---

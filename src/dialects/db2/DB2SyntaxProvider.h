@@ -51,6 +51,14 @@ class TmvDB2SyntaxProvider : public TmvMatrixSyntaxProvider {
   TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
                                                           TmvObject* owner) const override;
 
+  // The server's answers (CURRENT_SERVER, CURRENT SQLID, SYSCAT.SCHEMATA);
+  // where it refuses, the metadata provider's.
+  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
+  void GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                             TSQLIdentifiersCollection& names) override;
+  void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
+                      const TSQLQualifiedName* database) override;
+
   // True with one select expression whose FETCH FIRST has a count: that
   // count. An offset is never read.
   bool GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset, WideString& count) const override;

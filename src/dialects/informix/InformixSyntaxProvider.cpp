@@ -9,6 +9,8 @@
 #include "frontend/SyntaxProvidersList.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/dataset/DataSet.h"
+#include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/NamesFetchers.h"
 #include "support/Exceptions.h"
 #include "tree/NodeRegistry.h"
 #include "tree/QualifiedNamesList.h"
@@ -103,6 +105,27 @@ TmvSyntaxSupportConectedServer TmvInformixSyntaxProvider::IsSupportConnectedServ
   if (!metadataProvider || !metadataProvider->GetCanExecSQL())
     return TmvMatrixSyntaxProvider::IsSupportConnectedServer(metadataProvider, owner);
   return FirstValue(*metadataProvider, kInformixProbeQuery).empty() ? scsNotSupport : scsSupport;
+}
+
+void TmvInformixSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                               std::vector<WideString>& list, const TSQLQualifiedName* database) {
+  if (GetDetectServerVersion() && context && context->MetadataProvider())
+    DoDetectServerVersion(context->MetadataProvider(), nullptr);
+  TmvMetadataSchemasFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = kInformixSchemasQuery;
+  fetcher.NameFieldName = u"NAME";
+  fetcher.SetTrimSpaces(true);
+  auto schemas = TastCreate<TSQLIdentifiersCollection>(context);
+  try {
+    if (!CatalogSqlProvider(context)) throw Exception(u"no SQL");
+    fetcher.CreateDataset();
+  } catch (const Exception&) {
+    TmvMatrixSyntaxProvider::GetSchemasList(context, connection, list, database);
+    return;
+  }
+  fetcher.LoadSchemas(*schemas);
+  list.clear();
+  for (int i = 0; i < schemas->GetCount(); ++i) list.push_back(schemas->Identifier(i)->Token);
 }
 
 TmvInformixVersion TmvInformixSyntaxProvider::VersionOfMajor(int major) {

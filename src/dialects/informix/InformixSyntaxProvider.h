@@ -42,6 +42,11 @@ class TmvInformixSyntaxProvider : public TmvMatrixSyntaxProvider {
   // answers, not when the server refuses it; without SQL the base.
   TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
                                                           TmvObject* owner) const override;
+  // The owners of the server's tables, after reading the version when
+  // DetectServerVersion is on; where the server refuses, the metadata
+  // provider's.
+  void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
+                      const TSQLQualifiedName* database) override;
   // The version of a major version number: 8, 9 and 10 their own, any other 11.
   static TmvInformixVersion VersionOfMajor(int major);
 
