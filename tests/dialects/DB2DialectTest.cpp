@@ -16,7 +16,10 @@
 #include "dialects/db2/DB2CatalogQueries.h"
 #include "dialects/db2/DB2SyntaxProvider.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
+#include "metadata/MetadataRelation.h"
 #include "metadata/dataset/MemoryDataSet.h"
 #include "tree/QualifiedNamesList.h"
 
@@ -233,6 +236,62 @@ TEST_F(DB2DialectTest, ServerAnswers) {
     context_.SetMetadataProvider(nullptr);
   }
   EXPECT_EQ(provider_.IsSupportConnectedServer(nullptr, nullptr), scsDontKnow);
+}
+
+TEST_F(DB2DialectTest, ObjectsAndRelationsFromTheServer) {
+  // SYSIBM's catalog where it exists, else QSYS2's; kinds by their letters,
+  // names trimmed of the catalog's padding, system schemas marked.
+  const auto table = [](std::initializer_list<const char16_t*> columns,
+                        std::initializer_list<std::vector<TmvVariant>> rows) {
+    TmvMemoryTable result;
+    for (const char16_t* name : columns) result.AddColumn(name, ftWideString, 32);
+    for (const auto& row : rows) result.AddRow(row);
+    return result;
+  };
+  for (const bool qsys2 : {false, true}) {
+    TmvMemoryConnection server;
+    TmvConnectionMetadataProvider metadata;
+    metadata.SetConnection(&server);
+    server.Open();
+    const WideString exists = qsys2 ? u"select 1 from QSYS2.SYSTABLES fetch first row only"
+                                    : u"select 1 from SYSIBM.SYSTABLES fetch first row only";
+    server.AddResult(exists, table({u"X"}, {{u"1"}}));
+    server.AddResult(DB2ObjectsQuery(qsys2, u"", u"(0=0)", u"(0=0)", u"(0=0)"),
+                     table({u"TABLE_SCHEMA", u"TABLE_NAME", u"TABLE_TYPE", u"REF_TABLE_SCHEMA", u"REF_TABLE_NAME"},
+                           {{u"SHOP    ", u"ORDERS  ", u"T", TmvVariant::Null(), TmvVariant::Null()},
+                            {u"SHOP", u"BIG", u"V", TmvVariant::Null(), TmvVariant::Null()},
+                            {u"SHOP", u"O", u"A", u"SHOP", u"ORDERS"},
+                            {u"SYSIBM", u"SYSTABLES", u"T", TmvVariant::Null(), TmvVariant::Null()}}));
+    server.AddResult(kDB2RelationsQuery,
+                     table({u"PKTABLE_SCHEM", u"PKTABLE_NAME", u"PKCOLUMN_NAME", u"FKTABLE_SCHEM", u"FKTABLE_NAME",
+                            u"FKCOLUMN_NAME", u"KEY_SEQ"},
+                           {{u"SHOP", u"BIG", u"ID", u"SHOP", u"ORDERS", u"BIG_ID", u"1"}}));
+    context_.SetMetadataProvider(&metadata);
+    auto container = TmvCreate<TmvMetadataContainer>(nullptr, &context_);
+    context_.SetMetadataContainer(container.get());
+    provider_.LoadMetadataObjects(&context_, nullptr, container.get(), nullptr, nullptr);
+    provider_.LoadMetadataRelations(&context_, nullptr, container.get(), nullptr, nullptr);
+    EXPECT_EQ(provider_.GetUseQSYS2(), qsys2);
+    struct Expected {
+      const char16_t* name;
+      const char* kind;
+      bool system;
+    };
+    const Expected expected[] = {{u"SHOP.ORDERS", "TmvMetadataTable", false},
+                                 {u"SHOP.BIG", "TmvMetadataView", false},
+                                 {u"SHOP.O", "TmvMetadataSynonym", false},
+                                 {u"SYSIBM.SYSTABLES", "TmvMetadataTable", true}};
+    ASSERT_EQ(container->Count(), 4);
+    for (int i = 0; i < 4; ++i) {
+      EXPECT_EQ(container->Items(i)->SchemedNameStrNotQuoted(), expected[i].name);
+      EXPECT_EQ(container->Items(i)->ClassType().ClassName(), expected[i].kind);
+      EXPECT_EQ(container->Items(i)->System(), expected[i].system);
+    }
+    ASSERT_EQ(container->GetRelations().size(), 1u);
+    EXPECT_EQ(container->GetRelations()[0]->ChildName()->Token, u"ORDERS");
+    context_.SetMetadataContainer(nullptr);
+    context_.SetMetadataProvider(nullptr);
+  }
 }
 
 TEST_F(DB2DialectTest, CatalogStatements) {

@@ -15,7 +15,10 @@
 #include "dialects/informix/InformixCatalogQueries.h"
 #include "dialects/informix/InformixSyntaxProvider.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
+#include "metadata/MetadataRelation.h"
 #include "metadata/dataset/MemoryDataSet.h"
 #include "tree/QualifiedNamesList.h"
 
@@ -147,6 +150,57 @@ TEST_F(InformixDialectTest, Limits) {
     EXPECT_EQ(Print(provider_.TransformQueryLimits(statement.get(), w.offset, w.count).get()), w.print) << w.text;
   }
   EXPECT_EQ(provider_.TransformQueryLimits(nullptr, u"1", u"2"), nullptr);
+}
+
+TEST_F(InformixDialectTest, ObjectsAndRelationsFromTheServer) {
+  // T and S are tables, V views; names are trimmed of the catalog's padding
+  // and INFORMIX's objects are the system's.
+  const auto table = [](std::initializer_list<const char16_t*> columns,
+                        std::initializer_list<std::vector<TmvVariant>> rows) {
+    TmvMemoryTable result;
+    for (const char16_t* name : columns) result.AddColumn(name, ftWideString, 32);
+    for (const auto& row : rows) result.AddRow(row);
+    return result;
+  };
+  TmvMemoryConnection server;
+  TmvConnectionMetadataProvider metadata;
+  metadata.SetConnection(&server);
+  server.Open();
+  server.AddResult(kInformixObjectsQuery, table({u"TABLE_NAME", u"TABLE_OWNER", u"TABLE_TYPE"},
+                                                {{u"orders    ", u"shop  ", u"T"},
+                                                 {u"big", u"shop", u"V"},
+                                                 {u"copy", u"shop", u"S"},
+                                                 {u"systables", u"informix", u"T"},
+                                                 {u"p", u"shop", u"P"}}));
+  server.AddResult(kInformixRelationsQuery,
+                   table({u"PK_SCHEMA_NAME", u"PK_TABLE_NAME", u"PK_FIELD_NAME", u"FK_SCHEMA_NAME", u"FK_TABLE_NAME",
+                          u"FK_FIELD_NAME"},
+                         {{u"shop", u"big", u"id", u"shop", u"orders", u"big_id"}}));
+  provider_.SetDetectServerVersion(false);
+  context_.SetMetadataProvider(&metadata);
+  auto container = TmvCreate<TmvMetadataContainer>(nullptr, &context_);
+  context_.SetMetadataContainer(container.get());
+  provider_.LoadMetadataObjects(&context_, nullptr, container.get(), nullptr, nullptr);
+  provider_.LoadMetadataRelations(&context_, nullptr, container.get(), nullptr, nullptr);
+  struct Expected {
+    const char16_t* name;
+    const char* kind;
+    bool system;
+  };
+  const Expected expected[] = {{u"shop.orders", "TmvMetadataTable", false},
+                               {u"shop.big", "TmvMetadataView", false},
+                               {u"shop.copy", "TmvMetadataTable", false},
+                               {u"informix.systables", "TmvMetadataTable", true}};
+  ASSERT_EQ(container->Count(), 4);
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(container->Items(i)->SchemedNameStrNotQuoted(), expected[i].name);
+    EXPECT_EQ(container->Items(i)->ClassType().ClassName(), expected[i].kind);
+    EXPECT_EQ(container->Items(i)->System(), expected[i].system);
+  }
+  ASSERT_EQ(container->GetRelations().size(), 1u);
+  EXPECT_EQ(container->GetRelations()[0]->ChildName()->Token, u"orders");
+  context_.SetMetadataContainer(nullptr);
+  context_.SetMetadataProvider(nullptr);
 }
 
 TEST_F(InformixDialectTest, CatalogStatements) {

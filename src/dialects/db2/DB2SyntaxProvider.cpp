@@ -2,6 +2,7 @@
 
 #include "DB2Pars.h"
 #include "DB2Scan.h"
+#include "dialects/db2/DB2Catalog.h"
 #include "dialects/db2/DB2CatalogQueries.h"
 #include "dialects/db2/DB2Nodes.h"
 #include "frontend/KeywordResources.h"
@@ -205,6 +206,27 @@ void TmvDB2SyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnect
                                           std::vector<WideString>& list, const TSQLQualifiedName* database) {
   if (!LoadCatalogSchemas(context, connection, kDB2SchemasQuery, list))
     TmvMatrixSyntaxProvider::GetSchemasList(context, connection, list, database);
+}
+
+void TmvDB2SyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                               TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                               const TSQLQualifiedName* database) {
+  bool loaded = false;
+  if (DB2TableExists(context, connection, u"SYSIBM.SYSTABLES")) {
+    useQSYS2_ = false;
+    loaded = LoadMetadataObjectsDB2(context, connection, container, filter, database, false);
+  } else if (DB2TableExists(context, connection, u"QSYS2.SYSTABLES")) {
+    useQSYS2_ = true;
+    loaded = LoadMetadataObjectsDB2(context, connection, container, filter, database, true);
+  }
+  if (!loaded) TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvDB2SyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                 TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                 const TSQLQualifiedName* database) {
+  if (!LoadMetadataRelationsDB2(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
 }
 
 // --- Limits ---

@@ -59,6 +59,14 @@ class TmvDB2SyntaxProvider : public TmvMatrixSyntaxProvider {
   void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
                       const TSQLQualifiedName* database) override;
 
+  // SYSIBM's catalog where SYSIBM.SYSTABLES exists (UseQSYS2 off), else
+  // QSYS2's where QSYS2.SYSTABLES does (UseQSYS2 on); where neither loads,
+  // the metadata provider's.
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+
   // True with one select expression whose FETCH FIRST has a count: that
   // count. An offset is never read.
   bool GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset, WideString& count) const override;

@@ -2,6 +2,7 @@
 
 #include "INFORMIXPars.h"
 #include "INFORMIXScan.h"
+#include "dialects/informix/InformixCatalog.h"
 #include "dialects/informix/InformixCatalogQueries.h"
 #include "dialects/informix/InformixNodes.h"
 #include "frontend/KeywordResources.h"
@@ -109,8 +110,7 @@ TmvSyntaxSupportConectedServer TmvInformixSyntaxProvider::IsSupportConnectedServ
 
 void TmvInformixSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
                                                std::vector<WideString>& list, const TSQLQualifiedName* database) {
-  if (GetDetectServerVersion() && context && context->MetadataProvider())
-    DoDetectServerVersion(context->MetadataProvider(), nullptr);
+  DetectServerVersionIfNeeded(context);
   TmvMetadataSchemasFetcherFromQuery fetcher(context, connection);
   fetcher.SQL = kInformixSchemasQuery;
   fetcher.NameFieldName = u"NAME";
@@ -126,6 +126,28 @@ void TmvInformixSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvCo
   fetcher.LoadSchemas(*schemas);
   list.clear();
   for (int i = 0; i < schemas->GetCount(); ++i) list.push_back(schemas->Identifier(i)->Token);
+}
+
+void TmvInformixSyntaxProvider::DetectServerVersionIfNeeded(TmvBaseSQLContext* context) {
+  if (GetDetectServerVersion() && context && context->MetadataProvider())
+    DoDetectServerVersion(context->MetadataProvider(), nullptr);
+}
+
+void TmvInformixSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                    TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                    const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  if (!LoadMetadataObjectsInformix(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvInformixSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                      TmvMetadataContainer* container,
+                                                      const TmvMetadataFilter* filter,
+                                                      const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  if (!LoadMetadataRelationsInformix(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
 }
 
 TmvInformixVersion TmvInformixSyntaxProvider::VersionOfMajor(int major) {

@@ -47,6 +47,13 @@ class TmvInformixSyntaxProvider : public TmvMatrixSyntaxProvider {
   // provider's.
   void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
                       const TSQLQualifiedName* database) override;
+  // The server's tables, views and foreign keys, after reading the version
+  // when DetectServerVersion is on; where the server refuses, the metadata
+  // provider's.
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
   // The version of a major version number: 8, 9 and 10 their own, any other 11.
   static TmvInformixVersion VersionOfMajor(int major);
 
@@ -66,6 +73,9 @@ class TmvInformixSyntaxProvider : public TmvMatrixSyntaxProvider {
                                                         WideStringView offset, WideStringView count) const override;
 
  private:
+  // Reads the version first when DetectServerVersion is on.
+  void DetectServerVersionIfNeeded(TmvBaseSQLContext* context);
+
   TmvInformixVersion serverVersion_ = svInformixDS11;
 };
 

@@ -1,0 +1,94 @@
+#include "dialects/db2/DB2Catalog.h"
+
+#include "dialects/db2/DB2CatalogQueries.h"
+#include "metadata/MetadataProvider.h"
+#include "metadata/dataset/DataSet.h"
+#include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/FilterMacros.h"
+#include "metadata/fetchers/ObjectsFetcher.h"
+#include "metadata/fetchers/RelationsFetcher.h"
+#include "support/Exceptions.h"
+#include "tree/QualifiedNames.h"
+
+namespace mv {
+
+namespace {
+
+// Opens the fetcher's statement; false when the server refuses it.
+template <class Fetcher>
+bool TryCreate(Fetcher& fetcher) {
+  try {
+    fetcher.CreateDataset();
+  } catch (const Exception&) {
+    return false;
+  }
+  return true;
+}
+
+TmvVariant Letters(std::initializer_list<const char16_t*> letters) {
+  TmvVariantArray values;
+  for (const char16_t* letter : letters) values.emplace_back(WideString(letter));
+  return TmvVariant(std::move(values));
+}
+
+}  // namespace
+
+bool DB2TableExists(TmvBaseSQLContext* context, TmvConnection* connection, const char16_t* table) {
+  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
+  if (!provider) return false;
+  try {
+    return provider->ExecSQLDatasetUR(connection, u"select 1 from " + WideString(table) + u" fetch first row only",
+                                      nullptr) != nullptr;
+  } catch (const Exception&) {
+    return false;
+  }
+}
+
+bool LoadMetadataObjectsDB2(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                            const TmvMetadataFilter* filter, const TSQLQualifiedName* database, bool qsys2) {
+  if (!CatalogSqlProvider(context) || !container) return false;
+  TmvMetadataObjectFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = DB2ObjectsQuery(qsys2, {}, mvQBTableFilterMacro, mvQBViewFilterMacro, mvQBSynonymFilterMacro);
+  fetcher.SchemaFieldName = u"TABLE_SCHEMA";
+  fetcher.NameFieldName = u"TABLE_NAME";
+  fetcher.TypeFieldName = u"TABLE_TYPE";
+  fetcher.ReferencedSchemaFieldName = u"REF_TABLE_SCHEMA";
+  fetcher.ReferencedNameFieldName = u"REF_TABLE_NAME";
+  fetcher.UserTableTypeValue = Letters({u"H", u"L", u"P", u"T", u"U"});
+  fetcher.UserViewTypeValue = Letters({u"V", u"W", u"M", u"S"});
+  fetcher.UserSynonymTypeValue = Letters({u"A", u"N"});
+  fetcher.SetTrimSpaces(true);
+  fetcher.SetTrimQuotes(true);
+  auto system = TastCreate<TSQLIdentifiersCollection>(context);
+  const WideString schemas = qsys2 ? kDB2QSYS2SystemSchemas : kDB2SystemSchemas;
+  for (size_t start = 0; start <= schemas.size();) {
+    const size_t comma = std::min(schemas.find(u',', start), schemas.size());
+    system->AddIdentifier(schemas.substr(start, comma - start));
+    start = comma + 1;
+  }
+  fetcher.SetSystemSchemaNames(system.get());
+  fetcher.SetFilter(filter);
+  if (!TryCreate(fetcher)) return false;
+  fetcher.LoadMetadata(container, filter, database);
+  return true;
+}
+
+bool LoadMetadataRelationsDB2(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                              const TmvMetadataFilter* filter, const TSQLQualifiedName* database) {
+  if (!CatalogSqlProvider(context) || !container) return false;
+  TmvMetadataRelationsFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = kDB2RelationsQuery;
+  fetcher.PrimarySchemaFieldName = u"PKTABLE_SCHEM";
+  fetcher.PrimaryNameFieldName = u"PKTABLE_NAME";
+  fetcher.PrimaryFieldFieldName = u"PKCOLUMN_NAME";
+  fetcher.ChildSchemaFieldName = u"FKTABLE_SCHEM";
+  fetcher.ChildNameFieldName = u"FKTABLE_NAME";
+  fetcher.ChildFieldFieldName = u"FKCOLUMN_NAME";
+  fetcher.KeySequenceFieldName = u"KEY_SEQ";
+  fetcher.SetTrimSpaces(true);
+  if (!TryCreate(fetcher)) return false;
+  fetcher.LoadMetadata(container, filter, database);
+  return true;
+}
+
+}  // namespace mv

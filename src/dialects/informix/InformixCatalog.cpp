@@ -1,0 +1,66 @@
+#include "dialects/informix/InformixCatalog.h"
+
+#include "dialects/informix/InformixCatalogQueries.h"
+#include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/ObjectsFetcher.h"
+#include "metadata/fetchers/RelationsFetcher.h"
+#include "support/Exceptions.h"
+#include "tree/QualifiedNames.h"
+
+namespace mv {
+
+namespace {
+
+// Opens the fetcher's statement; false when the server refuses it.
+template <class Fetcher>
+bool TryCreate(Fetcher& fetcher) {
+  try {
+    fetcher.CreateDataset();
+  } catch (const Exception&) {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool LoadMetadataObjectsInformix(TmvBaseSQLContext* context, TmvConnection* connection,
+                                 TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                 const TSQLQualifiedName* database) {
+  if (!CatalogSqlProvider(context) || !container) return false;
+  TmvMetadataObjectFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = kInformixObjectsQuery;
+  fetcher.SchemaFieldName = u"TABLE_OWNER";
+  fetcher.NameFieldName = u"TABLE_NAME";
+  fetcher.TypeFieldName = u"TABLE_TYPE";
+  fetcher.UserTableTypeValue = TmvVariant(TmvVariantArray{TmvVariant(WideString(u"T")), TmvVariant(WideString(u"S"))});
+  fetcher.UserViewTypeValue = WideString(u"V");
+  fetcher.SetTrimSpaces(true);
+  auto system = TastCreate<TSQLIdentifiersCollection>(context);
+  system->AddIdentifier(kInformixSystemSchema);
+  fetcher.SetSystemSchemaNames(system.get());
+  fetcher.SetFilter(filter);
+  if (!TryCreate(fetcher)) return false;
+  fetcher.LoadMetadata(container, filter, database);
+  return true;
+}
+
+bool LoadMetadataRelationsInformix(TmvBaseSQLContext* context, TmvConnection* connection,
+                                   TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                   const TSQLQualifiedName* database) {
+  if (!CatalogSqlProvider(context) || !container) return false;
+  TmvMetadataRelationsFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = kInformixRelationsQuery;
+  fetcher.PrimarySchemaFieldName = u"PK_SCHEMA_NAME";
+  fetcher.PrimaryNameFieldName = u"PK_TABLE_NAME";
+  fetcher.PrimaryFieldFieldName = u"PK_FIELD_NAME";
+  fetcher.ChildSchemaFieldName = u"FK_SCHEMA_NAME";
+  fetcher.ChildNameFieldName = u"FK_TABLE_NAME";
+  fetcher.ChildFieldFieldName = u"FK_FIELD_NAME";
+  fetcher.SetTrimSpaces(true);
+  if (!TryCreate(fetcher)) return false;
+  fetcher.LoadMetadata(container, filter, database);
+  return true;
+}
+
+}  // namespace mv
