@@ -17,6 +17,7 @@
 #include "dialects/db2/DB2SyntaxProvider.h"
 #include "frontend/SyntaxProvidersList.h"
 #include "metadata/MetadataContainer.h"
+#include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/MetadataRelation.h"
@@ -238,7 +239,7 @@ TEST_F(DB2DialectTest, ServerAnswers) {
   EXPECT_EQ(provider_.IsSupportConnectedServer(nullptr, nullptr), scsDontKnow);
 }
 
-TEST_F(DB2DialectTest, ObjectsAndRelationsFromTheServer) {
+TEST_F(DB2DialectTest, ObjectsRelationsAndFieldsFromTheServer) {
   // SYSIBM's catalog where it exists, else QSYS2's; kinds by their letters,
   // names trimmed of the catalog's padding, system schemas marked.
   const auto table = [](std::initializer_list<const char16_t*> columns,
@@ -289,6 +290,27 @@ TEST_F(DB2DialectTest, ObjectsAndRelationsFromTheServer) {
     }
     ASSERT_EQ(container->GetRelations().size(), 1u);
     EXPECT_EQ(container->GetRelations()[0]->ChildName()->Token, u"ORDERS");
+    // The fields come from the catalog the objects came from.
+    server.AddResult(DB2FieldsQuery(qsys2, u"SHOP", u"ORDERS"),
+                     table({u"NAME", u"COLTYPE", u"LENGTH", u"SCALE", u"DEFAULT", u"NULLS", u"KEYSEQ", u"GENERATED",
+                            u"REMARKS", u"COLNO"},
+                           {{u"ID", u"INTEGER ", u"4", u"0", TmvVariant::Null(), u"N", TmvVariant(int64_t(1)), u"A",
+                             u"the key", u"0"},
+                            {u"NOTE", u"VARCHAR", u"200", u"0", u"''", u"Y", TmvVariant(int64_t(0)), u" ",
+                             TmvVariant::Null(), u"1"}}));
+    TmvMetadataObject* orders = container->Items(0);
+    provider_.LoadFieldsForObjectFromServer(&context_, nullptr, orders);
+    ASSERT_EQ(orders->GetFields()->Count(), 2);
+    const TmvMetadataField* id = orders->GetFields()->Items(0);
+    const TmvMetadataField* note = orders->GetFields()->Items(1);
+    EXPECT_EQ(id->FieldTypeName(), u"INTEGER");
+    EXPECT_TRUE(id->PrimaryKey());
+    EXPECT_FALSE(id->Nullable());
+    EXPECT_TRUE(id->ReadOnly());
+    EXPECT_EQ(note->NameStrNotQuoted(), u"NOTE");
+    EXPECT_FALSE(note->PrimaryKey());
+    EXPECT_TRUE(note->Nullable());
+    EXPECT_FALSE(note->ReadOnly());
     context_.SetMetadataContainer(nullptr);
     context_.SetMetadataProvider(nullptr);
   }

@@ -16,6 +16,7 @@
 #include "dialects/informix/InformixSyntaxProvider.h"
 #include "frontend/SyntaxProvidersList.h"
 #include "metadata/MetadataContainer.h"
+#include "metadata/MetadataField.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/MetadataRelation.h"
@@ -152,7 +153,7 @@ TEST_F(InformixDialectTest, Limits) {
   EXPECT_EQ(provider_.TransformQueryLimits(nullptr, u"1", u"2"), nullptr);
 }
 
-TEST_F(InformixDialectTest, ObjectsAndRelationsFromTheServer) {
+TEST_F(InformixDialectTest, ObjectsRelationsAndFieldsFromTheServer) {
   // T and S are tables, V views; names are trimmed of the catalog's padding
   // and INFORMIX's objects are the system's.
   const auto table = [](std::initializer_list<const char16_t*> columns,
@@ -199,6 +200,13 @@ TEST_F(InformixDialectTest, ObjectsAndRelationsFromTheServer) {
   }
   ASSERT_EQ(container->GetRelations().size(), 1u);
   EXPECT_EQ(container->GetRelations()[0]->ChildName()->Token, u"orders");
+  server.AddResult(InformixFieldsQuery(u"shop", u"orders"),
+                   table({u"COLNAME", u"COLTYPE", u"COLLENGTH"}, {{u"id    ", u"262", u"4"}, {u"note", u"13", u"200"}}));
+  TmvMetadataObject* orders = container->Items(0);
+  provider_.LoadFieldsForObjectFromServer(&context_, nullptr, orders);
+  ASSERT_EQ(orders->GetFields()->Count(), 2);
+  EXPECT_EQ(orders->GetFields()->Items(0)->NameStrNotQuoted(), u"id");
+  EXPECT_EQ(orders->GetFields()->Items(1)->FieldTypeName(), u"13");
   context_.SetMetadataContainer(nullptr);
   context_.SetMetadataProvider(nullptr);
 }

@@ -1,9 +1,11 @@
 #include "dialects/db2/DB2Catalog.h"
 
 #include "dialects/db2/DB2CatalogQueries.h"
+#include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/dataset/DataSet.h"
 #include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/FieldsFetcher.h"
 #include "metadata/fetchers/FilterMacros.h"
 #include "metadata/fetchers/ObjectsFetcher.h"
 #include "metadata/fetchers/RelationsFetcher.h"
@@ -88,6 +90,30 @@ bool LoadMetadataRelationsDB2(TmvBaseSQLContext* context, TmvConnection* connect
   fetcher.SetTrimSpaces(true);
   if (!TryCreate(fetcher)) return false;
   fetcher.LoadMetadata(container, filter, database);
+  return true;
+}
+
+bool LoadFieldsForObjectDB2(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object,
+                            bool qsys2) {
+  if (!CatalogSqlProvider(context) || !object) return false;
+  TmvMetadataFieldsFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = DB2FieldsQuery(qsys2, object->Schema() ? object->SchemaStrNotQuoted() : WideString(),
+                               object->NameStrNotQuoted());
+  fetcher.NameFieldName = u"NAME";
+  fetcher.TypeFieldName = u"COLTYPE";
+  fetcher.SizeFieldName = u"LENGTH";
+  fetcher.ScaleFieldName = u"SCALE";
+  fetcher.DefaultValueFieldName = u"DEFAULT";
+  fetcher.NullableFieldName = u"NULLS";
+  fetcher.NullableTrueValue = WideString(u"Y");
+  fetcher.NullableFalseValue = WideString(u"N");
+  fetcher.PrimaryFieldName = u"KEYSEQ";
+  fetcher.ReadOnlyFieldName = u"GENERATED";
+  fetcher.ReadOnlyTrueValue = WideString(u"A");
+  fetcher.ShortDescriptionFieldName = u"REMARKS";
+  fetcher.SetTrimSpaces(true);
+  if (!TryCreate(fetcher)) return false;
+  fetcher.LoadFields(object->GetFields());
   return true;
 }
 

@@ -18,4 +18,10 @@ bool LoadMetadataObjectsDB2(TmvBaseSQLContext* context, TmvConnection* connectio
 bool LoadMetadataRelationsDB2(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
                               const TmvMetadataFilter* filter, const TSQLQualifiedName* database);
 
+// The columns of a table or view, from SYSIBM's or QSYS2's catalog: type
+// (a user type as its quoted schema and name), length, scale, nullable (Y),
+// key (a key sequence above 0), generated always (read-only) and remarks.
+bool LoadFieldsForObjectDB2(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object,
+                            bool qsys2);
+
 }  // namespace mv

@@ -229,6 +229,11 @@ void TmvDB2SyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, Tmv
     TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
 }
 
+void TmvDB2SyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                         TmvMetadataObject* object) {
+  LoadFieldsForObjectDB2(context, connection, object, useQSYS2_);
+}
+
 // --- Limits ---
 
 bool TmvDB2SyntaxProvider::GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset,

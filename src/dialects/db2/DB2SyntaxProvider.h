@@ -66,6 +66,9 @@ class TmvDB2SyntaxProvider : public TmvMatrixSyntaxProvider {
                            const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
   void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
                              const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  // From the catalog the objects' load chose (UseQSYS2).
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
 
   // True with one select expression whose FETCH FIRST has a count: that
   // count. An offset is never read.

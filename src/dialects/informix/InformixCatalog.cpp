@@ -1,7 +1,9 @@
 #include "dialects/informix/InformixCatalog.h"
 
 #include "dialects/informix/InformixCatalogQueries.h"
+#include "metadata/MetadataObject.h"
 #include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/FieldsFetcher.h"
 #include "metadata/fetchers/ObjectsFetcher.h"
 #include "metadata/fetchers/RelationsFetcher.h"
 #include "support/Exceptions.h"
@@ -60,6 +62,20 @@ bool LoadMetadataRelationsInformix(TmvBaseSQLContext* context, TmvConnection* co
   fetcher.SetTrimSpaces(true);
   if (!TryCreate(fetcher)) return false;
   fetcher.LoadMetadata(container, filter, database);
+  return true;
+}
+
+bool LoadFieldsForObjectInformix(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object) {
+  if (!CatalogSqlProvider(context) || !object) return false;
+  TmvMetadataFieldsFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = InformixFieldsQuery(object->Schema() ? object->SchemaStrNotQuoted() : WideString(),
+                                    object->NameStrNotQuoted());
+  fetcher.NameFieldName = u"COLNAME";
+  fetcher.TypeFieldName = u"COLTYPE";
+  fetcher.SizeFieldName = u"COLLENGTH";
+  fetcher.SetTrimSpaces(true);
+  if (!TryCreate(fetcher)) return false;
+  fetcher.LoadFields(object->GetFields());
   return true;
 }
 

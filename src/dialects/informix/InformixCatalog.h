@@ -17,4 +17,8 @@ bool LoadMetadataRelationsInformix(TmvBaseSQLContext* context, TmvConnection* co
                                    TmvMetadataContainer* container, const TmvMetadataFilter* filter,
                                    const TSQLQualifiedName* database);
 
+// The columns of a table or view: name, type code (COLTYPE as the catalog
+// keeps it) and length.
+bool LoadFieldsForObjectInformix(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object);
+
 }  // namespace mv

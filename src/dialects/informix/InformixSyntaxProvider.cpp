@@ -150,6 +150,12 @@ void TmvInformixSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context
     TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
 }
 
+void TmvInformixSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                              TmvMetadataObject* object) {
+  DetectServerVersionIfNeeded(context);
+  LoadFieldsForObjectInformix(context, connection, object);
+}
+
 TmvInformixVersion TmvInformixSyntaxProvider::VersionOfMajor(int major) {
   switch (major) {
     case 8: return svInformixDS8;

@@ -54,6 +54,8 @@ class TmvInformixSyntaxProvider : public TmvMatrixSyntaxProvider {
                            const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
   void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
                              const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
   // The version of a major version number: 8, 9 and 10 their own, any other 11.
   static TmvInformixVersion VersionOfMajor(int major);
 
