@@ -145,19 +145,24 @@ TEST_F(DB2DialectTest, ReadsAndPrintsBack) {
 
 TEST_F(DB2DialectTest, NamingConventions) {
   // A system name reads under both conventions; a table's parts print with
-  // the convention's separator, and only system naming takes the object's
-  // name as its alias.
+  // the convention's separator, and under system naming a bound column's
+  // prefix is the object's name, its default alias.
   struct Case {
     TmvDb2NamingConventions convention;
     const char* print;
     bool defaultAliases;
   };
-  const Case cases[] = {{db2ncSql, "Select a From LIB.T, Q.\"R s\"", false},
-                        {db2ncSystem, "Select a From LIB/T, Q/\"R s\"", true}};
+  const Case cases[] = {{db2ncSql, "Select LIB.T.a From LIB.T, Q.\"R s\"", false},
+                        {db2ncSystem, "Select T.a From LIB/T, Q/\"R s\"", true}};
+  const auto bound = [this](const std::string& text) {
+    auto statement = context_.ParseSelect(UTF8Decode(text));
+    statement->PrepareAndFixupRecursive();
+    return Print(statement.get());
+  };
   for (const Case& c : cases) {
     Use(c.convention);
-    EXPECT_EQ(Print("select a from LIB/T, \"Q\"/\"R s\""), c.print);
-    EXPECT_EQ(Print(c.print), c.print);
+    EXPECT_EQ(bound("select LIB/T.a from LIB/T, \"Q\"/\"R s\""), c.print);
+    EXPECT_EQ(bound(c.print), c.print);
     EXPECT_EQ(provider_.GetUseObjectNamesAsDefaultAliases(), c.defaultAliases);
   }
   Use(db2ncSql);
