@@ -39,7 +39,7 @@ if ((${#need[@]})); then
     "${need[@]}" >/dev/null
 fi
 
-CC=clang CXX=clang++ MV_BUILD_DIR=build-fuzz scripts/build.sh --sanitize -- -DMV_FUZZ=ON -DMV_BUILD_TESTS=OFF
+CC=clang CXX=clang++ MV_BUILD_DIR=build-fuzz scripts/build.sh --sanitize -- -DMV_FUZZ=ON -DMV_BUILD_TESTS=OFF -DMV_BUILD_SURFACE=OFF
 
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}

@@ -2,12 +2,17 @@
 # Installs what is missing, builds, and runs mvsql on the bundled sample.
 #   scripts/run.sh                 the default job: format samples/sample.sql
 #   scripts/run.sh COMMAND ARGS    any mvsql command line
+#   scripts/run.sh --designer [ARGS]  the visual designer (mvdesigner ARGS)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh
 scripts/build.sh >/dev/null
 
+if [[ "${1:-}" == "--designer" ]]; then
+  shift
+  exec build/bin/mvdesigner "$@"
+fi
 if (($#)); then
   exec build/bin/mvsql "$@"
 fi

@@ -24,8 +24,9 @@ EXTENSIONS = (".h", ".cpp", ".grammar")
 TABLE_HEADING = "Which folder may include which"
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^">]+)[">]')
 # Headers the generators write from a grammar, a token description or a node
-# table in the including file's folder (or below it).
-GENERATED = (("Pars.h", ".grammar"), ("Scan.h", ".tokens"), (".gen.h", ".def"))
+# table in the including file's folder (or below it), and the meta-object code
+# Qt's moc makes of a source file (X.moc of X.cpp).
+GENERATED = (("Pars.h", ".grammar"), ("Scan.h", ".tokens"), (".gen.h", ".def"), (".moc", ".cpp"))
 
 
 class TableError(Exception):

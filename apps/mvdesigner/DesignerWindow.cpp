@@ -1,0 +1,172 @@
+#include "DesignerWindow.h"
+
+#include <QComboBox>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QTreeWidget>
+
+#include "Command.h"
+#include "DialectNames.h"
+#include "MetadataSource.h"
+#include "metadata/MetadataField.h"
+#include "metadata/MetadataObject.h"
+#include "model/QueryTree.h"
+#include "support/Exceptions.h"
+#include "surface/DesignPane.h"
+#include "surface/QtText.h"
+
+namespace mv {
+
+DesignerWindow::DesignerWindow() {
+  setWindowTitle(QStringLiteral("Morvane designer"));
+  provider_ = mvsql::CreateDialect("sql92");
+  builder_ = TmvCreate<TmvQueryBuilder>();
+  builder_->SetSyntaxProvider(provider_.get());
+
+  auto* toolbar = addToolBar(QStringLiteral("Dialect"));
+  toolbar->addWidget(new QLabel(QStringLiteral(" Dialect: ")));
+  dialects_ = new QComboBox;
+  for (const mvsql::DialectShortName& dialect : mvsql::DialectShortNames()) {
+    try {
+      mvsql::FindDialect(dialect.shortName);
+      dialects_->addItem(QString::fromLatin1(dialect.shortName));
+    } catch (const mvsql::UsageError&) {
+      // A dialect this build does not hold is not offered.
+    }
+  }
+  toolbar->addWidget(dialects_);
+  connect(dialects_, &QComboBox::currentTextChanged, this,
+          [this](const QString& name) { SetDialect(name.toStdString()); });
+
+  tree_ = new QTreeWidget;
+  tree_->setObjectName(QStringLiteral("MetadataTree"));
+  tree_->setHeaderHidden(true);
+  connect(tree_, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* item) { AddObjectFromTree(item); });
+
+  pane_ = new TmvDesignPane;
+  sqlText_ = new QPlainTextEdit;
+  sqlText_->setObjectName(QStringLiteral("SqlText"));
+  sqlText_->setFont(QFont(QStringLiteral("DejaVu Sans Mono"), 10));
+  sqlText_->installEventFilter(this);
+
+  auto* right = new QSplitter(Qt::Vertical);
+  right->addWidget(pane_);
+  right->addWidget(sqlText_);
+  right->setSizes({560, 180});
+  auto* main = new QSplitter(Qt::Horizontal);
+  main->addWidget(tree_);
+  main->addWidget(right);
+  main->setStretchFactor(1, 4);
+  main->setSizes({220, 1000});
+  setCentralWidget(main);
+
+  builder_->OnSQLUpdated = [this](TmvQueryModelHost*) { ShowSql(); };
+  pane_->SetQueryBuilder(builder_.get());
+  statusBar()->showMessage(QStringLiteral("Ready"));
+}
+
+DesignerWindow::~DesignerWindow() {
+  builder_->OnSQLUpdated = nullptr;
+  pane_->SetQueryBuilder(nullptr);
+}
+
+void DesignerWindow::LoadSQLite(const std::string& path) {
+  metadata_.reset();
+  metadata_ = std::make_unique<mvsql::MetadataSource>(*builder_->SQLContext(), *builder_->MetadataContainer());
+  metadata_->LoadSQLite(path);
+  FillMetadataTree();
+  statusBar()->showMessage(QStringLiteral("Metadata of %1").arg(QString::fromStdString(path)));
+}
+
+void DesignerWindow::LoadMetadataXml(const std::string& path) {
+  metadata_.reset();
+  metadata_ = std::make_unique<mvsql::MetadataSource>(*builder_->SQLContext(), *builder_->MetadataContainer());
+  metadata_->LoadXml(path);
+  FillMetadataTree();
+}
+
+void DesignerWindow::SetDialect(const std::string& name) {
+  const WideString text = builder_->GetSql();
+  try {
+    TmvOwned<TmvBaseSyntaxProvider> provider = mvsql::CreateDialect(name);
+    builder_->SetSyntaxProvider(provider.get());
+    provider_.swap(provider);
+    if (dialects_->currentText() != QString::fromStdString(name))
+      dialects_->setCurrentText(QString::fromStdString(name));
+    SetSql(ToQString(text));
+  } catch (const mvsql::UsageError& error) {
+    statusBar()->showMessage(QString::fromStdString(error.message));
+  } catch (const std::exception& error) {
+    statusBar()->showMessage(QString::fromUtf8(error.what()));
+  }
+}
+
+bool DesignerWindow::SetSql(const QString& text) {
+  try {
+    builder_->SetSql(FromQString(text));
+    ShowSql();
+    statusBar()->showMessage(QStringLiteral("Ready"));
+    return true;
+  } catch (const Exception& error) {
+    statusBar()->showMessage(ToQString(error.Message()));
+    return false;
+  }
+}
+
+void DesignerWindow::ShowSql() {
+  if (showingSql_) return;
+  showingSql_ = true;
+  const QString text = ToQString(builder_->GetSql());
+  if (sqlText_->toPlainText() != text) sqlText_->setPlainText(text);
+  showingSql_ = false;
+}
+
+void DesignerWindow::FillMetadataTree() {
+  tree_->clear();
+  TmvMetadataContainer* container = builder_->MetadataContainer();
+  for (int i = 0; i < container->Count(); ++i) {
+    TmvMetadataObject* object = container->Items(i);
+    if (object->System()) continue;
+    auto* item = new QTreeWidgetItem(tree_, {ToQString(object->NameStrNotQuoted())});
+    item->setData(0, Qt::UserRole, QVariant::fromValue(reinterpret_cast<quintptr>(object)));
+    if (TmvMetadataFieldsList* fields = object->GetFields())
+      for (int f = 0; f < fields->Count(); ++f)
+        new QTreeWidgetItem(item, {ToQString(fields->Items(f)->NameStrNotQuoted())});
+  }
+  tree_->sortItems(0, Qt::AscendingOrder);
+}
+
+void DesignerWindow::AddObjectFromTree(QTreeWidgetItem* item) {
+  auto* object = reinterpret_cast<TmvMetadataObject*>(item->data(0, Qt::UserRole).value<quintptr>());
+  TmvSubQuery* subQuery = builder_->ActiveSubQuery();
+  TmvUnionSubQuery* member = subQuery ? subQuery->ActiveUnionSubQuery() : nullptr;
+  if (!object || !member) return;
+  try {
+    member->AddObjectWithFK(object->NameStr(), {});
+  } catch (const Exception& error) {
+    statusBar()->showMessage(ToQString(error.Message()));
+  }
+}
+
+bool DesignerWindow::eventFilter(QObject* watched, QEvent* event) {
+  // The text goes to the model on Ctrl+Return and when the editor loses focus.
+  if (watched == sqlText_) {
+    if (event->type() == QEvent::KeyPress) {
+      auto* key = static_cast<QKeyEvent*>(event);
+      if ((key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) && (key->modifiers() & Qt::ControlModifier)) {
+        SetSql(sqlText_->toPlainText());
+        return true;
+      }
+    } else if (event->type() == QEvent::FocusOut && !showingSql_) {
+      if (sqlText_->toPlainText() != ToQString(builder_->GetSql())) SetSql(sqlText_->toPlainText());
+    }
+  }
+  return QMainWindow::eventFilter(watched, event);
+}
+
+}  // namespace mv

@@ -1,0 +1,107 @@
+#include "surface/SelectListGrid.h"
+
+#include <QHeaderView>
+#include <QTimer>
+
+#include "model/SelectList.h"
+#include "support/Exceptions.h"
+#include "surface/QtText.h"
+#include "tree/Expressions.h"
+#include "tree/SelectClauses.h"
+#include "tree/SelectStatement.h"
+
+namespace mv {
+
+namespace {
+
+const char* const kFixedHeaders[] = {"Output", "Expression", "Aggregate", "Alias", "Sort Type", "Sort Order",
+                                     "Grouping", "Criteria"};
+constexpr int kFixedColumns = TmvSelectListGrid::colCriteria;
+
+}  // namespace
+
+TmvSelectListGrid::TmvSelectListGrid(TmvSelectList* selectList, QWidget* parent)
+    : QTableWidget(parent), selectList_(selectList) {
+  setObjectName(QStringLiteral("SelectListGrid"));
+  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+  connect(this, &QTableWidget::itemChanged, this, [this](QTableWidgetItem* item) {
+    if (filling_) return;
+    const int row = item->row(), column = item->column();
+    const QString text = item->text();
+    const bool checked = item->checkState() == Qt::Checked;
+    // The model may free and rebuild rows: not inside the grid's own signal.
+    QTimer::singleShot(0, this, [this, row, column, text, checked] { ApplyCell(row, column, text, checked); });
+  });
+}
+
+void TmvSelectListGrid::FillList() {
+  filling_ = true;
+  const int conditions = std::max(selectList_->GetMaxConditionCount() + 1, 2);
+  setColumnCount(kFixedColumns + conditions);
+  QStringList headers;
+  for (const char* header : kFixedHeaders) headers << QString::fromLatin1(header);
+  for (int i = 1; i < conditions; ++i) headers << QStringLiteral("Or...");
+  setHorizontalHeaderLabels(headers);
+  setRowCount(selectList_->Count());
+  for (int row = 0; row < selectList_->Count(); ++row) {
+    const TmvSelectItem* item = selectList_->Items(row);
+    auto cell = [&](int column, const WideString& text) {
+      auto* widgetItem = new QTableWidgetItem(ToQString(text));
+      setItem(row, column, widgetItem);
+      return widgetItem;
+    };
+    QTableWidgetItem* output = cell(colOutput, {});
+    output->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable);
+    output->setCheckState(item->Select() ? Qt::Checked : Qt::Unchecked);
+    cell(colExpression, item->GetExpressionString());
+    cell(colAggregate, item->GetAggregateString());
+    cell(colAlias, item->GetAliasString());
+    cell(colSortType, item->GetSortTypeString());
+    cell(colSortOrder, item->GetSortOrderString());
+    cell(colGrouping, item->GetGroupingTypeString());
+    for (int i = 0; i < conditions; ++i) cell(colCriteria + i, item->GetConditionString(i));
+  }
+  filling_ = false;
+}
+
+void TmvSelectListGrid::ApplyCell(int row, int column, const QString& text, bool checked) {
+  if (row < 0 || row >= selectList_->Count()) return;
+  TmvSelectItem* item = selectList_->Items(row);
+  const WideString value = FromQString(text);
+  try {
+    switch (column) {
+      case colOutput:
+        item->SetSelectUI(checked);
+        break;
+      case colExpression:
+        item->SetExpressionStringUI(value);
+        break;
+      case colAggregate:
+        item->SetAggregateStringUI(value);
+        break;
+      case colAlias:
+        item->SetAliasStringUI(value);
+        break;
+      case colSortType:
+        item->SetSortTypeString(value);
+        break;
+      case colSortOrder:
+        item->SetSortOrderString(value);
+        break;
+      case colGrouping:
+        item->SetGroupingTypeString(value);
+        break;
+      default:
+        item->SetConditionString(column - colCriteria, value);
+        break;
+    }
+    lastError_.clear();
+  } catch (const Exception& error) {
+    lastError_ = ToQString(error.Message());
+    emit EditRefused(lastError_);
+  }
+  // What the model made of the text (or the old value after a refusal).
+  FillList();
+}
+
+}  // namespace mv

@@ -1,0 +1,47 @@
+// The select list grid under the work area: a row per select item with its
+// output check, expression, aggregate, alias, sort, grouping and criteria
+// columns. Edits go to the model after the grid's own handler has ended
+// (the model may rebuild every row in answer), and the model refills the
+// grid when it changed.
+#pragma once
+
+#include <QTableWidget>
+
+#include "model/ModelControls.h"
+
+namespace mv {
+
+class TmvSelectList;
+
+class TmvSelectListGrid : public QTableWidget, public ImvSelectListControl {
+  Q_OBJECT
+ public:
+  // The fixed columns; the criteria columns follow them.
+  enum Column { colOutput, colExpression, colAggregate, colAlias, colSortType, colSortOrder, colGrouping, colCriteria };
+
+  TmvSelectListGrid(TmvSelectList* selectList, QWidget* parent);
+  TmvSelectList* SelectList() const { return selectList_; }
+  // The text of the model's last refusal of an edit; empty after a good one.
+  const QString& LastError() const { return lastError_; }
+
+  void UpdateControlVisualParams(TmvQueryBuilderControlOwner*) override { FillList(); }
+  int GetCurrentRow() override { return currentRow(); }
+  void SetCurrentRow(int row) override { setCurrentCell(row, std::max(currentColumn(), 0)); }
+  int GetCurrentCol() override { return currentColumn(); }
+  void SetCurrentCol(int col) override { setCurrentCell(std::max(currentRow(), 0), col); }
+  void FillList() override;
+
+ signals:
+  // An edit was refused; the text says why.
+  void EditRefused(const QString& message);
+
+ private:
+  // Applies the cell's text (or check) to its row of the model.
+  void ApplyCell(int row, int column, const QString& text, bool checked);
+
+  TmvSelectList* selectList_;
+  bool filling_ = false;
+  QString lastError_;
+};
+
+}  // namespace mv

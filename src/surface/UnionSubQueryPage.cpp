@@ -1,0 +1,147 @@
+#include "surface/UnionSubQueryPage.h"
+
+#include <QPainter>
+#include <QResizeEvent>
+#include <QScrollBar>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "component/QueryBuilder.h"
+#include "model/QueryTree.h"
+#include "surface/DatasourceControl.h"
+#include "surface/LinkControl.h"
+#include "tree/Expressions.h"
+#include "tree/SelectClauses.h"
+#include "tree/SelectStatement.h"
+
+namespace mv {
+
+namespace {
+
+// The fill of the area by the darkness of its background.
+QColor BackgroundOf(TmvBkImageDarkness darkness) {
+  switch (darkness) {
+    case bgidLight:
+      return QColor(224, 223, 227);
+    case bgidDark:
+      return QColor(153, 153, 153);
+    default:
+      return QColor(255, 255, 255);
+  }
+}
+
+constexpr int kMinAreaWidth = 200;
+
+}  // namespace
+
+// --- TmvWorkAreaCanvas ---
+
+TmvWorkAreaCanvas::TmvWorkAreaCanvas(TmvQueryBuilder* builder, QWidget* parent) : QWidget(parent), builder_(builder) {
+  setObjectName(QStringLiteral("WorkAreaCanvas"));
+}
+
+void TmvWorkAreaCanvas::AddLink(TmvLinkControl* link) {
+  links_.push_back(link);
+  update();
+}
+
+void TmvWorkAreaCanvas::RemoveLink(TmvLinkControl* link) {
+  std::erase(links_, link);
+  update();
+}
+
+TmvQueryBuilderDataSourceControl* TmvWorkAreaCanvas::BoxOf(const void* datasource) const {
+  for (QObject* child : children())
+    if (auto* box = qobject_cast<TmvQueryBuilderDataSourceControl*>(child); box && box->Datasource() == datasource)
+      return box;
+  return nullptr;
+}
+
+void TmvWorkAreaCanvas::UpdateExtent() {
+  int right = 0, bottom = 0;
+  for (QObject* child : children())
+    if (auto* box = qobject_cast<TmvQueryBuilderDataSourceControl*>(child)) {
+      right = std::max(right, box->geometry().right() + 1);
+      bottom = std::max(bottom, box->geometry().bottom() + 1);
+    }
+  const int horzMargin = builder_ ? builder_->DesignPaneOptions().LayoutHorzMargin() : 20;
+  const int vertMargin = builder_ ? builder_->DesignPaneOptions().LayoutVertMargin() : 10;
+  QSize extent(std::max(kMinAreaWidth, right + horzMargin), bottom + vertMargin);
+  if (QWidget* viewport = parentWidget()) extent = extent.expandedTo(viewport->size());
+  if (extent != size()) resize(extent);
+}
+
+void TmvWorkAreaCanvas::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.fillRect(rect(), BackgroundOf(builder_ ? builder_->BkImageDarkness() : bgidWhite));
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(palette().color(QPalette::WindowText), 1));
+  painter.setBrush(palette().color(QPalette::WindowText));
+  for (const TmvLinkControl* link : links_) link->Paint(painter);
+}
+
+// --- TmvQueryBuilderWorkArea ---
+
+TmvQueryBuilderWorkArea::TmvQueryBuilderWorkArea(TmvUnionSubQuery* member, TmvQueryBuilder* builder,
+                                                 QWidget* parent)
+    : QScrollArea(parent), member_(member) {
+  setObjectName(QStringLiteral("WorkArea"));
+  canvas_ = new TmvWorkAreaCanvas(builder, this);
+  setWidget(canvas_);
+  setWidgetResizable(false);
+  setMinimumWidth(kMinAreaWidth);
+}
+
+void TmvQueryBuilderWorkArea::resizeEvent(QResizeEvent* event) {
+  QScrollArea::resizeEvent(event);
+  canvas_->UpdateExtent();
+}
+
+// --- TmvUnionSubQueryTabSheet ---
+
+TmvUnionSubQueryTabSheet::TmvUnionSubQueryTabSheet(TmvUnionSubQuery* member, TmvQueryBuilder* builder,
+                                                   QWidget* parent)
+    : QSplitter(Qt::Vertical, parent), member_(member) {
+  setObjectName(QStringLiteral("UnionSubQueryPage"));
+  workArea_ = new TmvQueryBuilderWorkArea(member, builder, this);
+  lowerPanel_ = new QWidget(this);
+  lowerPanel_->setObjectName(QStringLiteral("ColumnsPane"));
+  auto* column = new QVBoxLayout(lowerPanel_);
+  column->setContentsMargins(0, 0, 0, 0);
+  addWidget(workArea_);
+  addWidget(lowerPanel_);
+  setChildrenCollapsible(true);
+  if (builder && !builder->ColumnsPaneVisible()) lowerPanel_->hide();
+  // A moved bar gives the SELECT its new share of the height.
+  connect(this, &QSplitter::splitterMoved, this, [this] {
+    if (applying_ || height() <= 0) return;
+    member_->SetRatio(static_cast<double>(lowerPanel_->height()) / height());
+  });
+}
+
+void TmvUnionSubQueryTabSheet::UpdateControlVisualParams(TmvQueryBuilderControlOwner*) { ApplyRatio(); }
+
+void TmvUnionSubQueryTabSheet::resizeEvent(QResizeEvent* event) {
+  QSplitter::resizeEvent(event);
+  ApplyRatio();
+}
+
+void TmvUnionSubQueryTabSheet::ApplyRatio() {
+  const int total = std::max(height(), 1);
+  const int lower = std::min(static_cast<int>(total * member_->Ratio() + 0.5), total - 10);
+  applying_ = true;
+  setSizes({total - std::max(lower, 0), std::max(lower, 0)});
+  applying_ = false;
+}
+
+TmvRect TmvUnionSubQueryTabSheet::GetUnionNavigatorAlignmentRect() {
+  const QRect area = workArea_->viewport()->geometry();
+  return {area.left(), area.top(), area.right() + 1, area.bottom() + 1};
+}
+
+void TmvUnionSubQueryTabSheet::EnsureDatasourceVisible(TmvQueryBuilderControlOwner* datasource) {
+  if (TmvQueryBuilderDataSourceControl* box = workArea_->Canvas()->BoxOf(datasource))
+    workArea_->ensureWidgetVisible(box, 20, 10);
+}
+
+}  // namespace mv

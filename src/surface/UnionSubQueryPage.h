@@ -1,0 +1,83 @@
+// The page of one SELECT: the work area with the datasource boxes and the
+// links between them above, the select list grid below, split by a bar
+// whose place is the SELECT's ratio.
+#pragma once
+
+#include <QScrollArea>
+#include <QSplitter>
+#include <vector>
+
+#include "model/ModelControls.h"
+
+namespace mv {
+
+class TmvQueryBuilder;
+class TmvUnionSubQuery;
+class TmvLinkControl;
+class TmvQueryBuilderDataSourceControl;
+
+// The surface of the work area: boxes are its children, at their model
+// positions; links are painted on it, under the boxes.
+class TmvWorkAreaCanvas : public QWidget {
+  Q_OBJECT
+ public:
+  TmvWorkAreaCanvas(TmvQueryBuilder* builder, QWidget* parent);
+  void AddLink(TmvLinkControl* link);
+  void RemoveLink(TmvLinkControl* link);
+  const std::vector<TmvLinkControl*>& Links() const { return links_; }
+  // Grows to hold every box with the margins (at least the viewport).
+  void UpdateExtent();
+  // The box that shows a datasource of this area, or null.
+  TmvQueryBuilderDataSourceControl* BoxOf(const void* datasource) const;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  TmvQueryBuilder* builder_;
+  std::vector<TmvLinkControl*> links_;
+};
+
+class TmvQueryBuilderWorkArea : public QScrollArea {
+  Q_OBJECT
+ public:
+  TmvQueryBuilderWorkArea(TmvUnionSubQuery* member, TmvQueryBuilder* builder, QWidget* parent);
+  TmvUnionSubQuery* Member() const { return member_; }
+  TmvWorkAreaCanvas* Canvas() const { return canvas_; }
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  TmvUnionSubQuery* member_;
+  TmvWorkAreaCanvas* canvas_;
+};
+
+class TmvUnionSubQueryTabSheet : public QSplitter, public ImvUnionSubQueryControl {
+  Q_OBJECT
+ public:
+  TmvUnionSubQueryTabSheet(TmvUnionSubQuery* member, TmvQueryBuilder* builder, QWidget* parent);
+  TmvUnionSubQuery* Member() const { return member_; }
+  TmvQueryBuilderWorkArea* WorkArea() const { return workArea_; }
+  QWidget* LowerPanel() const { return lowerPanel_; }
+
+  void UpdateControlVisualParams(TmvQueryBuilderControlOwner* owner) override;
+  TmvRect GetUnionNavigatorAlignmentRect() override;
+  ImvControl* GetSelectListParent() override { return nullptr; }
+  ImvControl* GetDatasourcesParent() override { return nullptr; }
+  void EnsureDatasourceVisible(TmvQueryBuilderControlOwner* datasource) override;
+
+ protected:
+  // The share of the grid stays when the page is resized.
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  // Applies the SELECT's ratio to the heights of the two panels.
+  void ApplyRatio();
+  TmvUnionSubQuery* member_;
+  TmvQueryBuilderWorkArea* workArea_;
+  QWidget* lowerPanel_;
+  bool applying_ = false;
+};
+
+}  // namespace mv

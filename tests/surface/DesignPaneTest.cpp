@@ -1,0 +1,196 @@
+// The design pane driven as a user drives it, offscreen: each test acts on
+// the widgets and checks the model and the SQL text that follow.
+#include <QLabel>
+#include <QListWidget>
+#include <QMimeData>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QtTest>
+
+#include "ReferenceDialect.h"
+#include "component/QueryBuilder.h"
+#include "metadata/MetadataContainer.h"
+#include "metadata/MetadataField.h"
+#include "metadata/MetadataObject.h"
+#include "model/Datasources.h"
+#include "model/QueryTree.h"
+#include "model/SelectList.h"
+#include "surface/DatasourceControl.h"
+#include "surface/DesignPane.h"
+#include "surface/QtMainThread.h"
+#include "surface/QtText.h"
+#include "surface/SelectListGrid.h"
+#include "surface/SubQueryControls.h"
+#include "surface/UnionSubQueryPage.h"
+
+using namespace mv;
+
+class DesignPaneTest : public QObject {
+  Q_OBJECT
+
+ private:
+  TmvOwned<TmvBaseSyntaxProvider> provider_;
+  TmvOwned<TmvQueryBuilder> builder_;
+  std::unique_ptr<TmvDesignPane> pane_;
+
+  QString Sql() const { return ToQString(builder_->GetSql()); }
+  void SetSql(const char16_t* text) { builder_->SetSql(text); }
+  TmvUnionSubQuery* Member() const { return builder_->Query()->ActiveUnionSubQuery(); }
+  TmvDatasource* Datasource(int index) const {
+    TmvDatasourceList list;
+    Member()->Datasources()->GetDatasources(list);
+    return index < static_cast<int>(list.size()) ? list[index] : nullptr;
+  }
+  TmvQueryBuilderDataSourceControl* Box(int index) const { return pane_->DatasourceControl(Datasource(index)); }
+  // The row of a field by its text in a box's list.
+  static int RowOf(TmvQueryBuilderDataSourceControl* box, const QString& text) {
+    const QList<QListWidgetItem*> found = box->FieldsList()->findItems(text, Qt::MatchExactly);
+    return found.isEmpty() ? -1 : box->FieldsList()->row(found.first());
+  }
+  TmvSelectListGrid* Grid() const {
+    return pane_->UnionSubQueryPage(Member())->LowerPanel()->findChild<TmvSelectListGrid*>();
+  }
+
+ private slots:
+  void initTestCase() {
+    BindMainThreadDispatcherToQt();
+    provider_ = mvtest::NewReferenceProvider();
+  }
+
+  void init() {
+    builder_ = TmvCreate<TmvQueryBuilder>();
+    builder_->SetSyntaxProvider(provider_.get());
+    TmvMetadataContainer* container = builder_->MetadataContainer();
+    auto addTable = [container](const char16_t* name, std::initializer_list<const char16_t*> fields) {
+      TmvMetadataTable* table = container->AddTable(name);
+      bool key = true;
+      for (const char16_t* field : fields) {
+        table->GetFields()->AddField(field)->SetPrimaryKey(key);
+        key = false;
+      }
+    };
+    addTable(u"Customer", {u"CustomerId", u"Name", u"Country"});
+    addTable(u"Invoice", {u"InvoiceId", u"CustomerId", u"Total"});
+    addTable(u"Track", {u"TrackId", u"Name"});
+    container->SetWorkOffline(true);
+    pane_ = std::make_unique<TmvDesignPane>();
+    pane_->resize(1000, 700);
+    pane_->SetQueryBuilder(builder_.get());
+    pane_->show();
+  }
+
+  void cleanup() {
+    pane_.reset();
+    builder_.reset();
+  }
+
+  // New text: a box per datasource at the free places, its fields listed;
+  // text that changes keeps the boxes that remain where they stood.
+  void boxesFollowTheTextAndKeepTheirPlaces() {
+    SetSql(u"SELECT c.Name FROM Customer c, Invoice i WHERE c.CustomerId = i.CustomerId");
+    QVERIFY(Box(0) && Box(1));
+    QCOMPARE(Box(0)->pos(), QPoint(20, 10));
+    QCOMPARE(Box(1)->pos(), QPoint(20 + 160 + 60, 10));
+    QCOMPARE(Box(0)->FieldsList()->count(), 4);  // "*" and three fields
+    QCOMPARE(Box(0)->FieldsList()->item(2)->checkState(), Qt::Checked);  // Name
+
+    Datasource(1)->SetLeft(500);
+    Datasource(1)->SetTop(200);
+    QCOMPARE(Box(1)->pos(), QPoint(500, 200));
+    SetSql(u"SELECT c.Name, t.Name FROM Customer c, Invoice i, Track t WHERE c.CustomerId = i.CustomerId");
+    QCOMPARE(Box(1)->pos(), QPoint(500, 200));
+    QVERIFY(Box(2));
+    QVERIFY(!Box(2)->geometry().intersects(Box(0)->geometry()));
+    QVERIFY(!Box(2)->geometry().intersects(Box(1)->geometry()));
+  }
+
+  // A tick enters the field into the select list, an untick takes it out.
+  void tickingAFieldSelectsIt() {
+    SetSql(u"SELECT c.Name FROM Customer c");
+    TmvQueryBuilderDataSourceControl* box = Box(0);
+    QListWidgetItem* country = box->FieldsList()->item(RowOf(box, QStringLiteral("Country")));
+    country->setCheckState(Qt::Checked);
+    QVERIFY2(Sql().contains(QStringLiteral("c.Country")), qPrintable(Sql()));
+    QCOMPARE(Member()->SelectList()->Items(1)->GetExpressionString(), WideString(u"c.Country"));
+    box->FieldsList()->item(RowOf(box, QStringLiteral("Name")))->setCheckState(Qt::Unchecked);
+    QVERIFY2(!Sql().contains(QStringLiteral("c.Name")), qPrintable(Sql()));
+    QCOMPARE(Grid()->item(0, TmvSelectListGrid::colExpression)->text(), QStringLiteral("c.Country"));
+  }
+
+  // A field dropped on a field of another box links them: the join appears.
+  void droppingAFieldOnAnotherLinksThem() {
+    SetSql(u"SELECT c.Name FROM Customer c, Invoice i");
+    TmvQueryBuilderDataSourceControl* from = Box(0);
+    TmvQueryBuilderDataSourceControl* to = Box(1);
+    const int fromRow = RowOf(from, QStringLiteral("CustomerId"));
+    const int toRow = RowOf(to, QStringLiteral("CustomerId"));
+    QVERIFY(!to->CanLinkFields(to, toRow, toRow));                                  // same box
+    QVERIFY(!to->CanLinkFields(from, RowOf(from, QStringLiteral("*")), toRow));    // the "*" row
+    // The drop as Qt delivers it to the list under the pointer.
+    QMimeData mime;
+    mime.setData(QStringLiteral("application/x-morvane-datasource-field"),
+                 QByteArray::number(reinterpret_cast<quintptr>(from)) + ' ' + QByteArray::number(fromRow));
+    QListWidget* list = to->FieldsList();
+    const QPoint point = list->visualItemRect(list->item(toRow)).center();
+    QDragEnterEvent enter(point, Qt::LinkAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(list->viewport(), &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(point, Qt::LinkAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(list->viewport(), &drop);
+    QVERIFY2(drop.isAccepted(), "the drop was refused");
+    QVERIFY2(Sql().contains(QStringLiteral("c.CustomerId = i.CustomerId")), qPrintable(Sql()));
+    // The same link again is refused.
+    QVERIFY(!to->CanLinkFields(from, fromRow, toRow));
+  }
+
+  // Cells typed into the grid go to the model: criteria become the WHERE
+  // clause, an alias the column's name, text that is no expression a string.
+  void gridEditsFollowIntoTheText() {
+    SetSql(u"SELECT c.Name FROM Customer c");
+    struct Edit {
+      int column;
+      const char* text;
+      const char* expected;
+    } edits[] = {
+        {TmvSelectListGrid::colCriteria, "> 'M'", "Where c.Name > 'M'"},
+        {TmvSelectListGrid::colAlias, "CustomerName", "c.Name As CustomerName"},
+        {TmvSelectListGrid::colExpression, "c.Name +", "'c.Name +'"},
+    };
+    for (const Edit& edit : edits) {
+      Grid()->item(0, edit.column)->setText(QString::fromUtf8(edit.text));
+      QTRY_VERIFY2(Sql().contains(QString::fromUtf8(edit.expected), Qt::CaseInsensitive), qPrintable(Sql()));
+      // The grid shows what the model made of the text.
+      QCOMPARE(Grid()->item(0, TmvSelectListGrid::colCriteria)->text().isEmpty(), false);
+    }
+  }
+
+  // A union gets a button per SELECT; a click shows that SELECT's page.
+  void unionButtonsSwitchTheMembers() {
+    SetSql(u"SELECT c.Name FROM Customer c UNION ALL SELECT t.Name FROM Track t");
+    QList<TmvUnionButton*> buttons = pane_->findChildren<TmvUnionButton*>();
+    QCOMPARE(buttons.size(), 2);
+    TmvUnionButton* second = buttons[0]->Member() == Member() ? buttons[1] : buttons[0];
+    QTest::mouseClick(second, Qt::LeftButton);
+    QCOMPARE(Member(), second->Member());
+    auto* stack = qobject_cast<QStackedWidget*>(pane_->UnionSubQueryPage(Member())->parentWidget());
+    QCOMPARE(stack->currentWidget(), pane_->UnionSubQueryPage(Member()));
+    QCOMPARE(pane_->findChildren<TmvUnionOperator*>().size(), 2);
+  }
+
+  // Boxes moved by their caption keep to the grid and never leave the area.
+  void movingABoxSnapsToTheGrid() {
+    builder_->SetGridSize(10);
+    SetSql(u"SELECT c.Name FROM Customer c");
+    QLabel* caption = Box(0)->CaptionLabel();
+    QTest::mousePress(caption, Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
+    QMouseEvent move(QEvent::MouseMove, QPointF(5 + 33, 5 + 47), caption->mapToGlobal(QPointF(5 + 33, 5 + 47)),
+                     Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(caption, &move);
+    QTest::mouseRelease(caption, Qt::LeftButton, Qt::NoModifier, QPoint(5 + 33, 5 + 47));
+    QCOMPARE(QPoint(Datasource(0)->Left(), Datasource(0)->Top()), QPoint(50, 50));
+    QCOMPARE(Box(0)->pos(), QPoint(50, 50));
+  }
+};
+
+QTEST_MAIN(DesignPaneTest)
+#include "DesignPaneTest.moc"
