@@ -18,6 +18,7 @@
 #include "model/QueryTree.h"
 #include "model/SelectList.h"
 #include "surface/LinkControl.h"
+#include "surface/ModelMenu.h"
 #include "surface/QtText.h"
 #include "surface/UnionSubQueryPage.h"
 #include "tree/Expressions.h"
@@ -366,9 +367,16 @@ bool TmvQueryBuilderDataSourceControl::eventFilter(QObject* watched, QEvent* eve
       MoveTo(QRect(mouse->globalPosition().toPoint() - dragOffset_, size()));
       return true;
     }
-    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonRelease: {
+      auto* mouse = static_cast<QMouseEvent*>(event);
       moving_ = false;
+      // A right click on the caption opens the datasource's menu.
+      if (mouse->button() == Qt::RightButton) {
+        ExecModelMenu(datasource_->GetPopupMenu(this), mouse->globalPosition().toPoint(), this);
+        return true;
+      }
       break;
+    }
     default:
       break;
   }

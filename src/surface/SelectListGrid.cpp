@@ -5,7 +5,9 @@
 
 #include "model/SelectList.h"
 #include "support/Exceptions.h"
+#include "surface/ModelMenu.h"
 #include "surface/QtText.h"
+#include "surface/SurfaceMessages.h"
 #include "tree/Expressions.h"
 #include "tree/SelectClauses.h"
 #include "tree/SelectStatement.h"
@@ -14,8 +16,10 @@ namespace mv {
 
 namespace {
 
-const char* const kFixedHeaders[] = {"Output", "Expression", "Aggregate", "Alias", "Sort Type", "Sort Order",
-                                     "Grouping", "Criteria"};
+// The captions of the fixed columns by their language keys.
+const char16_t* const kFixedHeaders[] = {u"mvQBGCSelect",   u"mvQBGCExpression", u"mvQBGCAggregate",
+                                         u"mvQBGCAlias",    u"mvQBGCSortType",   u"mvQBGCSortOrder",
+                                         u"mvQBGCGrouping", u"mvQBGCCriteria"};
 constexpr int kFixedColumns = TmvSelectListGrid::colCriteria;
 
 }  // namespace
@@ -24,6 +28,13 @@ TmvSelectListGrid::TmvSelectListGrid(TmvSelectList* selectList, QWidget* parent)
     : QTableWidget(parent), selectList_(selectList) {
   setObjectName(QStringLiteral("SelectListGrid"));
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+  // A right click on a row opens the row's menu.
+  setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(this, &QWidget::customContextMenuRequested, this, [this](const QPoint& point) {
+    const int row = rowAt(point.y());
+    if (row >= 0 && row < selectList_->Count())
+      ExecModelMenu(selectList_->Items(row)->GetPopupMenu(this), viewport()->mapToGlobal(point), this);
+  });
   connect(this, &QTableWidget::itemChanged, this, [this](QTableWidgetItem* item) {
     if (filling_) return;
     const int row = item->row(), column = item->column();
@@ -39,8 +50,8 @@ void TmvSelectListGrid::FillList() {
   const int conditions = std::max(selectList_->GetMaxConditionCount() + 1, 2);
   setColumnCount(kFixedColumns + conditions);
   QStringList headers;
-  for (const char* header : kFixedHeaders) headers << QString::fromLatin1(header);
-  for (int i = 1; i < conditions; ++i) headers << QStringLiteral("Or...");
+  for (const char16_t* header : kFixedHeaders) headers << SurfaceText(header);
+  for (int i = 1; i < conditions; ++i) headers << SurfaceText(u"mvQBGCOr");
   setHorizontalHeaderLabels(headers);
   setRowCount(selectList_->Count());
   for (int row = 0; row < selectList_->Count(); ++row) {

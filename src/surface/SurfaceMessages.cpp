@@ -12,6 +12,15 @@ void RegisterOnce() {
     MessageCatalog().Register({
         {mvQBUnionButtonCaption, u"Q"},
         {mvQBNewUnionSubQuery, u"New Union Sub-Query"},
+        {u"mvQBGCSelect", u"Output"},
+        {u"mvQBGCExpression", u"Expression"},
+        {u"mvQBGCAggregate", u"Aggregate"},
+        {u"mvQBGCAlias", u"Alias"},
+        {u"mvQBGCSortType", u"Sort Type"},
+        {u"mvQBGCSortOrder", u"Sort Order"},
+        {u"mvQBGCGrouping", u"Grouping"},
+        {u"mvQBGCCriteria", u"Criteria"},
+        {u"mvQBGCOr", u"Or..."},
     });
     return true;
   }();

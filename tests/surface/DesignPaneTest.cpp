@@ -2,6 +2,7 @@
 // the widgets and checks the model and the SQL text that follow.
 #include <QLabel>
 #include <QListWidget>
+#include <QMenu>
 #include <QMimeData>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -17,6 +18,7 @@
 #include "model/SelectList.h"
 #include "surface/DatasourceControl.h"
 #include "surface/DesignPane.h"
+#include "surface/ModelMenu.h"
 #include "surface/QtMainThread.h"
 #include "surface/QtText.h"
 #include "surface/SelectListGrid.h"
@@ -175,6 +177,25 @@ class DesignPaneTest : public QObject {
     auto* stack = qobject_cast<QStackedWidget*>(pane_->UnionSubQueryPage(Member())->parentWidget());
     QCOMPARE(stack->currentWidget(), pane_->UnionSubQueryPage(Member()));
     QCOMPARE(pane_->findChildren<TmvUnionOperator*>().size(), 2);
+  }
+
+  // A datasource's menu comes from the model: Check All ticks every field,
+  // Remove takes the datasource and its box away.
+  void datasourceMenuRunsTheModelsEntries() {
+    SetSql(u"SELECT c.Name FROM Customer c, Invoice i");
+    QMenu menu;
+    FillQMenu(menu, Datasource(1)->GetPopupMenu(Box(1)));
+    auto run = [&menu](const char* key) {
+      QAction* action = menu.findChild<QAction*>(QString::fromLatin1(key));
+      QVERIFY2(action && action->isEnabled(), key);
+      action->trigger();
+      QCoreApplication::processEvents();
+    };
+    run("mvQBCheckAll");
+    QVERIFY2(Sql().contains(QStringLiteral("i.Total")), qPrintable(Sql()));
+    run("mvQBRemove");
+    QVERIFY2(!Sql().contains(QStringLiteral("Invoice")), qPrintable(Sql()));
+    QCOMPARE(pane_->findChildren<TmvQueryBuilderDataSourceControl*>().size(), 1);
   }
 
   // Boxes moved by their caption keep to the grid and never leave the area.
