@@ -18,9 +18,26 @@
 #include "model/QueryTree.h"
 #include "support/Exceptions.h"
 #include "surface/DesignPane.h"
+#include "surface/DragData.h"
 #include "surface/QtText.h"
 
 namespace mv {
+
+namespace {
+
+// The tree of metadata objects: an object dragged from it onto the work area
+// becomes a datasource there.
+class MetadataTree : public QTreeWidget {
+ protected:
+  QStringList mimeTypes() const override { return {}; }
+  QMimeData* mimeData(const QList<QTreeWidgetItem*>& items) const override {
+    if (items.isEmpty()) return nullptr;
+    auto* object = reinterpret_cast<TmvMetadataObject*>(items.first()->data(0, Qt::UserRole).value<quintptr>());
+    return object ? NewMetadataObjectDrag(object) : nullptr;
+  }
+};
+
+}  // namespace
 
 DesignerWindow::DesignerWindow() {
   setWindowTitle(QStringLiteral("Morvane designer"));
@@ -43,7 +60,9 @@ DesignerWindow::DesignerWindow() {
   connect(dialects_, &QComboBox::currentTextChanged, this,
           [this](const QString& name) { SetDialect(name.toStdString()); });
 
-  tree_ = new QTreeWidget;
+  tree_ = new MetadataTree;
+  tree_->setDragEnabled(true);
+  tree_->setDragDropMode(QAbstractItemView::DragOnly);
   tree_->setObjectName(QStringLiteral("MetadataTree"));
   tree_->setHeaderHidden(true);
   connect(tree_, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* item) { AddObjectFromTree(item); });

@@ -4,7 +4,6 @@
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QLabel>
-#include <QMimeData>
 #include <QMouseEvent>
 #include <QVBoxLayout>
 
@@ -17,6 +16,7 @@
 #include "model/PaneGeometry.h"
 #include "model/QueryTree.h"
 #include "model/SelectList.h"
+#include "surface/DragData.h"
 #include "surface/LinkControl.h"
 #include "surface/ModelMenu.h"
 #include "surface/QtText.h"
@@ -28,26 +28,6 @@
 namespace mv {
 
 namespace {
-
-// A field on its way from one box to another: the box and the row, as
-// pointers valid within this process only.
-const QString kFieldMimeType = QStringLiteral("application/x-morvane-datasource-field");
-
-QByteArray EncodeFieldDrag(TmvQueryBuilderDataSourceControl* box, int row) {
-  QByteArray data;
-  data.append(QByteArray::number(reinterpret_cast<quintptr>(box))).append(' ').append(QByteArray::number(row));
-  return data;
-}
-
-bool DecodeFieldDrag(const QMimeData* mime, quintptr& box, int& row) {
-  if (!mime || !mime->hasFormat(kFieldMimeType)) return false;
-  const QList<QByteArray> parts = mime->data(kFieldMimeType).split(' ');
-  if (parts.size() != 2) return false;
-  bool ok1 = false, ok2 = false;
-  box = parts[0].toULongLong(&ok1);
-  row = parts[1].toInt(&ok2);
-  return ok1 && ok2;
-}
 
 TmvWorkAreaCanvas* CanvasOf(const QWidget* box) { return qobject_cast<TmvWorkAreaCanvas*>(box->parentWidget()); }
 
@@ -92,40 +72,36 @@ void TmvQueryBuilderDatasourceFieldsList::mouseMoveEvent(QMouseEvent* event) {
     QListWidget::mouseMoveEvent(event);
     return;
   }
-  auto* mime = new QMimeData;
-  mime->setData(kFieldMimeType, EncodeFieldDrag(box_, pressRow_));
   auto* drag = new QDrag(this);
-  drag->setMimeData(mime);
+  drag->setMimeData(NewFieldDrag(box_, pressRow_));
   pressRow_ = -1;
   drag->exec(Qt::LinkAction);
 }
 
 void TmvQueryBuilderDatasourceFieldsList::dragEnterEvent(QDragEnterEvent* event) {
-  quintptr box = 0;
+  TmvQueryBuilderDataSourceControl* box = nullptr;
   int row = -1;
-  if (DecodeFieldDrag(event->mimeData(), box, row))
+  if (ReadFieldDrag(event->mimeData(), box, row))
     event->acceptProposedAction();
   else
     event->ignore();
 }
 
 void TmvQueryBuilderDatasourceFieldsList::dragMoveEvent(QDragMoveEvent* event) {
-  quintptr box = 0;
+  TmvQueryBuilderDataSourceControl* box = nullptr;
   int row = -1;
   const int target = indexAt(event->position().toPoint()).row();
-  if (DecodeFieldDrag(event->mimeData(), box, row) &&
-      box_->CanLinkFields(reinterpret_cast<TmvQueryBuilderDataSourceControl*>(box), row, target))
+  if (ReadFieldDrag(event->mimeData(), box, row) && box_->CanLinkFields(box, row, target))
     event->acceptProposedAction();
   else
     event->ignore();
 }
 
 void TmvQueryBuilderDatasourceFieldsList::dropEvent(QDropEvent* event) {
-  quintptr box = 0;
+  TmvQueryBuilderDataSourceControl* box = nullptr;
   int row = -1;
   const int target = indexAt(event->position().toPoint()).row();
-  if (DecodeFieldDrag(event->mimeData(), box, row) &&
-      box_->LinkFields(reinterpret_cast<TmvQueryBuilderDataSourceControl*>(box), row, target))
+  if (ReadFieldDrag(event->mimeData(), box, row) && box_->LinkFields(box, row, target))
     event->acceptProposedAction();
   else
     event->ignore();

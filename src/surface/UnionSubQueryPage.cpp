@@ -1,5 +1,6 @@
 #include "surface/UnionSubQueryPage.h"
 
+#include <QDropEvent>
 #include <QPainter>
 #include <QResizeEvent>
 #include <QScrollBar>
@@ -8,7 +9,9 @@
 
 #include "component/QueryBuilder.h"
 #include "model/QueryTree.h"
+#include "support/Exceptions.h"
 #include "surface/DatasourceControl.h"
+#include "surface/DragData.h"
 #include "surface/LinkControl.h"
 #include "tree/Expressions.h"
 #include "tree/SelectClauses.h"
@@ -36,8 +39,30 @@ constexpr int kMinAreaWidth = 200;
 
 // --- TmvWorkAreaCanvas ---
 
-TmvWorkAreaCanvas::TmvWorkAreaCanvas(TmvQueryBuilder* builder, QWidget* parent) : QWidget(parent), builder_(builder) {
+TmvWorkAreaCanvas::TmvWorkAreaCanvas(TmvUnionSubQuery* member, TmvQueryBuilder* builder, QWidget* parent)
+    : QWidget(parent), member_(member), builder_(builder) {
   setObjectName(QStringLiteral("WorkAreaCanvas"));
+  setAcceptDrops(true);
+}
+
+void TmvWorkAreaCanvas::dragEnterEvent(QDragEnterEvent* event) {
+  if (ReadMetadataObjectDrag(event->mimeData()))
+    event->acceptProposedAction();
+  else
+    event->ignore();
+}
+
+void TmvWorkAreaCanvas::dropEvent(QDropEvent* event) {
+  TmvMetadataObject* object = ReadMetadataObjectDrag(event->mimeData());
+  if (!object) return event->ignore();
+  const QPoint at = event->position().toPoint();
+  try {
+    member_->AddObjectAt(object, {at.x(), at.y()}, nullptr);
+    event->acceptProposedAction();
+  } catch (const Exception&) {
+    // The model refused the object (the dialect or the host): no box.
+    event->ignore();
+  }
 }
 
 void TmvWorkAreaCanvas::AddLink(TmvLinkControl* link) {
@@ -86,7 +111,7 @@ TmvQueryBuilderWorkArea::TmvQueryBuilderWorkArea(TmvUnionSubQuery* member, TmvQu
                                                  QWidget* parent)
     : QScrollArea(parent), member_(member) {
   setObjectName(QStringLiteral("WorkArea"));
-  canvas_ = new TmvWorkAreaCanvas(builder, this);
+  canvas_ = new TmvWorkAreaCanvas(member, builder, this);
   setWidget(canvas_);
   setWidgetResizable(false);
   setMinimumWidth(kMinAreaWidth);

@@ -17,11 +17,12 @@ class TmvLinkControl;
 class TmvQueryBuilderDataSourceControl;
 
 // The surface of the work area: boxes are its children, at their model
-// positions; links are painted on it, under the boxes.
+// positions; links are painted on it, under the boxes. A metadata object
+// dropped on it becomes a datasource where it fell.
 class TmvWorkAreaCanvas : public QWidget {
   Q_OBJECT
  public:
-  TmvWorkAreaCanvas(TmvQueryBuilder* builder, QWidget* parent);
+  TmvWorkAreaCanvas(TmvUnionSubQuery* member, TmvQueryBuilder* builder, QWidget* parent);
   void AddLink(TmvLinkControl* link);
   void RemoveLink(TmvLinkControl* link);
   const std::vector<TmvLinkControl*>& Links() const { return links_; }
@@ -32,8 +33,11 @@ class TmvWorkAreaCanvas : public QWidget {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
+  TmvUnionSubQuery* member_;
   TmvQueryBuilder* builder_;
   std::vector<TmvLinkControl*> links_;
 };

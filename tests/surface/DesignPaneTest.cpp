@@ -18,6 +18,7 @@
 #include "model/SelectList.h"
 #include "surface/DatasourceControl.h"
 #include "surface/DesignPane.h"
+#include "surface/DragData.h"
 #include "surface/ModelMenu.h"
 #include "surface/QtMainThread.h"
 #include "surface/QtText.h"
@@ -48,6 +49,17 @@ class DesignPaneTest : public QObject {
   static int RowOf(TmvQueryBuilderDataSourceControl* box, const QString& text) {
     const QList<QListWidgetItem*> found = box->FieldsList()->findItems(text, Qt::MatchExactly);
     return found.isEmpty() ? -1 : box->FieldsList()->row(found.first());
+  }
+  // A drag that enters `target` at `point` and drops there, as Qt delivers
+  // it; whether the drop was taken.
+  static bool Drop(QMimeData* carried, QWidget* target, const QPoint& point) {
+    std::unique_ptr<QMimeData> mime(carried);
+    QDragEnterEvent enter(point, Qt::CopyAction | Qt::LinkAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &enter);
+    if (!enter.isAccepted()) return false;
+    QDropEvent drop(point, Qt::CopyAction | Qt::LinkAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &drop);
+    return drop.isAccepted();
   }
   TmvSelectListGrid* Grid() const {
     return pane_->UnionSubQueryPage(Member())->LowerPanel()->findChild<TmvSelectListGrid*>();
@@ -106,6 +118,17 @@ class DesignPaneTest : public QObject {
     QVERIFY(!Box(2)->geometry().intersects(Box(1)->geometry()));
   }
 
+  // An object of the metadata dropped on the work area becomes a box there.
+  void droppingAnObjectOnTheAreaAddsIt() {
+    SetSql(u"SELECT c.Name FROM Customer c");
+    TmvMetadataObject* invoice = builder_->MetadataContainer()->Items(1);
+    QWidget* canvas = pane_->UnionSubQueryPage(Member())->WorkArea()->Canvas();
+    QVERIFY(Drop(NewMetadataObjectDrag(invoice), canvas, QPoint(400, 150)));
+    QVERIFY2(Sql().contains(QStringLiteral("Invoice")), qPrintable(Sql()));
+    QCOMPARE(Box(1)->pos(), QPoint(400, 150));
+    QVERIFY(!Drop(new QMimeData, canvas, QPoint(10, 10)));
+  }
+
   // A tick enters the field into the select list, an untick takes it out.
   void tickingAFieldSelectsIt() {
     SetSql(u"SELECT c.Name FROM Customer c");
@@ -129,17 +152,9 @@ class DesignPaneTest : public QObject {
     QVERIFY(!to->CanLinkFields(to, toRow, toRow));                                  // same box
     QVERIFY(!to->CanLinkFields(from, RowOf(from, QStringLiteral("*")), toRow));    // the "*" row
     // The drop as Qt delivers it to the list under the pointer.
-    QMimeData mime;
-    mime.setData(QStringLiteral("application/x-morvane-datasource-field"),
-                 QByteArray::number(reinterpret_cast<quintptr>(from)) + ' ' + QByteArray::number(fromRow));
     QListWidget* list = to->FieldsList();
-    const QPoint point = list->visualItemRect(list->item(toRow)).center();
-    QDragEnterEvent enter(point, Qt::LinkAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(list->viewport(), &enter);
-    QVERIFY(enter.isAccepted());
-    QDropEvent drop(point, Qt::LinkAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(list->viewport(), &drop);
-    QVERIFY2(drop.isAccepted(), "the drop was refused");
+    QVERIFY2(Drop(NewFieldDrag(from, fromRow), list->viewport(), list->visualItemRect(list->item(toRow)).center()),
+             "the drop was refused");
     QVERIFY2(Sql().contains(QStringLiteral("c.CustomerId = i.CustomerId")), qPrintable(Sql()));
     // The same link again is refused.
     QVERIFY(!to->CanLinkFields(from, fromRow, toRow));
