@@ -126,6 +126,8 @@ TEST_F(DB2DialectTest, ReadsAndPrintsBack) {
       {"select * from only (t) x", "Select * From Only(t) x"},
       // Keywords that stand for names where nothing else fits.
       {"select order, from from select", "Select order, from From select"},
+      // A division without blanks scans as one system name.
+      {"select a/b/2, price/2 from t", "Select a / b / 2, price / 2 From t"},
       {"select count(*) from t where a = ? and b = :v and c in (select d from u)",
        "Select count(*) From t Where a = ? And b = :v And c In (Select d From u)"},
       // Errors with the place where the text stops making sense.

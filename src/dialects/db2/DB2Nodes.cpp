@@ -1,5 +1,7 @@
 #include "dialects/db2/DB2Nodes.h"
 
+#include <algorithm>
+
 #include "frontend/GrammarActions.h"
 #include "frontend/SQLContext.h"
 #include "sqlgen/SQLBuilder.h"
@@ -65,6 +67,44 @@ bool DB2IsSpecialRegister(WideStringView first, WideStringView second) {
       if (WideSameText(second, word)) return true;
   }
   return false;
+}
+
+bool DB2IsDivision(WideStringView text) {
+  if (text.empty() || text.front() == u'"') return false;
+  size_t start = 0;
+  for (size_t slash = text.find(u'/'); slash != WideStringView::npos; slash = text.find(u'/', start)) {
+    if (slash == start) return false;
+    start = slash + 1;
+  }
+  return start > 0 && start < text.size() && text.find(u'"') == WideStringView::npos;
+}
+
+TSQLExpressionItem* DB2SplitDivision(TmvBaseSQLContext* context, const WideString& text) {
+  TSQLExpressionItem* item = nullptr;
+  size_t start = 0;
+  while (start <= text.size()) {
+    const size_t slash = std::min(text.find(u'/', start), text.size());
+    const WideString part = text.substr(start, slash - start);
+    TSQLExpressionItem* operand;
+    if (std::all_of(part.begin(), part.end(), [](char16_t c) { return c >= u'0' && c <= u'9'; })) {
+      auto constant = TastCreate<TSQLExpressionConstant>(context);
+      constant->AddNumber(part);
+      operand = constant.release();
+    } else {
+      auto column = TastCreate<TSQLExpressionColumn>(context);
+      column->Column.Set(TastCreate<TSQLObjectColumn>(context));
+      column->Column->Insert(0, TmvOwned<TastToken>(TastCreate<TastTokenIdentifier>(context, part, false).release()));
+      operand = column.release();
+    }
+    if (!item) {
+      item = operand;
+    } else {
+      TSQLExpressionOperatorBinary* binary = WrapBinary(context, item, u"/");
+      binary->Right.Reset(operand);
+    }
+    start = slash + 1;
+  }
+  return item;
 }
 
 void DB2PrependSystemName(TmvBaseSQLContext* context, TSQLQualifiedName* name, const WideString& text) {

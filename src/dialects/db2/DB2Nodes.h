@@ -95,6 +95,13 @@ WideString DB2Word(const WideString& text);
 // CURRENT LOCK TIMEOUT, CLIENT USERID and the like.
 bool DB2IsSpecialRegister(WideStringView first, WideStringView second);
 
+// Whether a plain system name token (a/b, a/2, a/b/c) has a part on each
+// side of every slash, so that it can stand for a division.
+bool DB2IsDivision(WideStringView text);
+// The division that such a token stands for: each part a column, or a
+// number where it is digits, nesting to the left.
+TSQLExpressionItem* DB2SplitDivision(TmvBaseSQLContext* context, const WideString& text);
+
 // Puts the library and the file of a system name (LIB/FILE, "LIB"/FILE,
 // ...) before the parts `name` has, library first; a quoted part keeps its
 // text without the quotes.
