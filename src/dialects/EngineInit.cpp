@@ -9,6 +9,7 @@
 #include "dialects/interbase/IBSyntaxProvider.h"
 #include "dialects/mssql/MSSQLSyntaxProvider.h"
 #include "dialects/mysql/MYSQLSyntaxProvider.h"
+#include "dialects/oracle/OracleSyntaxProvider.h"
 #include "dialects/pgsql/PGSQLSyntaxProvider.h"
 #include "dialects/sql2003/SQL2003SyntaxProvider.h"
 #include "dialects/sql89/SQL89SyntaxProvider.h"
@@ -35,6 +36,7 @@ constexpr void (*kDialects[])() = {
     &TmvSQL2003SyntaxProvider::RegisterDialect,
     // SQL Server and SQL Server Compact.
     &TmvMSSQLSyntaxProvider::RegisterDialect,
+    &TmvOracleSyntaxProvider::RegisterDialect,
     &TmvMYSQLSyntaxProvider::RegisterDialect,
     &TmvPGSQLSyntaxProvider::RegisterDialect,
     &TmvIBSyntaxProvider::RegisterDialect,
