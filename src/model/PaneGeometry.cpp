@@ -9,11 +9,10 @@ namespace {
 // The lowest line of the grid of rows: far below anything a pane shows.
 constexpr int kBottomLine = 2146483647;
 
-// The index of the last line at or before `value`.
+// The index of the last line at or before `value` (0 when none is).
 size_t LastLineAtOrBefore(const std::vector<int>& lines, int value) {
-  size_t index = 0;
-  for (size_t i = 0; i < lines.size() && lines[i] <= value; ++i) index = i;
-  return index;
+  const size_t after = std::upper_bound(lines.begin(), lines.end(), value) - lines.begin();
+  return after > 0 ? after - 1 : 0;
 }
 
 // The index of the first line at or beyond `value` (the count when none).
@@ -35,36 +34,69 @@ TmvPoint FindFreePlace(const std::vector<TmvRect>& others, int width, int height
     columns.insert(columns.end(), {box.Left, box.Right});
     rows.insert(rows.end(), {box.Top, box.Bottom});
   }
-  std::sort(columns.begin(), columns.end());
-  std::sort(rows.begin(), rows.end());
-
-  // A cell per pair of lines; the last row and column are never free.
-  std::vector<std::vector<char>> taken(rows.size(), std::vector<char>(columns.size(), 0));
-  for (auto& row : taken) row.back() = 1;
-  std::fill(taken.back().begin(), taken.back().end(), 1);
-  for (const TmvRect& box : others) {
-    const size_t firstRow = LastLineAtOrBefore(rows, box.Top), endRow = FirstLineAtOrBeyond(rows, box.Bottom);
-    const size_t firstColumn = LastLineAtOrBefore(columns, box.Left),
-                 endColumn = FirstLineAtOrBeyond(columns, box.Right);
-    for (size_t r = firstRow; r < endRow; ++r)
-      for (size_t c = firstColumn; c < endColumn; ++c) taken[r][c] = 1;
+  // A repeated line only adds cells of no width or height, which never
+  // hold a box: one of each is enough.
+  for (std::vector<int>* lines : {&columns, &rows}) {
+    std::sort(lines->begin(), lines->end());
+    lines->erase(std::unique(lines->begin(), lines->end()), lines->end());
   }
+  const size_t rowCount = rows.size(), columnCount = columns.size();
 
+  // A cell per pair of lines; the last row and column are never free, nor
+  // the cells a box covers. Each covered block is marked at its corners,
+  // summed into a count per cell, then into a summed-area table, so that
+  // whether a block of cells is free is one sum.
+  const size_t stride = columnCount + 1;
+  std::vector<int> marks((rowCount + 1) * stride, 0);
+  auto mark = [&](size_t firstRow, size_t endRow, size_t firstColumn, size_t endColumn) {
+    if (firstRow >= endRow || firstColumn >= endColumn) return;
+    ++marks[firstRow * stride + firstColumn];
+    --marks[firstRow * stride + endColumn];
+    --marks[endRow * stride + firstColumn];
+    ++marks[endRow * stride + endColumn];
+  };
+  mark(0, rowCount, columnCount - 1, columnCount);
+  mark(rowCount - 1, rowCount, 0, columnCount);
+  for (const TmvRect& box : others)
+    mark(LastLineAtOrBefore(rows, box.Top), FirstLineAtOrBeyond(rows, box.Bottom), LastLineAtOrBefore(columns, box.Left),
+         FirstLineAtOrBeyond(columns, box.Right));
+  auto sumUpAndLeft = [&](std::vector<int>& table) {
+    for (size_t r = 0; r <= rowCount; ++r)
+      for (size_t c = 1; c <= columnCount; ++c) table[r * stride + c] += table[r * stride + c - 1];
+    for (size_t r = 1; r <= rowCount; ++r)
+      for (size_t c = 0; c <= columnCount; ++c) table[r * stride + c] += table[(r - 1) * stride + c];
+  };
+  sumUpAndLeft(marks);  // now the number of marks on each cell
+  // taken[r][c]: the taken cells above row r and left of column c.
+  std::vector<int> taken((rowCount + 1) * stride, 0);
+  for (size_t r = 0; r < rowCount; ++r)
+    for (size_t c = 0; c < columnCount; ++c) taken[(r + 1) * stride + c + 1] = marks[r * stride + c] > 0;
+  sumUpAndLeft(taken);
+  auto takenIn = [&](size_t r0, size_t r1, size_t c0, size_t c1) {
+    return taken[r1 * stride + c1] - taken[r0 * stride + c1] - taken[r1 * stride + c0] + taken[r0 * stride + c0];
+  };
+
+  // Room: every cell from this one on while the lines stay nearer than the
+  // box and its interval; the block ends at the first line that is not.
+  auto reach = [](const std::vector<int>& lines, size_t from, long long needed) {
+    const long long limit = lines[from] + needed;
+    const size_t end = std::lower_bound(lines.begin() + from, lines.end(), limit,
+                                        [](int line, long long value) { return line < value; }) -
+                       lines.begin();
+    return std::max(end, from + 1);
+  };
   const long long neededWidth = static_cast<long long>(width) + spacing.HorzInterval;
   const long long neededHeight = static_cast<long long>(height) + spacing.VertInterval;
-  auto hasRoom = [&](size_t row, size_t column) {
-    for (size_t r = row; r < rows.size() && static_cast<long long>(rows[r]) - rows[row] < neededHeight; ++r)
-      for (size_t c = column; c < columns.size() && static_cast<long long>(columns[c]) - columns[column] < neededWidth;
-           ++c)
-        if (taken[r][c]) return false;
-    return true;
-  };
-  for (size_t r = 0; r < rows.size(); ++r)
-    for (size_t c = 0; c < columns.size(); ++c) {
-      if (taken[r][c] || !hasRoom(r, c)) continue;
+  std::vector<size_t> columnReach(columnCount);
+  for (size_t c = 0; c < columnCount; ++c) columnReach[c] = reach(columns, c, neededWidth);
+  for (size_t r = 0; r < rowCount; ++r) {
+    const size_t rowEnd = reach(rows, r, neededHeight);
+    for (size_t c = 0; c < columnCount; ++c) {
+      if (takenIn(r, rowEnd, c, columnReach[c])) continue;
       return {columns[c] + (columns[c] <= 0 ? spacing.HorzMargin : spacing.HorzInterval),
               rows[r] + (rows[r] <= 0 ? spacing.VertMargin : spacing.VertInterval)};
     }
+  }
   return {spacing.HorzMargin, spacing.VertMargin};
 }
 
