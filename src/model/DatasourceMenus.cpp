@@ -13,13 +13,14 @@
 
 namespace mv {
 
-void TmvDatasource::AddMenuItem(TmvMenu& menu, const char16_t* key, std::function<void()> action, bool enabled) {
+TmvMenuItem& AddMenuItem(TmvMenu& menu, const char16_t* key, std::function<void()> action, bool enabled) {
   TmvMenuItem item;
   item.Key = key;
   item.Caption = item.IsSeparator() ? WideString(u"-") : MessageText(key);
   item.Enabled = enabled;
   if (enabled) item.Action = std::move(action);
   menu.push_back(std::move(item));
+  return menu.back();
 }
 
 namespace {

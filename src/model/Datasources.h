@@ -265,8 +265,6 @@ class TmvDatasource : public TmvDatasourceBase {
   void Destroying() override;
   // The field list of the node changed.
   void FieldsListChanged(TmvObject* sender);
-  // Entries of the popup menu shared by the datasource classes.
-  void AddMenuItem(TmvMenu& menu, const char16_t* key, std::function<void()> action, bool enabled = true);
   void AddLinkedObjectsMenu(TmvMenu& menu);
 
  private:

@@ -6,9 +6,12 @@
 #include "frontend/SyntaxProvider.h"
 #include "model/Datasources.h"
 #include "model/Links.h"
+
+#include "support/WideFormat.h"
 #include "model/ModelMessages.h"
 #include "model/QueryTree.h"
 #include "support/MessageCatalog.h"
+#include "support/WideFormat.h"
 #include "tree/Expressions.h"
 #include "tree/FromClause.h"
 #include "tree/LogicalExpressions.h"
@@ -382,6 +385,53 @@ void TmvLink::SetLeftType(TmvQueryBuilderLinkSideType type) {
 
 void TmvLink::SetRightType(TmvQueryBuilderLinkSideType type) {
   SetJoinKindClass(JoinKindClassFor(leftType_ == ltOuter, type == ltOuter));
+}
+
+void TmvLink::SelectAllRowsFromLeft() {
+  TmvUpdateScope update(this);
+  TmvBaseSyntaxProvider* provider = ProviderOf(this);
+  const bool bothMayBeOuter =
+      linkPlace_ != lpWhere && provider && provider->IsSupportFullANSIJoin() && provider->IsSupportRightANSIJoin();
+  if (leftType_ == ltInner)
+    SetJoinKindClass(JoinKindClassFor(true, bothMayBeOuter && rightType_ == ltOuter));
+  else
+    SetJoinKindClass(JoinKindClassFor(false, rightType_ == ltOuter));
+}
+
+void TmvLink::SelectAllRowsFromRight() {
+  TmvUpdateScope update(this);
+  TmvBaseSyntaxProvider* provider = ProviderOf(this);
+  const bool bothMayBeOuter =
+      linkPlace_ != lpWhere && provider && provider->IsSupportFullANSIJoin() && provider->IsSupportRightANSIJoin();
+  if (rightType_ == ltInner)
+    SetJoinKindClass(JoinKindClassFor(bothMayBeOuter && leftType_ == ltOuter, true));
+  else
+    SetJoinKindClass(JoinKindClassFor(leftType_ == ltOuter, false));
+}
+
+bool TmvLink::CanSelectAllRows() const {
+  TmvBaseSyntaxProvider* provider = ProviderOf(this);
+  if (!provider || !IsSupportOuterJoins() || !leftDatasource_ || !rightDatasource_) return false;
+  return linkPlace_ == lpFrom || !provider->IsSupportOracleJoins() || !provider->IsSupportTransactSQLJoins();
+}
+
+TmvMenu TmvLink::GetPopupMenu(ImvControl*) {
+  TmvMenu menu;
+  AddMenuItem(menu, mvQBRemove, [this] { RequestDestroy(); });
+  AddMenuItem(menu, u"-", nullptr);
+  if (CanSelectAllRows()) {
+    auto side = [&](TmvDatasource* datasource, bool outer, std::function<void()> action) {
+      TmvMenuItem& item = AddMenuItem(menu, mvQBSelectAllRowsFrom, std::move(action));
+      item.Caption = WideFormat(item.Caption, {datasource->Caption()});
+      item.Checked = outer;
+    };
+    side(leftDatasource_, leftType_ == ltOuter, [this] { SelectAllRowsFromLeft(); });
+    side(rightDatasource_, rightType_ == ltOuter, [this] { SelectAllRowsFromRight(); });
+    AddMenuItem(menu, u"-", nullptr);
+  }
+  // The link's properties form is the designer's; the entry is there, off.
+  AddMenuItem(menu, mvQBEdit, nullptr, false).Default = true;
+  return menu;
 }
 
 bool TmvLink::IsSupportOuterJoins() const {

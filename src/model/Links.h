@@ -140,6 +140,18 @@ class TmvLink : public TmvQueryBuilderControlOwner {
 
   int GetControlsCount() const override { return 1; }
 
+  // --- The link's menu ---
+  // Keeps every row of that side, or no longer. Where the other side may
+  // not stay outer with it (a where-link, or a dialect without full and
+  // right joins) the other side becomes inner.
+  void SelectAllRowsFromLeft();
+  void SelectAllRowsFromRight();
+  // Whether the menu offers the outer sides.
+  bool CanSelectAllRows() const;
+  // Remove; the outer sides by the datasources' captions where the link can
+  // be outer, checked when outer; the link's properties.
+  TmvMenu GetPopupMenu(ImvControl* control) override;
+
  protected:
   void Destroying() override;
   bool NotifyDatasourceDestroyingInternal(TmvDatasource* datasource) override;

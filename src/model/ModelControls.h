@@ -117,8 +117,14 @@ struct TmvMenuItem {
   std::vector<TmvMenuItem> SubItems;
   // Runs the entry's action; empty for lines and disabled entries.
   std::function<void()> Action;
+  // Shown with a check mark (an option that is on).
+  bool Checked = false;
   bool IsSeparator() const { return Key == u"-"; }
 };
 using TmvMenu = std::vector<TmvMenuItem>;
+
+// Appends an entry of `key` (u"-" for a line) captioned in the current
+// language; a disabled entry gets no action. The entry, for more settings.
+TmvMenuItem& AddMenuItem(TmvMenu& menu, const char16_t* key, std::function<void()> action, bool enabled = true);
 
 }  // namespace mv

@@ -25,6 +25,7 @@ void RegisterModelMessages() {
         {mvQBCheckAll, u"Check All"},
         {mvQBUncheckAll, u"Uncheck All"},
         {mvQBRemove, u"Remove"},
+        {mvQBSelectAllRowsFrom, u"Select all rows from %s"},
         {mvQBEdit, u"Properties..."},
         {mvQBAftofitHeight, u"Autofit Height"},
         {mvQBAddLinkedObject, u"Add Linked Object"},

@@ -29,6 +29,7 @@ inline constexpr const char16_t* mvQBNoLinkedObjects = u"mvQBNoLinkedObjects";
 inline constexpr const char16_t* mvQBCheckAll = u"mvQBCheckAll";
 inline constexpr const char16_t* mvQBUncheckAll = u"mvQBUncheckAll";
 inline constexpr const char16_t* mvQBRemove = u"mvQBRemove";
+inline constexpr const char16_t* mvQBSelectAllRowsFrom = u"mvQBSelectAllRowsFrom";
 inline constexpr const char16_t* mvQBEdit = u"mvQBEdit";
 inline constexpr const char16_t* mvQBAftofitHeight = u"mvQBAftofitHeight";
 inline constexpr const char16_t* mvQBAddLinkedObject = u"mvQBAddLinkedObject";

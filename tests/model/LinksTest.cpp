@@ -272,6 +272,39 @@ const SetSideCase kSetSideCases[] = {
 INSTANTIATE_TEST_SUITE_P(Cases, SetSideTest, ::testing::ValuesIn(kSetSideCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// --- The link's menu: all rows of one side ---
+
+TEST_F(LinksTest, SelectAllRowsFromASideTogglesItsOuterMark) {
+  struct Case {
+    const char* name;
+    bool fullJoins;
+    std::vector<char> clicks;  // 'L' or 'R', in order
+    const char* sides;
+  } cases[] = {
+      {"left", true, {'L'}, "outer/inner"},
+      {"left twice", true, {'L', 'L'}, "inner/inner"},
+      {"both with full joins", true, {'L', 'R'}, "outer/outer"},
+      {"without full joins the other side goes inner", false, {'L', 'R'}, "inner/outer"},
+  };
+  for (const Case& c : cases) {
+    joins.FullJoin = c.fullJoins;
+    Load("SELECT * FROM a INNER JOIN b ON a.x = b.y");
+    TmvLink* link = AllLinks().front();
+    for (char click : c.clicks) click == 'L' ? link->SelectAllRowsFromLeft() : link->SelectAllRowsFromRight();
+    const std::string sides = std::string(link->LeftType() == ltOuter ? "outer" : "inner") + "/" +
+                              (link->RightType() == ltOuter ? "outer" : "inner");
+    EXPECT_EQ(sides, c.sides) << c.name;
+  }
+  // The menu names the sides by their datasources and checks the outer one.
+  TmvLink* link = AllLinks().front();
+  link->SelectAllRowsFromLeft();
+  std::vector<std::string> entries;
+  for (const TmvMenuItem& item : link->GetPopupMenu(nullptr))
+    entries.push_back(U8(item.Caption) + (item.Checked ? " [x]" : "") + (item.Default ? " (default)" : ""));
+  EXPECT_EQ(entries, (std::vector<std::string>{"Remove", "-", "Select all rows from a [x]", "Select all rows from b",
+                                               "-", "Properties... (default)"}));
+}
+
 // --- Join kinds ---
 
 struct JoinKindCase {
