@@ -1,17 +1,17 @@
-// A link between two fields, drawn by the work area under the boxes: a line
-// from the row of one field to the row of the other, leaving each box by the
-// side that faces the other box.
+// A link between two fields, drawn by the work area under the boxes with the
+// query builder's link painter: two stubs out of the rows and a diagonal
+// between them, leaving each box by the side that faces the other box.
 #pragma once
 
-#include <QLine>
-
 #include "model/ModelControls.h"
+#include "surface/LinkGeometry.h"
 
 class QPainter;
 
 namespace mv {
 
 class TmvLink;
+class TmvQueryBuilderLinkPainter;
 class TmvWorkAreaCanvas;
 
 class TmvLinkControl : public ImvLinkControl {
@@ -23,10 +23,9 @@ class TmvLinkControl : public ImvLinkControl {
   void UpdateControlVisualParams(TmvQueryBuilderControlOwner*) override { Realign(); }
   void Realign() override;
 
-  // The ends of the line in the coordinates of the area; false when either
-  // box is not shown.
-  bool CalcLine(QLine& line) const;
-  void Paint(QPainter& painter) const;
+  // The path in the coordinates of the area; false when either box is not shown.
+  bool CalcPath(TmvLinkPath& path) const;
+  void Paint(QPainter& canvas, const TmvQueryBuilderLinkPainter& painter, bool focused) const;
 
  private:
   TmvLink* link_;

@@ -24,6 +24,10 @@ void FillQMenu(QMenu& into, const TmvMenu& menu) {
     QAction* action = into.addAction(ToQString(item.Caption));
     action->setObjectName(ToQString(item.Key));
     action->setEnabled(item.Enabled && item.Action);
+    if (item.Checked) {
+      action->setCheckable(true);
+      action->setChecked(true);
+    }
     if (item.Default) {
       QFont bold = action->font();
       bold.setBold(true);

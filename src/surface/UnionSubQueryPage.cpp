@@ -1,6 +1,8 @@
 #include "surface/UnionSubQueryPage.h"
 
 #include <QDropEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QResizeEvent>
 #include <QScrollBar>
@@ -8,10 +10,14 @@
 #include <algorithm>
 
 #include "component/QueryBuilder.h"
+#include "model/Links.h"
 #include "model/QueryTree.h"
 #include "support/Exceptions.h"
 #include "surface/DatasourceControl.h"
 #include "surface/DragData.h"
+#include "surface/LinkPainters.h"
+#include "surface/ModelMenu.h"
+#include "surface/QtText.h"
 #include "surface/LinkControl.h"
 #include "tree/Expressions.h"
 #include "tree/SelectClauses.h"
@@ -43,6 +49,54 @@ TmvWorkAreaCanvas::TmvWorkAreaCanvas(TmvUnionSubQuery* member, TmvQueryBuilder* 
     : QWidget(parent), member_(member), builder_(builder) {
   setObjectName(QStringLiteral("WorkAreaCanvas"));
   setAcceptDrops(true);
+  setFocusPolicy(Qt::ClickFocus);
+}
+
+TmvWorkAreaCanvas::~TmvWorkAreaCanvas() = default;
+
+const TmvQueryBuilderLinkPainter& TmvWorkAreaCanvas::Painter() {
+  const QString name = builder_ ? ToQString(builder_->LinkPainterClassName()) : QString();
+  if (!painter_ || name != painterClassName_) {
+    painter_ = LinkPainters().CreateByName(name);
+    painterClassName_ = name;
+  }
+  return *painter_;
+}
+
+TmvLinkControl* TmvWorkAreaCanvas::LinkAt(const QPoint& point) const {
+  for (auto it = links_.rbegin(); it != links_.rend(); ++it) {
+    TmvLinkPath path;
+    if ((*it)->CalcPath(path) && IsPointOnLink(path.Points, point)) return *it;
+  }
+  return nullptr;
+}
+
+bool TmvWorkAreaCanvas::LinksMayChange() const {
+  return !builder_ || builder_->LinkOptions().LinkManipulations() != lmDeny;
+}
+
+void TmvWorkAreaCanvas::mousePressEvent(QMouseEvent* event) {
+  TmvLinkControl* link = LinkAt(event->position().toPoint());
+  if (link != focusedLink_) {
+    focusedLink_ = link;
+    update();
+  }
+  if (link && event->button() == Qt::RightButton && LinksMayChange()) {
+    ExecModelMenu(link->Link()->GetPopupMenu(link), event->globalPosition().toPoint(), this);
+    return;
+  }
+  QWidget::mousePressEvent(event);
+}
+
+void TmvWorkAreaCanvas::keyPressEvent(QKeyEvent* event) {
+  // Delete with no shift key removes the focused link, if the host agrees.
+  if (focusedLink_ && event->key() == Qt::Key_Delete && event->modifiers() == Qt::NoModifier && LinksMayChange()) {
+    TmvLink* link = focusedLink_->Link();
+    focusedLink_ = nullptr;
+    link->RequestDestroy();
+    return;
+  }
+  QWidget::keyPressEvent(event);
 }
 
 void TmvWorkAreaCanvas::dragEnterEvent(QDragEnterEvent* event) {
@@ -72,6 +126,7 @@ void TmvWorkAreaCanvas::AddLink(TmvLinkControl* link) {
 
 void TmvWorkAreaCanvas::RemoveLink(TmvLinkControl* link) {
   std::erase(links_, link);
+  if (focusedLink_ == link) focusedLink_ = nullptr;
   update();
 }
 
@@ -100,9 +155,8 @@ void TmvWorkAreaCanvas::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.fillRect(rect(), BackgroundOf(builder_ ? builder_->BkImageDarkness() : bgidWhite));
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(palette().color(QPalette::WindowText), 1));
-  painter.setBrush(palette().color(QPalette::WindowText));
-  for (const TmvLinkControl* link : links_) link->Paint(painter);
+  const TmvQueryBuilderLinkPainter& linkPainter = Painter();
+  for (const TmvLinkControl* link : links_) link->Paint(painter, linkPainter, link == focusedLink_);
 }
 
 // --- TmvQueryBuilderWorkArea ---

@@ -5,6 +5,7 @@
 
 #include <QScrollArea>
 #include <QSplitter>
+#include <memory>
 #include <vector>
 
 #include "model/ModelControls.h"
@@ -14,15 +15,19 @@ namespace mv {
 class TmvQueryBuilder;
 class TmvUnionSubQuery;
 class TmvLinkControl;
+class TmvQueryBuilderLinkPainter;
 class TmvQueryBuilderDataSourceControl;
 
 // The surface of the work area: boxes are its children, at their model
-// positions; links are painted on it, under the boxes. A metadata object
-// dropped on it becomes a datasource where it fell.
+// positions; links are painted on it, under the boxes, by the query
+// builder's link painter. A click near a link focuses it (Delete removes it,
+// a right click opens its menu). A metadata object dropped on it becomes a
+// datasource where it fell.
 class TmvWorkAreaCanvas : public QWidget {
   Q_OBJECT
  public:
   TmvWorkAreaCanvas(TmvUnionSubQuery* member, TmvQueryBuilder* builder, QWidget* parent);
+  ~TmvWorkAreaCanvas() override;
   void AddLink(TmvLinkControl* link);
   void RemoveLink(TmvLinkControl* link);
   const std::vector<TmvLinkControl*>& Links() const { return links_; }
@@ -30,13 +35,24 @@ class TmvWorkAreaCanvas : public QWidget {
   void UpdateExtent();
   // The box that shows a datasource of this area, or null.
   TmvQueryBuilderDataSourceControl* BoxOf(const void* datasource) const;
+  // The link drawn through `point` (the last drawn, on top), or null.
+  TmvLinkControl* LinkAt(const QPoint& point) const;
+  TmvLinkControl* FocusedLink() const { return focusedLink_; }
 
  protected:
   void paintEvent(QPaintEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  // The painter the query builder names (made again when the name changes).
+  const TmvQueryBuilderLinkPainter& Painter();
+  bool LinksMayChange() const;
+  std::unique_ptr<TmvQueryBuilderLinkPainter> painter_;
+  QString painterClassName_;
+  TmvLinkControl* focusedLink_ = nullptr;
   TmvUnionSubQuery* member_;
   TmvQueryBuilder* builder_;
   std::vector<TmvLinkControl*> links_;

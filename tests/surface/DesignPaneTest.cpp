@@ -19,6 +19,9 @@
 #include "surface/DatasourceControl.h"
 #include "surface/DesignPane.h"
 #include "surface/DragData.h"
+#include "surface/LinkControl.h"
+#include "surface/LinkGeometry.h"
+#include "surface/LinkPainters.h"
 #include "surface/ModelMenu.h"
 #include "surface/QtMainThread.h"
 #include "surface/QtText.h"
@@ -158,6 +161,54 @@ class DesignPaneTest : public QObject {
     QVERIFY2(Sql().contains(QStringLiteral("c.CustomerId = i.CustomerId")), qPrintable(Sql()));
     // The same link again is refused.
     QVERIFY(!to->CanLinkFields(from, fromRow, toRow));
+    // A click on the link's stub focuses it; Delete removes it.
+    TmvWorkAreaCanvas* canvas = pane_->UnionSubQueryPage(Member())->WorkArea()->Canvas();
+    QCOMPARE(canvas->Links().size(), size_t(1));
+    TmvLinkPath path;
+    QVERIFY(canvas->Links()[0]->CalcPath(path));
+    QTest::mouseClick(canvas, Qt::LeftButton, Qt::NoModifier, (path.Points[0] + path.Points[1]) / 2);
+    QCOMPARE(canvas->FocusedLink(), canvas->Links()[0]);
+    QTest::keyClick(canvas, Qt::Key_Delete);
+    QVERIFY2(!Sql().contains(QStringLiteral("c.CustomerId = i.CustomerId")), qPrintable(Sql()));
+    QVERIFY(canvas->Links().empty());
+  }
+
+  // Where links run between two rows, and which clicks reach them.
+  void linkPathsAndHits() {
+    struct Case {
+      const char* what;
+      QRect a, b;
+      TmvQueryBuilderLinkConnectToSide left, right;
+      QPoint stubEndA, stubEndB;
+      QRect bounds;
+    } cases[] = {
+        {"side by side, gap 100", QRect(20, 50, 160, 14), QRect(280, 80, 160, 14), csRight, csLeft, QPoint(196, 57),
+         QPoint(264, 87), QRect(176, 30, 108, 68)},
+        {"gap 10: room for both stubs, which cross", QRect(20, 50, 160, 14), QRect(190, 50, 160, 14), csRight,
+         csLeft, QPoint(196, 57), QPoint(174, 57), QRect(170, 30, 30, 38)},
+        {"stacked with equal lefts: both leave left", QRect(20, 50, 160, 14), QRect(20, 200, 160, 14), csLeft,
+         csLeft, QPoint(4, 57), QPoint(4, 207), QRect(0, 30, 24, 188)},
+        {"right box first", QRect(300, 50, 160, 14), QRect(20, 50, 160, 14), csLeft, csRight, QPoint(284, 57),
+         QPoint(196, 57), QRect(176, 30, 128, 38)},
+    };
+    for (const Case& c : cases) {
+      const TmvLinkPath path = AlignLink(c.a, c.b);
+      QVERIFY2(path.LeftSide == c.left && path.RightSide == c.right, c.what);
+      QVERIFY2(path.Points[1] == c.stubEndA && path.Points[2] == c.stubEndB, c.what);
+      QVERIFY2(path.Bounds == c.bounds, c.what);
+    }
+    const TmvLinkPath path = AlignLink(QRect(20, 50, 160, 14), QRect(280, 80, 160, 14));
+    QVERIFY(IsPointOnLink(path.Points, QPoint(188, 57 - 6)));   // 6 from a stub: on it
+    QVERIFY(!IsPointOnLink(path.Points, QPoint(188, 57 - 7)));  // 7: what lies below
+    QVERIFY(IsPointOnLink(path.Points, (path.Points[1] + path.Points[2]) / 2 + QPoint(0, 3)));  // the diagonal
+    // Painters by class name and by style; an unknown name draws as Access.
+    QCOMPARE(LinkPainters().CreateByName(QStringLiteral("TmvQueryBuilderLinkPainterMSSQL"))->PainterStyle(),
+             QStringLiteral("MS SQL Style"));
+    QCOMPARE(LinkPainters().CreateByName(QStringLiteral("NoSuchPainter"))->PainterStyle(),
+             QStringLiteral("Access Style"));
+    QCOMPARE(LinkPainters().CreateByUserName(QStringLiteral("Simple"))->PainterStyle(), QStringLiteral("Simple"));
+    QCOMPARE(LinkPainters().GetUserNames(), (std::vector<QString>{QStringLiteral("Simple"), QStringLiteral("MS SQL Style"),
+                                                                  QStringLiteral("Access Style")}));
   }
 
   // Cells typed into the grid go to the model: criteria become the WHERE
