@@ -1,6 +1,9 @@
 #include "DesignerWindow.h"
 
 #include <QComboBox>
+#include <QFile>
+#include <QFileDialog>
+#include <QMenuBar>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
@@ -44,6 +47,18 @@ DesignerWindow::DesignerWindow() {
   provider_ = mvsql::CreateDialect("sql92");
   builder_ = TmvCreate<TmvQueryBuilder>();
   builder_->SetSyntaxProvider(provider_.get());
+
+  QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
+  file->addAction(QStringLiteral("&Open query with layout..."), QKeySequence::Open, this, [this] {
+    const QString path = QFileDialog::getOpenFileName(this, QString(), QString(), QStringLiteral("Layout (*.xml)"));
+    if (!path.isEmpty()) OpenLayout(path);
+  });
+  file->addAction(QStringLiteral("&Save query with layout..."), QKeySequence::Save, this, [this] {
+    const QString path = QFileDialog::getSaveFileName(this, QString(), QString(), QStringLiteral("Layout (*.xml)"));
+    if (!path.isEmpty()) SaveLayout(path);
+  });
+  file->addSeparator();
+  file->addAction(QStringLiteral("E&xit"), QKeySequence::Quit, this, &QWidget::close);
 
   auto* toolbar = addToolBar(QStringLiteral("Dialect"));
   toolbar->addWidget(new QLabel(QStringLiteral(" Dialect: ")));
@@ -135,6 +150,34 @@ bool DesignerWindow::SetSql(const QString& text) {
     statusBar()->showMessage(ToQString(error.Message()));
     return false;
   }
+}
+
+bool DesignerWindow::OpenLayout(const QString& path) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) {
+    statusBar()->showMessage(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    return false;
+  }
+  try {
+    builder_->SetLayout(FromQString(QString::fromUtf8(file.readAll())));
+    ShowSql();
+    statusBar()->showMessage(path);
+    return true;
+  } catch (const Exception& error) {
+    statusBar()->showMessage(QStringLiteral("%1: %2").arg(path, ToQString(error.Message())));
+    return false;
+  }
+}
+
+bool DesignerWindow::SaveLayout(const QString& path) {
+  QFile file(path);
+  if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+      file.write(ToQString(builder_->GetLayout()).toUtf8()) < 0) {
+    statusBar()->showMessage(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    return false;
+  }
+  statusBar()->showMessage(QStringLiteral("Saved %1").arg(path));
+  return true;
 }
 
 void DesignerWindow::ShowSql() {

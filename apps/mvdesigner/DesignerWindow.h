@@ -35,6 +35,10 @@ class DesignerWindow : public QMainWindow {
   // False, with the error in the status bar, when the text does not parse.
   bool SetSql(const QString& text);
   void SetDialect(const std::string& name);
+  // The query with the places of its boxes, as a layout document; false,
+  // with the reason in the status bar, when the file cannot be read or written.
+  bool OpenLayout(const QString& path);
+  bool SaveLayout(const QString& path);
 
   TmvQueryBuilder& Builder() { return *builder_; }
   TmvDesignPane* Pane() const { return pane_; }

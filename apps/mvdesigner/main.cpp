@@ -1,8 +1,8 @@
 // mvdesigner: the visual query designer over a SQLite database or a
 // metadata XML file.
 //
-//   mvdesigner [FILE.sqlite | FILE.xml] [--sql FILE] [--dialect NAME]
-//              [--screenshot OUT.png]
+//   mvdesigner [FILE.sqlite | FILE.xml] [--sql FILE | --layout FILE.xml]
+//              [--dialect NAME] [--screenshot OUT.png]
 //
 // Without a file it opens the Chinook sample of the shared corpus next to
 // the clone, when it is there. --screenshot renders the window (offscreen
@@ -23,8 +23,10 @@
 namespace {
 
 int Usage(const char* message) {
-  std::fprintf(stderr, "mvdesigner: %s\nusage: mvdesigner [FILE.sqlite | FILE.xml] [--sql FILE] [--dialect NAME] "
-                       "[--screenshot OUT.png]\n", message);
+  std::fprintf(stderr,
+               "mvdesigner: %s\nusage: mvdesigner [FILE.sqlite | FILE.xml] [--sql FILE | --layout FILE.xml] "
+               "[--dialect NAME] [--screenshot OUT.png]\n",
+               message);
   return 2;
 }
 
@@ -39,7 +41,7 @@ int main(int argc, char** argv) {
   mv::InitializeEngine();
   mv::BindMainThreadDispatcherToQt();
 
-  std::string database, sqlFile, dialect, screenshot;
+  std::string database, sqlFile, layoutFile, dialect, screenshot;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     auto value = [&](std::string& into) {
@@ -49,6 +51,8 @@ int main(int argc, char** argv) {
     };
     if (arg == "--sql") {
       if (!value(sqlFile)) return Usage("--sql needs a file");
+    } else if (arg == "--layout") {
+      if (!value(layoutFile)) return Usage("--layout needs a file");
     } else if (arg == "--dialect") {
       if (!value(dialect)) return Usage("--dialect needs a name");
     } else if (arg == "--screenshot") {
@@ -81,6 +85,10 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "mvdesigner: %s: the SQL does not parse\n", sqlFile.c_str());
         if (!screenshot.empty()) return 1;
       }
+    }
+    if (!layoutFile.empty() && !window.OpenLayout(QString::fromStdString(layoutFile))) {
+      std::fprintf(stderr, "mvdesigner: %s: the layout cannot be read\n", layoutFile.c_str());
+      return 1;
     }
   } catch (const mv::Exception& error) {
     std::fprintf(stderr, "mvdesigner: %s\n", error.what());
