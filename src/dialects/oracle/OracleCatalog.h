@@ -11,6 +11,8 @@
 namespace mv {
 
 class TSQLIdentifiersCollection;
+class TmvMetadataContainer;
+class TmvMetadataFilter;
 
 // Oracle when the probe's first field names it; scsDontKnow without SQL.
 TmvSyntaxSupportConectedServer IsConnectedServerIsOracle(TmvBaseMetadataProvider* provider, TmvConnection* connection);
@@ -21,5 +23,19 @@ bool GetDefaultSchemaNamesOracle(TmvBaseSQLContext* context, TmvConnection* conn
                                  TSQLIdentifiersCollection& names);
 // The users that own tables.
 bool GetSchemasListOracle(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list);
+
+// Tables, views, materialized views (as views), synonyms and, from Oracle 9,
+// pipelined functions (as procedures), each kind by its own statement; a
+// database names a database link to read them through. The owners of
+// kOracleSystemSchemas make system objects. False when the tables query is
+// refused; a later kind the server lacks is left out.
+bool LoadMetadataObjectsOracle(TmvBaseSQLContext* context, TmvConnection* connection, int majorVersion,
+                               TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                               const TSQLQualifiedName* database);
+// The foreign keys, one row a column pair, limited by the filter's table
+// conditions on either side.
+bool LoadMetadataRelationsOracle(TmvBaseSQLContext* context, TmvConnection* connection,
+                                 TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                 const TSQLQualifiedName* database);
 
 }  // namespace mv

@@ -414,4 +414,20 @@ void TmvOracleSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConn
     TmvMatrixSyntaxProvider::GetSchemasList(context, connection, list, database);
 }
 
+void TmvOracleSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                  TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                  const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  if (!LoadMetadataObjectsOracle(context, connection, 7 + serverVersion_, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvOracleSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                    TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                    const TSQLQualifiedName* database) {
+  DetectServerVersionIfNeeded(context);
+  if (!LoadMetadataRelationsOracle(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
+
 }  // namespace mv

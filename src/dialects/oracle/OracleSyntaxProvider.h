@@ -53,6 +53,12 @@ class TmvOracleSyntaxProvider : public TmvMatrixSyntaxProvider {
   // The users that own tables, else the metadata provider's answer.
   void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
                       const TSQLQualifiedName* database) override;
+  // Objects and foreign keys by the catalog (OracleCatalog.h), else the
+  // metadata provider's answer.
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
   // No effect: the grammar has no select into.
   bool GetDenyIntoClause() const { return denyIntoClause_; }
   void SetDenyIntoClause(bool value) { denyIntoClause_ = value; }
