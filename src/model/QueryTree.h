@@ -257,6 +257,11 @@ class TmvUnionSubQuery : public TmvQueryBase {
   // expression's, else the object's own name; empty when none.
   WideString GetFromSourceBaseName(const TSQLFromSource* node) const;
 
+  // The menu of the page's work area (add a derived table or a common
+  // table expression, the union entries, the SELECT's properties) or, for
+  // its union button, the moves and the union entries.
+  TmvMenu GetPopupMenu(ImvControl* control) override;
+
   // Union editing from the page's controls.
   void MoveLeftEvent();
   void MoveRightEvent();

@@ -192,3 +192,33 @@ TEST_F(ModelTest, NewMemberBecomesActiveAndUniqueQueryNamesRestartOnNewText) {
 
 }  // namespace
 }  // namespace mvtest
+
+namespace mvtest {
+namespace {
+
+// The entries of a menu and its sub-menus, "-" for lines, "(off)" where disabled.
+std::vector<std::string> Entries(const mv::TmvMenu& menu, const std::string& indent = "") {
+  std::vector<std::string> lines;
+  for (const mv::TmvMenuItem& item : menu) {
+    lines.push_back(indent + U8(item.Caption) + (item.Enabled ? "" : " (off)"));
+    for (const std::string& sub : Entries(item.SubItems, indent + "  ")) lines.push_back(sub);
+  }
+  return lines;
+}
+
+TEST_F(ModelTest, TheMenusOfASelectsPage) {
+  Load("SELECT a FROM t UNION SELECT b FROM u");
+  mv::TmvUnionSubQuery* first = Query()->UnionSubQueries()[0];
+  // Without controls the work area's menu is asked with none.
+  EXPECT_EQ(Entries(first->GetPopupMenu(nullptr)),
+            (std::vector<std::string>{"Add Object... (off)", "Add Derived Table", "Add CTE", "  Add New CTE", "Union",
+                                      "  New Union Sub-Query",
+                                      "  Copy to New Union Sub-Query", "  Enclose in Brackets", "  Remove",
+                                      "Properties... (off)"}));
+  // The last member of the union cannot be removed.
+  Load("SELECT a FROM t");
+  EXPECT_EQ(Entries(Query()->UnionSubQueries()[0]->GetPopupMenu(nullptr)).at(8), "  Remove (off)");
+}
+
+}  // namespace
+}  // namespace mvtest

@@ -1,0 +1,65 @@
+// The menus of a SELECT's page: its work area's and its union button's.
+#include "frontend/SQLContext.h"
+#include "frontend/SyntaxProvider.h"
+#include "model/ModelMessages.h"
+#include "model/QueryTree.h"
+#include "sqlgen/SQLBuilder.h"
+#include "tree/SelectClauses.h"
+
+namespace mv {
+
+namespace {
+
+// New, copy, brackets and remove, as the dialect allows them here.
+void AddUnionEntries(TmvMenu& menu, TmvUnionSubQuery* member, TmvBaseSyntaxProvider* provider) {
+  TmvSubQuery* root = member->RootQuery();
+  const bool main = root && root->GetIsMainQuery();
+  const bool unions = provider && (main ? provider->IsSupportUnions() : provider->IsSupportSubQueryUnions());
+  const bool brackets =
+      provider && (main ? provider->IsSupportBracketsInUnions() : provider->IsSupportSubQueryBracketsInUnions());
+  AddMenuItem(menu, mvQBNewUnionSubQuery, [member] { member->NewEvent(); }, unions);
+  AddMenuItem(menu, mvQBCopyToNewUnionSubQuery, [member] { member->CopyToNewEvent(); }, unions);
+  AddMenuItem(menu, mvQBEncloseInBrackets, [member] { member->BracketsEvent(); }, brackets);
+  AddMenuItem(menu, mvQBRemove, [member] { member->RemoveEvent(); },
+              root && root->UnionSubQueries().size() >= 2);
+}
+
+}  // namespace
+
+TmvMenu TmvUnionSubQuery::GetPopupMenu(ImvControl* control) {
+  TmvMenu menu;
+  TmvBaseSyntaxProvider* provider = SQLContext() ? SQLContext()->SyntaxProvider() : nullptr;
+  TmvSubQuery* root = RootQuery();
+  if (control && control == GetControls(1)) {
+    // The union button: moves within the union, then the union entries.
+    TmvUnionGroup* parent = ParentQuery();
+    const bool nested = parent && parent->ParentQuery();
+    AddMenuItem(menu, mvMoveLeft, [this] { MoveLeftEvent(); }, parent && (IndexInParent() > 0 || nested));
+    AddMenuItem(menu, mvMoveRight, [this] { MoveRightEvent(); },
+                parent && (IndexInParent() < parent->Count() - 1 || nested));
+    AddMenuItem(menu, u"-", nullptr);
+    AddUnionEntries(menu, this, provider);
+    return menu;
+  }
+  // The work area. The add-object and properties forms are the designer's:
+  // their entries are there, off, until it has them.
+  AddMenuItem(menu, mvAddObject, nullptr, false);
+  const bool main = root && root->GetIsMainQuery();
+  AddMenuItem(menu, mvAddSubQuery, [this] { AddSubQueryEvent(); },
+              provider && (main ? provider->IsSupportDerivedTables() : provider->IsSupportSubQueryDerivedTables()));
+  if (provider && provider->IsSupportCTE()) {
+    TmvMenuItem& cte = AddMenuItem(menu, mvAddCTE, nullptr);
+    AddMenuItem(cte.SubItems, mvAddNewCTE, [this] { AddNewCTEEvent(); });
+    for (TSQLWithClauseItem* item : GetUsableCTEs()) {
+      if (!item->Name) continue;
+      TmvMenuItem& entry = AddMenuItem(cte.SubItems, u"", [this, item] { AddExistingCTEEvent(item); });
+      entry.Caption = item->Name->SimpleSQL(SQLContext()->SQLBuilderExpression());
+    }
+  }
+  TmvMenuItem& unions = AddMenuItem(menu, mvUnionSubMenu, nullptr);
+  AddUnionEntries(unions.SubItems, this, provider);
+  AddMenuItem(menu, mvQBEdit, nullptr, false).Default = true;
+  return menu;
+}
+
+}  // namespace mv
