@@ -8,6 +8,7 @@
 #include "frontend/SyntaxProvider.h"
 #include "model/QueryModelHost.h"
 #include "model/QueryTree.h"
+#include "surface/ModelMenu.h"
 #include "surface/QtText.h"
 #include "surface/SurfaceMessages.h"
 #include "tree/Expressions.h"
@@ -123,6 +124,9 @@ TmvUnionButton::TmvUnionButton(TmvUnionSubQuery* member, QWidget* parent) : QToo
   setFont(NavigatorFont());
   setCheckable(true);
   setText(SurfaceText(mvQBUnionButtonCaption));
+  setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(this, &QWidget::customContextMenuRequested, this,
+          [this](const QPoint& point) { ExecModelMenu(member_->GetPopupMenu(this), mapToGlobal(point), this); });
   connect(this, &QToolButton::clicked, this, [this] {
     TmvSubQuery* root = member_->RootQuery();
     if (root && root->ActiveUnionSubQuery() != member_) root->SetActiveUnionSubquery(member_);

@@ -81,8 +81,12 @@ void TmvWorkAreaCanvas::mousePressEvent(QMouseEvent* event) {
     focusedLink_ = link;
     update();
   }
-  if (link && event->button() == Qt::RightButton && LinksMayChange()) {
-    ExecModelMenu(link->Link()->GetPopupMenu(link), event->globalPosition().toPoint(), this);
+  if (event->button() == Qt::RightButton) {
+    // A link's menu on a link, the SELECT's work-area menu elsewhere.
+    if (link && LinksMayChange())
+      ExecModelMenu(link->Link()->GetPopupMenu(link), event->globalPosition().toPoint(), this);
+    else if (!link)
+      ExecModelMenu(member_->GetPopupMenu(member_->GetControls(0)), event->globalPosition().toPoint(), this);
     return;
   }
   QWidget::mousePressEvent(event);

@@ -243,6 +243,12 @@ class DesignPaneTest : public QObject {
     auto* stack = qobject_cast<QStackedWidget*>(pane_->UnionSubQueryPage(Member())->parentWidget());
     QCOMPARE(stack->currentWidget(), pane_->UnionSubQueryPage(Member()));
     QCOMPARE(pane_->findChildren<TmvUnionOperator*>().size(), 2);
+    // The button's menu moves the SELECT: the second one first.
+    QMenu menu;
+    FillQMenu(menu, second->Member()->GetPopupMenu(second));
+    menu.findChild<QAction*>(QStringLiteral("mvMoveLeft"))->trigger();
+    QCoreApplication::processEvents();
+    QVERIFY2(Sql().startsWith(QStringLiteral("Select t.Name"), Qt::CaseInsensitive), qPrintable(Sql()));
   }
 
   // A datasource's menu comes from the model: Check All ticks every field,
