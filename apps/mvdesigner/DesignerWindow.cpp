@@ -21,26 +21,10 @@
 #include "model/QueryTree.h"
 #include "support/Exceptions.h"
 #include "surface/DesignPane.h"
-#include "surface/DragData.h"
+#include "surface/TreeViews.h"
 #include "surface/QtText.h"
 
 namespace mv {
-
-namespace {
-
-// The tree of metadata objects: an object dragged from it onto the work area
-// becomes a datasource there.
-class MetadataTree : public QTreeWidget {
- protected:
-  QStringList mimeTypes() const override { return {}; }
-  QMimeData* mimeData(const QList<QTreeWidgetItem*>& items) const override {
-    if (items.isEmpty()) return nullptr;
-    auto* object = reinterpret_cast<TmvMetadataObject*>(items.first()->data(0, Qt::UserRole).value<quintptr>());
-    return object ? NewMetadataObjectDrag(object) : nullptr;
-  }
-};
-
-}  // namespace
 
 DesignerWindow::DesignerWindow() {
   setWindowTitle(QStringLiteral("Morvane designer"));
@@ -75,12 +59,11 @@ DesignerWindow::DesignerWindow() {
   connect(dialects_, &QComboBox::currentTextChanged, this,
           [this](const QString& name) { SetDialect(name.toStdString()); });
 
-  tree_ = new MetadataTree;
-  tree_->setDragEnabled(true);
-  tree_->setDragDropMode(QAbstractItemView::DragOnly);
-  tree_->setObjectName(QStringLiteral("MetadataTree"));
-  tree_->setHeaderHidden(true);
-  connect(tree_, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* item) { AddObjectFromTree(item); });
+  tree_ = new TmvTreeViewMetadata(builder_.get());
+  structure_ = new TmvTreeViewQueryStructure(builder_.get());
+  auto* trees = new QSplitter(Qt::Vertical);
+  trees->addWidget(tree_);
+  trees->addWidget(structure_);
 
   pane_ = new TmvDesignPane;
   sqlText_ = new QPlainTextEdit;
@@ -93,7 +76,7 @@ DesignerWindow::DesignerWindow() {
   right->addWidget(sqlText_);
   right->setSizes({560, 180});
   auto* main = new QSplitter(Qt::Horizontal);
-  main->addWidget(tree_);
+  main->addWidget(trees);
   main->addWidget(right);
   main->setStretchFactor(1, 4);
   main->setSizes({220, 1000});
@@ -113,7 +96,7 @@ void DesignerWindow::LoadSQLite(const std::string& path) {
   metadata_.reset();
   metadata_ = std::make_unique<mvsql::MetadataSource>(*builder_->SQLContext(), *builder_->MetadataContainer());
   metadata_->LoadSQLite(path);
-  FillMetadataTree();
+  tree_->ReloadNodes();
   statusBar()->showMessage(QStringLiteral("Metadata of %1").arg(QString::fromStdString(path)));
 }
 
@@ -121,7 +104,7 @@ void DesignerWindow::LoadMetadataXml(const std::string& path) {
   metadata_.reset();
   metadata_ = std::make_unique<mvsql::MetadataSource>(*builder_->SQLContext(), *builder_->MetadataContainer());
   metadata_->LoadXml(path);
-  FillMetadataTree();
+  tree_->ReloadNodes();
 }
 
 void DesignerWindow::SetDialect(const std::string& name) {
@@ -185,34 +168,8 @@ void DesignerWindow::ShowSql() {
   showingSql_ = true;
   const QString text = ToQString(builder_->GetSql());
   if (sqlText_->toPlainText() != text) sqlText_->setPlainText(text);
+  structure_->UpdateQueryStructure();
   showingSql_ = false;
-}
-
-void DesignerWindow::FillMetadataTree() {
-  tree_->clear();
-  TmvMetadataContainer* container = builder_->MetadataContainer();
-  for (int i = 0; i < container->Count(); ++i) {
-    TmvMetadataObject* object = container->Items(i);
-    if (object->System()) continue;
-    auto* item = new QTreeWidgetItem(tree_, {ToQString(object->NameStrNotQuoted())});
-    item->setData(0, Qt::UserRole, QVariant::fromValue(reinterpret_cast<quintptr>(object)));
-    if (TmvMetadataFieldsList* fields = object->GetFields())
-      for (int f = 0; f < fields->Count(); ++f)
-        new QTreeWidgetItem(item, {ToQString(fields->Items(f)->NameStrNotQuoted())});
-  }
-  tree_->sortItems(0, Qt::AscendingOrder);
-}
-
-void DesignerWindow::AddObjectFromTree(QTreeWidgetItem* item) {
-  auto* object = reinterpret_cast<TmvMetadataObject*>(item->data(0, Qt::UserRole).value<quintptr>());
-  TmvSubQuery* subQuery = builder_->ActiveSubQuery();
-  TmvUnionSubQuery* member = subQuery ? subQuery->ActiveUnionSubQuery() : nullptr;
-  if (!object || !member) return;
-  try {
-    member->AddObjectWithFK(object->NameStr(), {});
-  } catch (const Exception& error) {
-    statusBar()->showMessage(ToQString(error.Message()));
-  }
 }
 
 bool DesignerWindow::eventFilter(QObject* watched, QEvent* event) {

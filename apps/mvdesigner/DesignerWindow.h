@@ -12,8 +12,6 @@
 
 class QComboBox;
 class QPlainTextEdit;
-class QTreeWidget;
-class QTreeWidgetItem;
 
 namespace mvsql {
 class MetadataSource;
@@ -22,6 +20,8 @@ class MetadataSource;
 namespace mv {
 
 class TmvDesignPane;
+class TmvTreeViewMetadata;
+class TmvTreeViewQueryStructure;
 
 class DesignerWindow : public QMainWindow {
   Q_OBJECT
@@ -48,15 +48,14 @@ class DesignerWindow : public QMainWindow {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  void FillMetadataTree();
-  void AddObjectFromTree(QTreeWidgetItem* item);
   void ShowSql();
 
   TmvOwned<TmvBaseSyntaxProvider> provider_;
   TmvOwned<TmvQueryBuilder> builder_;
   std::unique_ptr<mvsql::MetadataSource> metadata_;
   TmvDesignPane* pane_;
-  QTreeWidget* tree_;
+  TmvTreeViewMetadata* tree_;
+  TmvTreeViewQueryStructure* structure_;
   QPlainTextEdit* sqlText_;
   QComboBox* dialects_;
   bool showingSql_ = false;

@@ -8,6 +8,8 @@
 #include "frontend/SyntaxProvider.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataObject.h"
+#include "model/Datasources.h"
+#include "model/QueryTree.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/MessageCatalog.h"
 #include "tree/QualifiedNames.h"
@@ -150,10 +152,12 @@ class MetadataTreeBuilder {
 
   TmvTreeNode* SchemaLevel(TmvTreeNode* parent, const TmvMetadataObject* object) {
     WideString text;
-    if (object->Schema()) {
+    if (object->Schema() && !object->Schema()->Token.empty()) {
       text = const_cast<TastTokenIdentifier*>(object->Schema())->SimpleSQL(print_);
     } else if (TmvBaseSyntaxProvider* provider = context_.SyntaxProvider(); provider && provider->IsSupportSchemas()) {
-      if (TmvOwned<TastTokenIdentifier> empty = provider->GetEmptySchemaName(&context_)) text = empty->SimpleSQL(print_);
+      // A provider's name for no schema, when it has one that is not blank.
+      TmvOwned<TastTokenIdentifier> empty = provider->GetEmptySchemaName(&context_);
+      if (empty && !empty->Token.empty()) text = empty->SimpleSQL(print_);
     }
     return text.empty() ? parent : Group(parent, text, options_.SchemaImageIndex());
   }
@@ -200,6 +204,24 @@ class MetadataTreeBuilder {
 };
 
 }  // namespace
+
+TmvDatasource* AddMetadataObject(TmvQueryBuilder& builder, TmvUnionSubQuery* member, TmvMetadataObject* object,
+                                 const TmvPoint& at) {
+  if (!member && builder.ActiveSubQuery()) member = builder.ActiveSubQuery()->ActiveUnionSubQuery();
+  if (!member || !object) return nullptr;
+  TmvUpdateScope update(member);
+  TmvDatasource* added = nullptr;
+  if (TmvCast<TmvMetadataProcedure>(object)) {
+    // A procedure is called by its full name, aliased after its name.
+    added = member->AddStoredProcAt(object->FullNameStr(), at, object->NameStrNotQuoted() + u"_");
+  } else if (TmvDataSourceObject* source = member->AddObjectAt(object, at, nullptr)) {
+    if (builder.LinkOptions().CreateLinksFromRelations()) member->AddFKLinksForObject(source);
+    if (builder.LinkOptions().CreateLinksByIdenticalFieldNames()) member->AddIdenticalFieldsLinksForObject(source);
+    added = source;
+  }
+  if (added && builder.FieldsListOptions().SelectAllFieldsByDefault()) added->CheckAllFields();
+  return added;
+}
 
 TmvTreeNodes BuildMetadataTree(TmvQueryBuilder& builder) {
   if (!builder.SyntaxProvider()) return {};

@@ -12,8 +12,12 @@
 
 namespace mv {
 
+class TmvDatasource;
+class TmvMetadataObject;
 class TmvObject;
 class TmvQueryBuilder;
+class TmvUnionSubQuery;
+struct TmvPoint;
 
 struct TmvTreeNode {
   WideString Text;
@@ -32,5 +36,13 @@ TmvTreeNodes BuildMetadataTree(TmvQueryBuilder& builder);
 
 // The top node of the query structure tree: the main query.
 TmvTreeNodes BuildQueryStructureTree(TmvQueryBuilder& builder);
+
+// An object of the metadata tree added to a SELECT (null: the active one)
+// at a point of its work area ((0, 0): the pane chooses), in one update:
+// with the links of its relations and of equal field names where the link
+// options ask for them, and every field checked where the fields list
+// options do. The new datasource, or null when none was made.
+TmvDatasource* AddMetadataObject(TmvQueryBuilder& builder, TmvUnionSubQuery* member, TmvMetadataObject* object,
+                                 const TmvPoint& at);
 
 }  // namespace mv

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "component/QueryBuilder.h"
+#include "component/TreeNodes.h"
 #include "model/Links.h"
 #include "model/QueryTree.h"
 #include "support/Exceptions.h"
@@ -115,7 +116,7 @@ void TmvWorkAreaCanvas::dropEvent(QDropEvent* event) {
   if (!object) return event->ignore();
   const QPoint at = event->position().toPoint();
   try {
-    member_->AddObjectAt(object, {at.x(), at.y()}, nullptr);
+    if (!builder_ || !AddMetadataObject(*builder_, member_, object, {at.x(), at.y()})) return event->ignore();
     event->acceptProposedAction();
   } catch (const Exception&) {
     // The model refused the object (the dialect or the host): no box.

@@ -27,6 +27,7 @@
 #include "surface/QtText.h"
 #include "surface/SelectListGrid.h"
 #include "surface/SubQueryControls.h"
+#include "surface/TreeViews.h"
 #include "surface/UnionSubQueryPage.h"
 
 using namespace mv;
@@ -268,6 +269,35 @@ class DesignPaneTest : public QObject {
     run("mvQBRemove");
     QVERIFY2(!Sql().contains(QStringLiteral("Invoice")), qPrintable(Sql()));
     QCOMPARE(pane_->findChildren<TmvQueryBuilderDataSourceControl*>().size(), 1);
+  }
+
+  // The metadata tree adds what is double-clicked; the structure tree shows
+  // the query and makes the SELECT of a selected node the active one.
+  void treesAddObjectsAndFollowTheQuery() {
+    SetSql(u"SELECT c.Name FROM Customer c UNION SELECT t.Name FROM Track t");
+    TmvTreeViewMetadata metadata(builder_.get());
+    metadata.ReloadNodes();
+    QTreeWidgetItem* invoice =
+        metadata.findItems(QStringLiteral("Invoice"), Qt::MatchExactly | Qt::MatchRecursive).value(0);
+    QVERIFY(invoice);
+    emit metadata.itemDoubleClicked(invoice, 0);
+    QVERIFY2(Sql().contains(QStringLiteral("Invoice")), qPrintable(Sql()));
+
+    TmvTreeViewQueryStructure structure(builder_.get());
+    structure.UpdateQueryStructure();
+    QTreeWidgetItem* track =
+        structure.findItems(QStringLiteral("Track t"), Qt::MatchExactly | Qt::MatchRecursive).value(0);
+    QVERIFY(track);
+    structure.setCurrentItem(track);
+    QCOMPARE(Member()->GetFromClauseString().find(u"Track") != WideString::npos, true);
+    // A closed node stays closed when the query changes.
+    QTreeWidgetItem* fields = track->parent()->parent()->child(0);
+    fields->setExpanded(false);
+    Datasource(0)->SetFieldChecked(nullptr, true);
+    structure.UpdateQueryStructure();
+    QTreeWidgetItem* again =
+        structure.findItems(QStringLiteral("Track t"), Qt::MatchExactly | Qt::MatchRecursive).value(0);
+    QVERIFY(again && !again->parent()->parent()->child(0)->isExpanded());
   }
 
   // Boxes moved by their caption keep to the grid and never leave the area.
