@@ -1,10 +1,13 @@
 #include "surface/SelectListGrid.h"
 
+#include <QComboBox>
 #include <QHeaderView>
+#include <QStyledItemDelegate>
 #include <QTimer>
 
 #include "model/SelectList.h"
 #include "support/Exceptions.h"
+#include "support/MessageCatalog.h"
 #include "surface/ModelMenu.h"
 #include "surface/QtText.h"
 #include "surface/SurfaceMessages.h"
@@ -22,11 +25,63 @@ const char16_t* const kFixedHeaders[] = {u"mvQBGCSelect",   u"mvQBGCExpression",
                                          u"mvQBGCGrouping", u"mvQBGCCriteria"};
 constexpr int kFixedColumns = TmvSelectListGrid::colCriteria;
 
+// Edits the list columns of the grid in a combo box of the row's choices
+// (still open to typed text, which the model reads as it reads any text).
+class ChoiceDelegate : public QStyledItemDelegate {
+ public:
+  explicit ChoiceDelegate(TmvSelectListGrid* grid) : QStyledItemDelegate(grid), grid_(grid) {}
+  QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    const QStringList choices = grid_->ChoicesFor(index.row(), index.column());
+    if (choices.isEmpty()) return QStyledItemDelegate::createEditor(parent, option, index);
+    auto* box = new QComboBox(parent);
+    box->setEditable(true);
+    box->addItems(choices);
+    return box;
+  }
+  void setEditorData(QWidget* editor, const QModelIndex& index) const override {
+    if (auto* box = qobject_cast<QComboBox*>(editor))
+      box->setCurrentText(index.data().toString());
+    else
+      QStyledItemDelegate::setEditorData(editor, index);
+  }
+  void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override {
+    if (auto* box = qobject_cast<QComboBox*>(editor))
+      model->setData(index, box->currentText());
+    else
+      QStyledItemDelegate::setModelData(editor, model, index);
+  }
+
+ private:
+  TmvSelectListGrid* grid_;
+};
+
+QStringList ToStringList(const std::vector<WideString>& texts) {
+  QStringList list{QString()};
+  for (const WideString& text : texts) list << ToQString(text);
+  return list;
+}
+
 }  // namespace
+
+QStringList TmvSelectListGrid::ChoicesFor(int row, int column) const {
+  if (row < 0 || row >= selectList_->Count()) return {};
+  const TmvSelectItem* item = selectList_->Items(row);
+  switch (column) {
+    case colAggregate:
+      return ToStringList(item->GetAggregateStringList());
+    case colSortType:
+      return ToStringList({MessageText(u"mvQBSortTypeAscending"), MessageText(u"mvQBSortTypeDescending")});
+    case colGrouping:
+      return ToStringList(item->GetGroupingTypeStringList());
+    default:
+      return {};
+  }
+}
 
 TmvSelectListGrid::TmvSelectListGrid(TmvSelectList* selectList, QWidget* parent)
     : QTableWidget(parent), selectList_(selectList) {
   setObjectName(QStringLiteral("SelectListGrid"));
+  setItemDelegate(new ChoiceDelegate(this));
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
   // A right click on a row opens the row's menu.
   setContextMenuPolicy(Qt::CustomContextMenu);

@@ -20,6 +20,9 @@ class TmvSelectListGrid : public QTableWidget, public ImvSelectListControl {
   enum Column { colOutput, colExpression, colAggregate, colAlias, colSortType, colSortOrder, colGrouping, colCriteria };
 
   TmvSelectListGrid(TmvSelectList* selectList, QWidget* parent);
+  // The values a list column offers for a row (aggregates, sorts, grouping
+  // and condition types); empty for the columns edited as free text.
+  QStringList ChoicesFor(int row, int column) const;
   TmvSelectList* SelectList() const { return selectList_; }
   // The text of the model's last refusal of an edit; empty after a good one.
   const QString& LastError() const { return lastError_; }

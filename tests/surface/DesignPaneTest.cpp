@@ -225,6 +225,11 @@ class DesignPaneTest : public QObject {
         {TmvSelectListGrid::colAlias, "CustomerName", "c.Name As CustomerName"},
         {TmvSelectListGrid::colExpression, "c.Name +", "'c.Name +'"},
     };
+    // The list columns offer the row's choices.
+    QVERIFY(Grid()->ChoicesFor(0, TmvSelectListGrid::colAggregate).contains(QStringLiteral("Count")));
+    QCOMPARE(Grid()->ChoicesFor(0, TmvSelectListGrid::colSortType),
+             (QStringList{QString(), QStringLiteral("Ascending"), QStringLiteral("Descending")}));
+    QVERIFY(Grid()->ChoicesFor(0, TmvSelectListGrid::colExpression).isEmpty());
     for (const Edit& edit : edits) {
       Grid()->item(0, edit.column)->setText(QString::fromUtf8(edit.text));
       QTRY_VERIFY2(Sql().contains(QString::fromUtf8(edit.expected), Qt::CaseInsensitive), qPrintable(Sql()));
