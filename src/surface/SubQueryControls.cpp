@@ -1,6 +1,12 @@
 #include "surface/SubQueryControls.h"
 
+#include <QApplication>
+#include <QDrag>
+#include <QDropEvent>
 #include <QFont>
+#include <QMouseEvent>
+#include <QTimer>
+#include <cstdlib>
 #include <QHBoxLayout>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -8,6 +14,7 @@
 #include "frontend/SyntaxProvider.h"
 #include "model/QueryModelHost.h"
 #include "model/QueryTree.h"
+#include "surface/DragData.h"
 #include "surface/ModelMenu.h"
 #include "surface/QtText.h"
 #include "surface/SurfaceMessages.h"
@@ -44,6 +51,27 @@ void BuildControlsList(std::vector<QWidget*>& list, TmvUnionGroup* group) {
 }
 
 }  // namespace
+
+// --- Dragging parts of the union ---
+
+void TmvUnionDragParticipant::StartDrag() {
+  auto* drag = new QDrag(widget_);
+  drag->setMimeData(NewUnionItemDrag(DragItem()));
+  drag->exec(Qt::MoveAction);
+}
+
+bool TmvUnionDragParticipant::AcceptsDrag(const QMimeData* mime) const {
+  TmvUnionDragItem source;
+  return ReadUnionItemDrag(mime, source) && CanDropUnionItem(DragItem(), source);
+}
+
+bool TmvUnionDragParticipant::Drop(const QMimeData* mime) {
+  TmvUnionDragItem source;
+  if (!ReadUnionItemDrag(mime, source) || !CanDropUnionItem(DragItem(), source)) return false;
+  // The move frees and makes navigator parts, this one perhaps among them.
+  QTimer::singleShot(0, qApp, [target = DragItem(), source] { DropUnionItem(target, source); });
+  return true;
+}
 
 // --- TmvQueryTabSheet ---
 
@@ -118,8 +146,10 @@ void TmvUnionNavBar::Relayout() {
 
 // --- TmvUnionButton ---
 
-TmvUnionButton::TmvUnionButton(TmvUnionSubQuery* member, QWidget* parent) : QToolButton(parent), member_(member) {
+TmvUnionButton::TmvUnionButton(TmvUnionSubQuery* member, QWidget* parent)
+    : QToolButton(parent), TmvUnionDragParticipant(this), member_(member) {
   setObjectName(QStringLiteral("UnionButton"));
+  setAcceptDrops(true);
   setFixedSize(21, 21);
   setFont(NavigatorFont());
   setCheckable(true);
@@ -132,6 +162,34 @@ TmvUnionButton::TmvUnionButton(TmvUnionSubQuery* member, QWidget* parent) : QToo
     if (root && root->ActiveUnionSubQuery() != member_) root->SetActiveUnionSubquery(member_);
     setChecked(root && root->ActiveUnionSubQuery() == member_);
   });
+}
+
+TmvUnionDragItem TmvUnionButton::DragItem() const { return {member_, TmvUnionDragItem::Button}; }
+
+void TmvUnionButton::mousePressEvent(QMouseEvent* event) {
+  pressed_ = event->button() == Qt::LeftButton;
+  pressPoint_ = event->position().toPoint();
+  QToolButton::mousePressEvent(event);
+}
+
+void TmvUnionButton::mouseMoveEvent(QMouseEvent* event) {
+  // Pulled more than 4 pixels either way: a drag of this SELECT.
+  const QPoint moved = event->position().toPoint() - pressPoint_;
+  if (pressed_ && (event->buttons() & Qt::LeftButton) && (std::abs(moved.x()) > 4 || std::abs(moved.y()) > 4)) {
+    pressed_ = false;
+    setDown(false);
+    StartDrag();
+    return;
+  }
+  QToolButton::mouseMoveEvent(event);
+}
+
+void TmvUnionButton::dragEnterEvent(QDragEnterEvent* event) {
+  AcceptsDrag(event->mimeData()) ? event->acceptProposedAction() : event->ignore();
+}
+
+void TmvUnionButton::dropEvent(QDropEvent* event) {
+  Drop(event->mimeData()) ? event->acceptProposedAction() : event->ignore();
 }
 
 void TmvUnionButton::UpdateControlVisualParams(TmvQueryBuilderControlOwner*) {
@@ -174,12 +232,32 @@ void TmvUnionOperator::Repaint() {
 
 // --- TmvBracket ---
 
-TmvBracket::TmvBracket(TmvUnionGroup* group, bool left, QWidget* parent) : QLabel(parent), group_(group), left_(left) {
+TmvBracket::TmvBracket(TmvUnionGroup* group, bool left, QWidget* parent)
+    : QLabel(parent), TmvUnionDragParticipant(this), group_(group), left_(left) {
   setObjectName(left ? QStringLiteral("LeftBracket") : QStringLiteral("RightBracket"));
+  setAcceptDrops(true);
   setFixedWidth(10);
   setFont(NavigatorFont());
   setAlignment(Qt::AlignCenter);
   setText(left ? QStringLiteral("(") : QStringLiteral(")"));
+}
+
+TmvUnionDragItem TmvBracket::DragItem() const {
+  return {group_, left_ ? TmvUnionDragItem::LeftBracket : TmvUnionDragItem::RightBracket};
+}
+
+void TmvBracket::mousePressEvent(QMouseEvent* event) {
+  // A bracket drags at once.
+  if (event->button() == Qt::LeftButton) return StartDrag();
+  QLabel::mousePressEvent(event);
+}
+
+void TmvBracket::dragEnterEvent(QDragEnterEvent* event) {
+  AcceptsDrag(event->mimeData()) ? event->acceptProposedAction() : event->ignore();
+}
+
+void TmvBracket::dropEvent(QDropEvent* event) {
+  Drop(event->mimeData()) ? event->acceptProposedAction() : event->ignore();
 }
 
 }  // namespace mv

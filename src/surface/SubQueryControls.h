@@ -8,8 +8,10 @@
 #include <QWidget>
 
 #include "model/ModelControls.h"
+#include "surface/UnionDragDrop.h"
 
 class QHBoxLayout;
+class QMimeData;
 
 namespace mv {
 
@@ -18,6 +20,22 @@ class TmvQueryBase;
 class TmvUnionSubQuery;
 class TmvUnionGroup;
 class TmvUnionNavBar;
+
+// What a part of the navigator does with drags: it starts one when pulled
+// (a button) or pressed (a bracket), and takes the parts the rules allow,
+// moving them once the drop's event has ended (the move rebuilds the bar).
+class TmvUnionDragParticipant {
+ public:
+  explicit TmvUnionDragParticipant(QWidget* widget) : widget_(widget) {}
+  virtual ~TmvUnionDragParticipant() = default;
+  virtual TmvUnionDragItem DragItem() const = 0;
+  void StartDrag();
+  bool AcceptsDrag(const QMimeData* mime) const;
+  bool Drop(const QMimeData* mime);
+
+ private:
+  QWidget* widget_;
+};
 
 // One tab of the page control: the navigator above the pages of its
 // SELECTs, of which the active one shows.
@@ -55,16 +73,25 @@ class TmvUnionNavBar : public QWidget {
   QToolButton* addButton_;
 };
 
-class TmvUnionButton : public QToolButton, public ImvUnionSubQueryNavButtonControl {
+class TmvUnionButton : public QToolButton, public ImvUnionSubQueryNavButtonControl, public TmvUnionDragParticipant {
   Q_OBJECT
  public:
   TmvUnionButton(TmvUnionSubQuery* member, QWidget* parent);
   TmvUnionSubQuery* Member() const { return member_; }
   void UpdateControlVisualParams(TmvQueryBuilderControlOwner* owner) override;
   void SetActive(bool active) override { setChecked(active); }
+  TmvUnionDragItem DragItem() const override;
+
+ protected:
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   TmvUnionSubQuery* member_;
+  QPoint pressPoint_;
+  bool pressed_ = false;
 };
 
 // The operator before a member that is not the first of its group.
@@ -84,13 +111,19 @@ class TmvUnionOperator : public QLabel, public ImvUnionOperatorControl {
   bool all_ = false;
 };
 
-class TmvBracket : public QLabel, public ImvControl {
+class TmvBracket : public QLabel, public ImvControl, public TmvUnionDragParticipant {
   Q_OBJECT
  public:
   TmvBracket(TmvUnionGroup* group, bool left, QWidget* parent);
   TmvUnionGroup* Group() const { return group_; }
   bool IsLeft() const { return left_; }
   void UpdateControlVisualParams(TmvQueryBuilderControlOwner*) override {}
+  TmvUnionDragItem DragItem() const override;
+
+ protected:
+  void mousePressEvent(QMouseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   TmvUnionGroup* group_;

@@ -28,6 +28,7 @@
 #include "surface/SelectListGrid.h"
 #include "surface/SubQueryControls.h"
 #include "surface/TreeViews.h"
+#include "surface/UnionDragDrop.h"
 #include "surface/UnionSubQueryPage.h"
 
 using namespace mv;
@@ -303,6 +304,45 @@ class DesignPaneTest : public QObject {
     QTreeWidgetItem* again =
         structure.findItems(QStringLiteral("Track t"), Qt::MatchExactly | Qt::MatchRecursive).value(0);
     QVERIFY(again && !again->parent()->parent()->child(0)->isExpanded());
+  }
+
+  // Parts of a union dragged onto others: which drops are taken and where
+  // the parts go, with the operators kept in their places.
+  void unionPartsMoveByDragging() {
+    using Item = TmvUnionDragItem;
+    auto member = [this](int index) { return builder_->Query()->UnionSubQueries()[index]; };
+    auto button = [&](int index) { return Item{member(index), Item::Button}; };
+    SetSql(u"SELECT 1 FROM Track t UNION ALL SELECT 2 FROM Track t EXCEPT SELECT 3 FROM Track t");
+    QVERIFY(CanDropUnionItem(button(0), button(0)));
+    DropUnionItem(button(0), button(0));  // onto itself: nothing
+    const QString before = Sql();
+    QCOMPARE(Sql(), before);
+    DropUnionItem(button(1), button(0));  // the first behind the second
+    QVERIFY2(Sql().startsWith(QStringLiteral("Select 2 From Track t Union All Select 1"), Qt::CaseInsensitive),
+             qPrintable(Sql()));
+    // Into brackets and out again: the group goes with its last member.
+    SetSql(u"SELECT 1 FROM Track t UNION (SELECT 2 FROM Track t UNION SELECT 3 FROM Track t)");
+    auto* group = TmvCast<TmvUnionGroup>(builder_->Query()->Items(1));
+    QVERIFY(group);
+    const Item right{group, Item::RightBracket}, left{group, Item::LeftBracket};
+    QVERIFY(CanDropUnionItem(button(0), left));    // the member stands before the group
+    QVERIFY(!CanDropUnionItem(button(0), right));  // ... not after it
+    DropUnionItem(button(0), left);
+    QVERIFY2(Sql().startsWith(QStringLiteral("(Select 1"), Qt::CaseInsensitive), qPrintable(Sql()));
+    SetSql(u"SELECT 1 FROM Track t UNION (SELECT 2 FROM Track t)");
+    group = TmvCast<TmvUnionGroup>(builder_->Query()->Items(1));
+    QVERIFY(group);
+    DropUnionItem(button(0), button(1));  // the second out of its group, before the first
+    QCOMPARE(builder_->Query()->Count(), 2);
+    QVERIFY(!TmvCast<TmvUnionGroup>(builder_->Query()->Items(0)) && !TmvCast<TmvUnionGroup>(builder_->Query()->Items(1)));
+    // The same through the navigator: the second SELECT's button dropped on the first's.
+    SetSql(u"SELECT 1 FROM Track t UNION SELECT 2 FROM Track t");
+    TmvUnionButton* first = nullptr;
+    for (TmvUnionButton* each : pane_->findChildren<TmvUnionButton*>())
+      if (each->Member() == member(0)) first = each;
+    QVERIFY(first && Drop(NewUnionItemDrag(button(1)), first, QPoint(5, 5)));
+    QCoreApplication::processEvents();
+    QVERIFY2(Sql().startsWith(QStringLiteral("Select 2"), Qt::CaseInsensitive), qPrintable(Sql()));
   }
 
   // Boxes moved by their caption keep to the grid and never leave the area.
