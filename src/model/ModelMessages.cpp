@@ -36,6 +36,7 @@ void RegisterModelMessages() {
         {mvQBNewUnionSubQuery, u"New Union Sub-Query"},
         {mvQBCopyToNewUnionSubQuery, u"Copy to New Union Sub-Query"},
         {mvQBEncloseInBrackets, u"Enclose in Brackets"},
+        {mvQBRemoveBrackets, u"Remove Brackets"},
         {mvQBEdit, u"Properties..."},
         {mvQBAftofitHeight, u"Autofit Height"},
         {mvQBAddLinkedObject, u"Add Linked Object"},

@@ -40,6 +40,7 @@ inline constexpr const char16_t* mvMoveRight = u"mvMoveRight";
 inline constexpr const char16_t* mvQBNewUnionSubQuery = u"mvQBNewUnionSubQuery";
 inline constexpr const char16_t* mvQBCopyToNewUnionSubQuery = u"mvQBCopyToNewUnionSubQuery";
 inline constexpr const char16_t* mvQBEncloseInBrackets = u"mvQBEncloseInBrackets";
+inline constexpr const char16_t* mvQBRemoveBrackets = u"mvQBRemoveBrackets";
 inline constexpr const char16_t* mvQBEdit = u"mvQBEdit";
 inline constexpr const char16_t* mvQBAftofitHeight = u"mvQBAftofitHeight";
 inline constexpr const char16_t* mvQBAddLinkedObject = u"mvQBAddLinkedObject";

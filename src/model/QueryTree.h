@@ -78,6 +78,9 @@ class TmvQueryBase : public TmvQueryBuilderControlOwner {
   void InsertBefore(TmvQueryBase* other);
 
   virtual ImvUnionOperatorControl* GetUnionOperatorControl() const = 0;
+  // The menu of the operator before this member: the dialect's set
+  // operators, the one in force checked; each entry sets it.
+  TmvMenu GetUnionOperatorMenu();
   // Takes the node over (a different old one is freed).
   virtual void LoadFromAST(TmvOwned<TSQLSubQueryExpression> node);
 
@@ -153,6 +156,9 @@ class TmvUnionGroup : public TmvQueryBase {
   void MoveRightBackwardEvent();
   // Dissolves the brackets: the members take the group's place.
   void RemoveBracketsEvent();
+  // The menu of a bracket (a member in or out on that side, or no brackets),
+  // of the operator, or of the group itself (no brackets).
+  TmvMenu GetPopupMenu(ImvControl* control) override;
 
  protected:
   void Destroying() override;

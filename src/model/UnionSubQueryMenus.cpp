@@ -1,9 +1,11 @@
-// The menus of a SELECT's page: its work area's and its union button's.
+// The menus of the union navigator and of a SELECT's page: the work area,
+// a SELECT's button, a group's brackets, the operator before a member.
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvider.h"
 #include "model/ModelMessages.h"
 #include "model/QueryTree.h"
 #include "sqlgen/SQLBuilder.h"
+#include "support/WideString.h"
 #include "tree/SelectClauses.h"
 
 namespace mv {
@@ -26,7 +28,43 @@ void AddUnionEntries(TmvMenu& menu, TmvUnionSubQuery* member, TmvBaseSyntaxProvi
 
 }  // namespace
 
+TmvMenu TmvQueryBase::GetUnionOperatorMenu() {
+  TmvMenu menu;
+  TmvBaseSyntaxProvider* provider = SQLContext() ? SQLContext()->SyntaxProvider() : nullptr;
+  if (!provider) return menu;
+  std::vector<WideString> operators;
+  provider->GetUnionOperatorsList(operators);
+  // An empty operator is a union.
+  const WideString current = WideUpperCase(GetUnionOperatorFull().empty() ? WideString(u"UNION") : GetUnionOperatorFull());
+  for (const WideString& op : operators) {
+    TmvMenuItem& entry = AddMenuItem(menu, u"", [this, op] { SetUnionOperatorFull(op); });
+    entry.Key = op;
+    entry.Caption = op;
+    entry.Checked = WideUpperCase(op) == current;
+  }
+  return menu;
+}
+
+TmvMenu TmvUnionGroup::GetPopupMenu(ImvControl* control) {
+  if (control && control == GetControls(2)) return GetUnionOperatorMenu();
+  TmvMenu menu;
+  TmvUnionGroup* parent = ParentQuery();
+  const int index = parent ? parent->IndexOf(this) : -1;
+  if (control && control == GetControls(0)) {
+    AddMenuItem(menu, mvMoveLeft, [this] { MoveLeftForwardEvent(); }, index > 0);
+    AddMenuItem(menu, mvMoveRight, [this] { MoveLeftBackwardEvent(); }, Count() > 0);
+    AddMenuItem(menu, u"-", nullptr);
+  } else if (control && control == GetControls(1)) {
+    AddMenuItem(menu, mvMoveLeft, [this] { MoveRightForwardEvent(); }, Count() > 0);
+    AddMenuItem(menu, mvMoveRight, [this] { MoveRightBackwardEvent(); }, parent && index + 1 < parent->Count());
+    AddMenuItem(menu, u"-", nullptr);
+  }
+  AddMenuItem(menu, mvQBRemoveBrackets, [this] { RemoveBracketsEvent(); }, parent != nullptr);
+  return menu;
+}
+
 TmvMenu TmvUnionSubQuery::GetPopupMenu(ImvControl* control) {
+  if (control && control == GetControls(2)) return GetUnionOperatorMenu();
   TmvMenu menu;
   TmvBaseSyntaxProvider* provider = SQLContext() ? SQLContext()->SyntaxProvider() : nullptr;
   TmvSubQuery* root = RootQuery();

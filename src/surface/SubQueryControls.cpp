@@ -203,6 +203,9 @@ TmvUnionOperator::TmvUnionOperator(TmvQueryBase* object, QWidget* parent) : QLab
   setObjectName(QStringLiteral("UnionOperator"));
   setFixedSize(16, 16);
   setAlignment(Qt::AlignCenter);
+  setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(this, &QWidget::customContextMenuRequested, this,
+          [this](const QPoint& point) { ExecModelMenu(object_->GetPopupMenu(this), mapToGlobal(point), this); });
 }
 
 void TmvUnionOperator::UpdateControlVisualParams(TmvQueryBuilderControlOwner*) {
@@ -236,6 +239,9 @@ TmvBracket::TmvBracket(TmvUnionGroup* group, bool left, QWidget* parent)
     : QLabel(parent), TmvUnionDragParticipant(this), group_(group), left_(left) {
   setObjectName(left ? QStringLiteral("LeftBracket") : QStringLiteral("RightBracket"));
   setAcceptDrops(true);
+  setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(this, &QWidget::customContextMenuRequested, this,
+          [this](const QPoint& point) { ExecModelMenu(group_->GetPopupMenu(this), mapToGlobal(point), this); });
   setFixedWidth(10);
   setFont(NavigatorFont());
   setAlignment(Qt::AlignCenter);

@@ -335,6 +335,21 @@ class DesignPaneTest : public QObject {
     DropUnionItem(button(0), button(1));  // the second out of its group, before the first
     QCOMPARE(builder_->Query()->Count(), 2);
     QVERIFY(!TmvCast<TmvUnionGroup>(builder_->Query()->Items(0)) && !TmvCast<TmvUnionGroup>(builder_->Query()->Items(1)));
+    // The menus of a bracket and of an operator come from the model.
+    SetSql(u"SELECT 1 FROM Track t UNION ALL (SELECT 2 FROM Track t UNION SELECT 3 FROM Track t)");
+    QList<TmvBracket*> brackets = pane_->findChildren<TmvBracket*>();
+    QCOMPARE(brackets.size(), 2);
+    TmvBracket* leftBracket = brackets[0]->IsLeft() ? brackets[0] : brackets[1];
+    QMenu bracketMenu;
+    FillQMenu(bracketMenu, leftBracket->Group()->GetPopupMenu(leftBracket));
+    bracketMenu.findChild<QAction*>(QStringLiteral("mvMoveLeft"))->trigger();  // the first SELECT comes in
+    QCoreApplication::processEvents();
+    QVERIFY2(Sql().startsWith(QStringLiteral("(Select 1"), Qt::CaseInsensitive), qPrintable(Sql()));
+    QStringList checked;
+    for (const TmvMenuItem& entry : member(1)->GetUnionOperatorMenu())
+      if (entry.Checked) checked << ToQString(entry.Caption);
+    QCOMPARE(checked.size(), 1);  // the operator in force, and only it
+    QCOMPARE(checked[0].toUpper(), ToQString(member(1)->GetUnionOperatorFull()).toUpper());
     // The same through the navigator: the second SELECT's button dropped on the first's.
     SetSql(u"SELECT 1 FROM Track t UNION SELECT 2 FROM Track t");
     TmvUnionButton* first = nullptr;
