@@ -4,7 +4,7 @@
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/dataset/DataSet.h"
-#include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/CatalogSteps.h"
 #include "metadata/fetchers/FieldsFetcher.h"
 #include "metadata/fetchers/FilterMacros.h"
 #include "metadata/fetchers/ObjectsFetcher.h"
@@ -15,17 +15,6 @@
 namespace mv {
 
 namespace {
-
-// Opens the fetcher's statement; false when the server refuses it.
-template <class Fetcher>
-bool TryCreate(Fetcher& fetcher) {
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  return true;
-}
 
 TmvVariant Letters(std::initializer_list<const char16_t*> letters) {
   TmvVariantArray values;
@@ -70,9 +59,7 @@ bool LoadMetadataObjectsDB2(TmvBaseSQLContext* context, TmvConnection* connectio
   }
   fetcher.SetSystemSchemaNames(system.get());
   fetcher.SetFilter(filter);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, database);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, database);
 }
 
 bool LoadMetadataRelationsDB2(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
@@ -88,9 +75,7 @@ bool LoadMetadataRelationsDB2(TmvBaseSQLContext* context, TmvConnection* connect
   fetcher.ChildFieldFieldName = u"FKCOLUMN_NAME";
   fetcher.KeySequenceFieldName = u"KEY_SEQ";
   fetcher.SetTrimSpaces(true);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, database);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, database);
 }
 
 bool LoadFieldsForObjectDB2(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object,
@@ -112,9 +97,7 @@ bool LoadFieldsForObjectDB2(TmvBaseSQLContext* context, TmvConnection* connectio
   fetcher.ReadOnlyTrueValue = WideString(u"A");
   fetcher.ShortDescriptionFieldName = u"REMARKS";
   fetcher.SetTrimSpaces(true);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadFields(object->GetFields());
-  return true;
+  return TryLoadCatalogFields(fetcher, object);
 }
 
 }  // namespace mv

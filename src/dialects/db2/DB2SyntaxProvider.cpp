@@ -11,12 +11,10 @@
 #include "frontend/SyntaxProvidersList.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/dataset/DataSet.h"
-#include "metadata/fetchers/FetcherBase.h"
-#include "metadata/fetchers/NamesFetchers.h"
+#include "metadata/fetchers/CatalogSteps.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/Exceptions.h"
 #include "tree/NodeRegistry.h"
-#include "tree/QualifiedNamesList.h"
 
 namespace mv {
 
@@ -90,26 +88,6 @@ TmvOwned<TSQLExpressionItem> LimitExpression(TmvBaseSQLContext* context, const W
     throw EmvSQLError(u"Invalid row limit \"" + text + u"\"" + (errors.empty() ? WideString() : u"\r\n" + errors[0]),
                       nullptr);
   return expression;
-}
-
-// The names the server lists for `sql` in its column NAME; false when it
-// refuses the statement.
-bool LoadCatalogSchemas(TmvBaseSQLContext* context, TmvConnection* connection, const char16_t* sql,
-                        std::vector<WideString>& list) {
-  if (!CatalogSqlProvider(context)) return false;
-  TmvMetadataSchemasFetcherFromQuery fetcher(context, connection);
-  fetcher.SQL = sql;
-  fetcher.NameFieldName = u"NAME";
-  auto schemas = TastCreate<TSQLIdentifiersCollection>(context);
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  fetcher.LoadSchemas(*schemas);
-  list.clear();
-  for (int i = 0; i < schemas->GetCount(); ++i) list.push_back(schemas->Identifier(i)->Token);
-  return true;
 }
 
 }  // namespace
@@ -204,7 +182,7 @@ void TmvDB2SyntaxProvider::GetDefaultSchemaNames(TmvBaseSQLContext* context, Tmv
 
 void TmvDB2SyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
                                           std::vector<WideString>& list, const TSQLQualifiedName* database) {
-  if (!LoadCatalogSchemas(context, connection, kDB2SchemasQuery, list))
+  if (!LoadCatalogSchemasList(context, connection, kDB2SchemasQuery, u"NAME", list))
     TmvMatrixSyntaxProvider::GetSchemasList(context, connection, list, database);
 }
 

@@ -2,7 +2,7 @@
 
 #include "dialects/informix/InformixCatalogQueries.h"
 #include "metadata/MetadataObject.h"
-#include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/CatalogSteps.h"
 #include "metadata/fetchers/FieldsFetcher.h"
 #include "metadata/fetchers/ObjectsFetcher.h"
 #include "metadata/fetchers/RelationsFetcher.h"
@@ -10,21 +10,6 @@
 #include "tree/QualifiedNames.h"
 
 namespace mv {
-
-namespace {
-
-// Opens the fetcher's statement; false when the server refuses it.
-template <class Fetcher>
-bool TryCreate(Fetcher& fetcher) {
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  return true;
-}
-
-}  // namespace
 
 bool LoadMetadataObjectsInformix(TmvBaseSQLContext* context, TmvConnection* connection,
                                  TmvMetadataContainer* container, const TmvMetadataFilter* filter,
@@ -42,9 +27,7 @@ bool LoadMetadataObjectsInformix(TmvBaseSQLContext* context, TmvConnection* conn
   system->AddIdentifier(kInformixSystemSchema);
   fetcher.SetSystemSchemaNames(system.get());
   fetcher.SetFilter(filter);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, database);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, database);
 }
 
 bool LoadMetadataRelationsInformix(TmvBaseSQLContext* context, TmvConnection* connection,
@@ -53,16 +36,9 @@ bool LoadMetadataRelationsInformix(TmvBaseSQLContext* context, TmvConnection* co
   if (!CatalogSqlProvider(context) || !container) return false;
   TmvMetadataRelationsFetcherFromQuery fetcher(context, connection);
   fetcher.SQL = kInformixRelationsQuery;
-  fetcher.PrimarySchemaFieldName = u"PK_SCHEMA_NAME";
-  fetcher.PrimaryNameFieldName = u"PK_TABLE_NAME";
-  fetcher.PrimaryFieldFieldName = u"PK_FIELD_NAME";
-  fetcher.ChildSchemaFieldName = u"FK_SCHEMA_NAME";
-  fetcher.ChildNameFieldName = u"FK_TABLE_NAME";
-  fetcher.ChildFieldFieldName = u"FK_FIELD_NAME";
+  UseStandardRelationColumns(fetcher, true);
   fetcher.SetTrimSpaces(true);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, database);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, database);
 }
 
 bool LoadFieldsForObjectInformix(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object) {
@@ -74,9 +50,7 @@ bool LoadFieldsForObjectInformix(TmvBaseSQLContext* context, TmvConnection* conn
   fetcher.TypeFieldName = u"COLTYPE";
   fetcher.SizeFieldName = u"COLLENGTH";
   fetcher.SetTrimSpaces(true);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadFields(object->GetFields());
-  return true;
+  return TryLoadCatalogFields(fetcher, object);
 }
 
 }  // namespace mv

@@ -10,8 +10,7 @@
 #include "frontend/SyntaxProvidersList.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/dataset/DataSet.h"
-#include "metadata/fetchers/FetcherBase.h"
-#include "metadata/fetchers/NamesFetchers.h"
+#include "metadata/fetchers/CatalogSteps.h"
 #include "support/Exceptions.h"
 #include "tree/NodeRegistry.h"
 #include "tree/QualifiedNamesList.h"
@@ -111,21 +110,8 @@ TmvSyntaxSupportConectedServer TmvInformixSyntaxProvider::IsSupportConnectedServ
 void TmvInformixSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
                                                std::vector<WideString>& list, const TSQLQualifiedName* database) {
   DetectServerVersionIfNeeded(context);
-  TmvMetadataSchemasFetcherFromQuery fetcher(context, connection);
-  fetcher.SQL = kInformixSchemasQuery;
-  fetcher.NameFieldName = u"NAME";
-  fetcher.SetTrimSpaces(true);
-  auto schemas = TastCreate<TSQLIdentifiersCollection>(context);
-  try {
-    if (!CatalogSqlProvider(context)) throw Exception(u"no SQL");
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
+  if (!LoadCatalogSchemasList(context, connection, kInformixSchemasQuery, u"NAME", list, true))
     TmvMatrixSyntaxProvider::GetSchemasList(context, connection, list, database);
-    return;
-  }
-  fetcher.LoadSchemas(*schemas);
-  list.clear();
-  for (int i = 0; i < schemas->GetCount(); ++i) list.push_back(schemas->Identifier(i)->Token);
 }
 
 void TmvInformixSyntaxProvider::DetectServerVersionIfNeeded(TmvBaseSQLContext* context) {

@@ -4,7 +4,7 @@
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
-#include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/CatalogSteps.h"
 #include "metadata/fetchers/ObjectsFetcher.h"
 #include "metadata/fetchers/RelationsFetcher.h"
 #include "support/Exceptions.h"
@@ -22,16 +22,6 @@ int TmvRdbMetadataFieldsFetcherFromQuery::CalcScale() {
 
 namespace {
 
-template <class Fetcher>
-bool TryCreate(Fetcher& fetcher) {
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  return true;
-}
-
 // Every row of `sql` an object of `objectClass`; false when the statement is refused.
 bool LoadObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
                  const TmvMetadataFilter* filter, WideStringView sql, const TmvMetadataClass& objectClass,
@@ -46,9 +36,7 @@ bool LoadObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetad
   fetcher.SetDefaultObjectClass(&objectClass);
   fetcher.SetTrimSpaces(true);
   fetcher.SetFilter(filter);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, nullptr);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, nullptr);
 }
 
 }  // namespace
@@ -92,15 +80,10 @@ bool LoadMetadataRelationsRdb(const TmvRdbCatalogQueries& queries, TmvBaseSQLCon
   if (!CatalogSqlProvider(context) || !container) return false;
   TmvMetadataRelationsFetcherFromQuery fetcher(context, connection);
   fetcher.SQL = queries.Relations;
-  fetcher.PrimaryNameFieldName = u"PK_TABLE_NAME";
-  fetcher.PrimaryFieldFieldName = u"PK_FIELD_NAME";
-  fetcher.ChildNameFieldName = u"FK_TABLE_NAME";
-  fetcher.ChildFieldFieldName = u"FK_FIELD_NAME";
+  UseStandardRelationColumns(fetcher, false);
   fetcher.KeySequenceFieldName = u"ORDINAL";
   fetcher.SetTrimSpaces(true);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, nullptr);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, nullptr);
 }
 
 bool LoadFieldsForObjectRdb(const TmvRdbCatalogQueries& queries, TmvBaseSQLContext* context,
@@ -119,9 +102,7 @@ bool LoadFieldsForObjectRdb(const TmvRdbCatalogQueries& queries, TmvBaseSQLConte
   fetcher.PrimaryFieldName = u"field_pk";
   fetcher.ShortDescriptionFieldName = u"field_description";
   fetcher.SetTrimSpaces(true);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadFields(object->GetFields());
-  return true;
+  return TryLoadCatalogFields(fetcher, object);
 }
 
 }  // namespace mv

@@ -4,14 +4,12 @@
 #include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataProvider.h"
-#include "metadata/fetchers/FetcherBase.h"
-#include "metadata/fetchers/NamesFetchers.h"
+#include "metadata/fetchers/CatalogSteps.h"
 #include "metadata/fetchers/ObjectsFetcher.h"
 #include "metadata/fetchers/RelationsFetcher.h"
 #include "support/Exceptions.h"
 #include "support/WideFormat.h"
 #include "tree/QualifiedNames.h"
-#include "tree/QualifiedNamesList.h"
 #include "tree/Tokens.h"
 
 namespace mv {
@@ -63,14 +61,8 @@ void ReadTablesAndViews(TmvMetadataObjectFetcherFromQuery& fetcher, TmvBaseSQLCo
 // Runs the fetcher's statement; true when it opened and its rows were read.
 bool TryLoad(TmvMetadataObjectFetcherFromQuery& fetcher, TmvMetadataContainer* container,
              const TmvMetadataFilter* filter, const TSQLQualifiedName* database) {
-  try {
-    fetcher.SetFilter(filter);
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  fetcher.LoadMetadata(container, filter, database);
-  return true;
+  fetcher.SetFilter(filter);
+  return TryLoadCatalogMetadata(fetcher, container, filter, database);
 }
 
 // What sp_tables leaves out: the table-valued functions as procedures and,
@@ -154,46 +146,20 @@ bool GetDefaultSchemaNamesMSSQL(TmvBaseSQLContext* context, TmvConnection* conne
   } catch (const Exception&) {
     return false;
   }
-  if (user.empty()) return false;
-  if (!names.ContainsSameIdStr(user)) names.AddIdentifier(user);
-  return true;
+  return AddDefaultSchemaName(names, user);
 }
 
 bool GetDatabasesListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
                            std::vector<WideString>& list) {
-  if (!CatalogSqlProvider(context)) return false;
-  TmvMetadataDatabasesFetcherFromQuery fetcher(context, connection);
-  fetcher.SQL = MSSQLDatabasesQuery(major);
-  fetcher.NameFieldName = u"DATABASE_NAME";
-  TSQLQualifiedNamesList names(context, true);
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  fetcher.LoadDatabases(names);
-  list.clear();
-  for (int i = 0; i < names.Count(); ++i) list.push_back(names.Items(i)->GetQualifiedNameWithoutQuotes());
-  return true;
+  return LoadCatalogDatabasesList(context, connection, MSSQLDatabasesQuery(major), u"DATABASE_NAME", list);
 }
 
 bool GetSchemasListMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
                          const TSQLQualifiedName* database, std::vector<WideString>& list) {
   TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
   if (!provider) return false;
-  TmvMetadataSchemasFetcherFromQuery fetcher(context, connection);
-  fetcher.SQL = MSSQLSchemasQuery(major, DatabaseOf(*provider, connection, database));
-  fetcher.NameFieldName = u"NAME";
-  auto schemas = TastCreate<TSQLIdentifiersCollection>(context);
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  fetcher.LoadSchemas(*schemas);
-  list.clear();
-  for (int i = 0; i < schemas->GetCount(); ++i) list.push_back(schemas->Identifier(i)->Token);
-  return true;
+  return LoadCatalogSchemasList(context, connection,
+                                MSSQLSchemasQuery(major, DatabaseOf(*provider, connection, database)), u"NAME", list);
 }
 
 bool LoadMetadataObjectsMSSQL(TmvBaseSQLContext* context, TmvConnection* connection, int major,
@@ -254,22 +220,11 @@ bool LoadRelations(TmvBaseSQLContext* context, TmvConnection* connection, WideSt
   fetcher.SQL = WideString(sql);
   if (withSchemas) {
     fetcher.PrimaryDatabaseFieldName = u"PK_TABLE_DATABASE";
-    fetcher.PrimarySchemaFieldName = u"PK_SCHEMA_NAME";
     fetcher.ChildDatabaseFieldName = u"FK_TABLE_DATABASE";
-    fetcher.ChildSchemaFieldName = u"FK_SCHEMA_NAME";
   }
-  fetcher.PrimaryNameFieldName = u"PK_TABLE_NAME";
-  fetcher.PrimaryFieldFieldName = u"PK_FIELD_NAME";
-  fetcher.ChildNameFieldName = u"FK_TABLE_NAME";
-  fetcher.ChildFieldFieldName = u"FK_FIELD_NAME";
+  UseStandardRelationColumns(fetcher, withSchemas);
   fetcher.KeySequenceFieldName = u"ORDINAL";
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  fetcher.LoadMetadata(container, filter, database);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, database);
 }
 
 }  // namespace

@@ -5,13 +5,11 @@
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
-#include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/CatalogSteps.h"
 #include "metadata/fetchers/FieldsFetcher.h"
-#include "metadata/fetchers/NamesFetchers.h"
 #include "metadata/fetchers/RelationsFetcher.h"
 #include "support/Exceptions.h"
 #include "tree/QualifiedNames.h"
-#include "tree/QualifiedNamesList.h"
 #include "tree/Tokens.h"
 
 namespace mv {
@@ -95,16 +93,6 @@ WideString CurrentDatabase(TmvBaseMetadataProvider& provider, TmvConnection* con
   }
 }
 
-template <class Fetcher>
-bool TryCreate(Fetcher& fetcher) {
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  return true;
-}
-
 // The objects of one database; `database` null for the current one, whose name is `name`.
 bool LoadObjectsOfDatabase(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
                            const TmvMetadataFilter* filter, const TSQLQualifiedName* database, WideStringView name,
@@ -119,19 +107,14 @@ bool LoadObjectsOfDatabase(TmvBaseSQLContext* context, TmvConnection* connection
     fetcher.SystemTableTypeValue = u"SYSTEM TABLE";
     fetcher.UserViewTypeValue = u"VIEW";
     fetcher.SystemViewTypeValue = u"SYSTEM VIEW";
-    if (TryCreate(fetcher)) {
-      fetcher.LoadMetadata(container, filter, database);
-      return true;
-    }
+    if (TryLoadCatalogMetadata(fetcher, container, filter, database)) return true;
   }
   // Before 5.0.0, or a server without information_schema.tables: every row a table.
   TmvMySQLMetadataObjectFetcherFromQuery tables(context, connection);
   tables.SetFilter(filter);
   tables.SQL = MySQLShowTablesQuery(database ? name : WideStringView());
   tables.SetDefaultObjectClass(&TmvMetadataTable::StaticClass());
-  if (!TryCreate(tables)) return false;
-  tables.LoadMetadata(container, filter, database);
-  return true;
+  return TryLoadCatalogMetadata(tables, container, filter, database);
 }
 
 }  // namespace
@@ -162,24 +145,11 @@ int CalcServerVersionMySQL(TmvBaseMetadataProvider* provider, TmvConnection* con
 TmvOwned<TSQLQualifiedName> GetDefaultDatabaseNameMySQL(TmvBaseSQLContext* context, TmvConnection* connection) {
   TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
   if (!provider) return nullptr;
-  const WideString name = CurrentDatabase(*provider, connection);
-  if (name.empty()) return nullptr;
-  auto result = TastCreate<TSQLQualifiedName>(context);
-  result->AddName(name, false);
-  return result;
+  return OnePartCatalogName(context, CurrentDatabase(*provider, connection));
 }
 
 bool GetDatabasesListMySQL(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list) {
-  if (!CatalogSqlProvider(context)) return false;
-  TmvMetadataDatabasesFetcherFromQuery fetcher(context, connection);
-  fetcher.SQL = kMySQLDatabasesQuery;
-  fetcher.NameFieldName = u"DATABASE";
-  if (!TryCreate(fetcher)) return false;
-  TSQLQualifiedNamesList names(context, true);
-  fetcher.LoadDatabases(names);
-  list.clear();
-  for (int i = 0; i < names.Count(); ++i) list.push_back(names.Items(i)->GetQualifiedNameWithoutQuotes());
-  return true;
+  return LoadCatalogDatabasesList(context, connection, kMySQLDatabasesQuery, u"DATABASE", list);
 }
 
 bool LoadMetadataObjectsMySQL(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
@@ -219,9 +189,7 @@ bool LoadMetadataRelationsMySQL(TmvBaseSQLContext* context, TmvConnection* conne
   fetcher.ChildNameFieldName = u"FK_TABLE_NAME";
   fetcher.ChildFieldFieldName = u"FK_FIELD_NAME";
   fetcher.KeySequenceFieldName = u"ORDINAL";
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, database);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, database);
 }
 
 bool LoadFieldsForObjectMySQL(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object,
@@ -251,9 +219,7 @@ bool LoadFieldsForObjectMySQL(TmvBaseSQLContext* context, TmvConnection* connect
     fetcher.NullableFieldName = u"Null";
     fetcher.PrimaryFieldName = u"Key";
   }
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadFields(object->GetFields());
-  return true;
+  return TryLoadCatalogFields(fetcher, object);
 }
 
 }  // namespace mv

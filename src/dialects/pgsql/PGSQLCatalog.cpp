@@ -4,9 +4,8 @@
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
-#include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/CatalogSteps.h"
 #include "metadata/fetchers/FilterMacros.h"
-#include "metadata/fetchers/NamesFetchers.h"
 #include "metadata/fetchers/RelationsFetcher.h"
 #include "support/Exceptions.h"
 #include "support/TextHelpers.h"
@@ -82,16 +81,6 @@ bool IsOtherDatabase(TmvBaseMetadataProvider& provider, TmvConnection* connectio
   }
 }
 
-template <class Fetcher>
-bool TryCreate(Fetcher& fetcher) {
-  try {
-    fetcher.CreateDataset();
-  } catch (const Exception&) {
-    return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 TmvSyntaxSupportConectedServer IsConnectedServerIsPostgreSQL(TmvBaseMetadataProvider* provider,
@@ -131,15 +120,7 @@ bool GetSchemasListPostgreSQL(TmvBaseSQLContext* context, TmvConnection* connect
                               std::vector<WideString>& list) {
   TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
   if (!provider || IsOtherDatabase(*provider, connection, database)) return false;
-  TmvMetadataSchemasFetcherFromQuery fetcher(context, connection);
-  fetcher.SQL = kPostgreSQLSchemasQuery;
-  fetcher.NameFieldName = u"name";
-  if (!TryCreate(fetcher)) return false;
-  auto schemas = TastCreate<TSQLIdentifiersCollection>(context);
-  fetcher.LoadSchemas(*schemas);
-  list.clear();
-  for (int i = 0; i < schemas->GetCount(); ++i) list.push_back(schemas->Identifier(i)->Token);
-  return true;
+  return LoadCatalogSchemasList(context, connection, kPostgreSQLSchemasQuery, u"name", list);
 }
 
 bool LoadMetadataObjectsPostgreSQL(TmvBaseSQLContext* context, TmvConnection* connection,
@@ -159,9 +140,7 @@ bool LoadMetadataObjectsPostgreSQL(TmvBaseSQLContext* context, TmvConnection* co
   system->AddIdentifier(u"information_schema");
   fetcher.SetSystemSchemaNames(system.get());
   fetcher.SetFilter(filter);
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, database);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, database);
 }
 
 bool LoadMetadataRelationsPostgreSQL(TmvBaseSQLContext* context, TmvConnection* connection,
@@ -181,9 +160,7 @@ bool LoadMetadataRelationsPostgreSQL(TmvBaseSQLContext* context, TmvConnection* 
   fetcher.ChildNameFieldName = u"FK_TABLE_NAME";
   fetcher.ChildFieldFieldName = u"fk_field_name";
   fetcher.FieldListSeparator = u";";
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadMetadata(container, filter, database);
-  return true;
+  return TryLoadCatalogMetadata(fetcher, container, filter, database);
 }
 
 bool LoadFieldsForObjectPostgreSQL(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object) {
@@ -199,9 +176,7 @@ bool LoadFieldsForObjectPostgreSQL(TmvBaseSQLContext* context, TmvConnection* co
   fetcher.NullableFieldName = u"attnotnull";
   fetcher.PrimaryFieldName = u"ispk";
   fetcher.ShortDescriptionFieldName = u"description";
-  if (!TryCreate(fetcher)) return false;
-  fetcher.LoadFields(object->GetFields());
-  return true;
+  return TryLoadCatalogFields(fetcher, object);
 }
 
 bool LoadMetadataCustomAggregateNamesPostgreSQL(TmvBaseSQLContext* context, TmvConnection* connection,

@@ -5,6 +5,7 @@
 #include "metadata/MetadataMessages.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/dataset/DataSet.h"
+#include "metadata/fetchers/CatalogSteps.h"
 #include "support/Exceptions.h"
 #include "tree/QualifiedNames.h"
 
@@ -112,10 +113,7 @@ TmvOwned<TSQLQualifiedName> CatalogNameFromQuery(TmvBaseSQLContext* context, Tmv
   } catch (const Exception&) {
     return nullptr;
   }
-  if (name.empty()) return nullptr;
-  auto result = TastCreate<TSQLQualifiedName>(context);
-  result->AddName(name, false);
-  return result;
+  return OnePartCatalogName(context, name);
 }
 
 }  // namespace mv
