@@ -41,6 +41,19 @@ class DialectFixture : public ::testing::Test {
     }
   }
 
+  // Each case's `text` prints as its `print` (or gives that error), and a
+  // print that is no error reads again to itself.
+  template <class Cases>
+  void ExpectPrintsBack(const Cases& cases) {
+    for (const auto& c : cases) {
+      const std::string print = Print(c.text);
+      EXPECT_EQ(print, c.print) << c.text;
+      if (print.rfind("error", 0) != 0) {
+        EXPECT_EQ(Print(print), print) << c.text;
+      }
+    }
+  }
+
   // Row limits set by the provider on `text`, run on a server by `query`:
   // each case gives the rows [from, from + rows) of the unlimited query.
   struct LimitsCase {

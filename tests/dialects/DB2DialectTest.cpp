@@ -13,6 +13,7 @@
 #include "DB2Scan.h"
 #include "DialectFixture.h"
 #include "ScanTokens.h"
+#include "ScriptedServer.h"
 #include "dialects/db2/DB2CatalogQueries.h"
 #include "dialects/db2/DB2SyntaxProvider.h"
 #include "frontend/SyntaxProvidersList.h"
@@ -136,13 +137,7 @@ TEST_F(DB2DialectTest, ReadsAndPrintsBack) {
       {"select a from t optimize for 2", "error: Invalid SELECT statement.\r\n Unexpected token \"EOF\" at line 1, pos 31"},
       {"select a from t with xx", "error: Invalid SELECT statement.\r\n Unexpected token \"xx\" at line 1, pos 22"},
   };
-  for (const Case& c : cases) {
-    const std::string print = Print(c.text);
-    EXPECT_EQ(print, c.print) << c.text;
-    if (print.rfind("error", 0) != 0) {
-      EXPECT_EQ(Print(print), print) << c.text;
-    }
-  }
+  ExpectPrintsBack(cases);
 }
 
 TEST_F(DB2DialectTest, NamingConventions) {
@@ -214,25 +209,16 @@ TEST_F(DB2DialectTest, RowNumberWrapperOnChinook) {
 
 TEST_F(DB2DialectTest, ServerAnswers) {
   // A scripted connection answers the catalog statements or refuses them all.
-  const auto column = [](const char16_t* name, std::initializer_list<const char16_t*> values) {
-    TmvMemoryTable table;
-    table.AddColumn(name, ftWideString, 32);
-    for (const char16_t* value : values) table.AddRow({TmvVariant(WideString(value))});
-    return table;
-  };
   for (const bool answers : {true, false}) {
-    TmvMemoryConnection server;
-    TmvConnectionMetadataProvider metadata;
-    metadata.SetConnection(&server);
-    server.Open();
+    mvtest::ScriptedServer server;
     if (answers) {
-      server.AddResult(kDB2ProbeQuery, column(u"USER_NAME", {u"DB2INST1"}));
-      server.AddResult(kDB2DefaultDatabaseQuery, column(u"CATALOG_NAME", {u"SAMPLE  "}));
-      server.AddResult(kDB2DefaultSchemaQuery, column(u"DEF_SCHEMA", {u"DB2INST1"}));
-      server.AddResult(kDB2SchemasQuery, column(u"NAME", {u"DB2INST1", u"SYSCAT"}));
+      server.AddResult(kDB2ProbeQuery, mvtest::TextColumn(u"USER_NAME", {u"DB2INST1"}));
+      server.AddResult(kDB2DefaultDatabaseQuery, mvtest::TextColumn(u"CATALOG_NAME", {u"SAMPLE  "}));
+      server.AddResult(kDB2DefaultSchemaQuery, mvtest::TextColumn(u"DEF_SCHEMA", {u"DB2INST1"}));
+      server.AddResult(kDB2SchemasQuery, mvtest::TextColumn(u"NAME", {u"DB2INST1", u"SYSCAT"}));
     }
-    context_.SetMetadataProvider(&metadata);
-    EXPECT_EQ(provider_.IsSupportConnectedServer(&metadata, nullptr), answers ? scsSupport : scsNotSupport);
+    context_.SetMetadataProvider(&server.metadata);
+    EXPECT_EQ(provider_.IsSupportConnectedServer(&server.metadata, nullptr), answers ? scsSupport : scsNotSupport);
     auto database = provider_.GetDefaultDatabaseName(&context_, &server);
     EXPECT_EQ(database ? database->GetQualifiedNameWithoutQuotes() : WideString(), answers ? u"SAMPLE" : u"");
     auto schemas = TastCreate<TSQLIdentifiersCollection>(&context_);
@@ -249,62 +235,42 @@ TEST_F(DB2DialectTest, ServerAnswers) {
 TEST_F(DB2DialectTest, ObjectsRelationsAndFieldsFromTheServer) {
   // SYSIBM's catalog where it exists, else QSYS2's; kinds by their letters,
   // names trimmed of the catalog's padding, system schemas marked.
-  const auto table = [](std::initializer_list<const char16_t*> columns,
-                        std::initializer_list<std::vector<TmvVariant>> rows) {
-    TmvMemoryTable result;
-    for (const char16_t* name : columns) result.AddColumn(name, ftWideString, 32);
-    for (const auto& row : rows) result.AddRow(row);
-    return result;
-  };
   for (const bool qsys2 : {false, true}) {
-    TmvMemoryConnection server;
-    TmvConnectionMetadataProvider metadata;
-    metadata.SetConnection(&server);
-    server.Open();
+    mvtest::ScriptedServer server;
     const WideString exists = qsys2 ? u"select 1 from QSYS2.SYSTABLES fetch first row only"
                                     : u"select 1 from SYSIBM.SYSTABLES fetch first row only";
-    server.AddResult(exists, table({u"X"}, {{u"1"}}));
-    server.AddResult(DB2ObjectsQuery(qsys2, u"", u"(0=0)", u"(0=0)", u"(0=0)"),
-                     table({u"TABLE_SCHEMA", u"TABLE_NAME", u"TABLE_TYPE", u"REF_TABLE_SCHEMA", u"REF_TABLE_NAME"},
-                           {{u"SHOP    ", u"ORDERS  ", u"T", TmvVariant::Null(), TmvVariant::Null()},
-                            {u"SHOP", u"BIG", u"V", TmvVariant::Null(), TmvVariant::Null()},
-                            {u"SHOP", u"O", u"A", u"SHOP", u"ORDERS"},
-                            {u"SYSIBM", u"SYSTABLES", u"T", TmvVariant::Null(), TmvVariant::Null()}}));
+    server.AddResult(exists, mvtest::TextTable({u"X"}, {{u"1"}}));
+    server.AddResult(
+        DB2ObjectsQuery(qsys2, u"", u"(0=0)", u"(0=0)", u"(0=0)"),
+        mvtest::TextTable({u"TABLE_SCHEMA", u"TABLE_NAME", u"TABLE_TYPE", u"REF_TABLE_SCHEMA", u"REF_TABLE_NAME"},
+                          {{u"SHOP    ", u"ORDERS  ", u"T", TmvVariant::Null(), TmvVariant::Null()},
+                           {u"SHOP", u"BIG", u"V", TmvVariant::Null(), TmvVariant::Null()},
+                           {u"SHOP", u"O", u"A", u"SHOP", u"ORDERS"},
+                           {u"SYSIBM", u"SYSTABLES", u"T", TmvVariant::Null(), TmvVariant::Null()}}));
     server.AddResult(kDB2RelationsQuery,
-                     table({u"PKTABLE_SCHEM", u"PKTABLE_NAME", u"PKCOLUMN_NAME", u"FKTABLE_SCHEM", u"FKTABLE_NAME",
-                            u"FKCOLUMN_NAME", u"KEY_SEQ"},
-                           {{u"SHOP", u"BIG", u"ID", u"SHOP", u"ORDERS", u"BIG_ID", u"1"}}));
-    context_.SetMetadataProvider(&metadata);
+                     mvtest::TextTable({u"PKTABLE_SCHEM", u"PKTABLE_NAME", u"PKCOLUMN_NAME", u"FKTABLE_SCHEM",
+                                        u"FKTABLE_NAME", u"FKCOLUMN_NAME", u"KEY_SEQ"},
+                                       {{u"SHOP", u"BIG", u"ID", u"SHOP", u"ORDERS", u"BIG_ID", u"1"}}));
+    context_.SetMetadataProvider(&server.metadata);
     auto container = TmvCreate<TmvMetadataContainer>(nullptr, &context_);
     context_.SetMetadataContainer(container.get());
     provider_.LoadMetadataObjects(&context_, nullptr, container.get(), nullptr, nullptr);
     provider_.LoadMetadataRelations(&context_, nullptr, container.get(), nullptr, nullptr);
     EXPECT_EQ(provider_.GetUseQSYS2(), qsys2);
-    struct Expected {
-      const char16_t* name;
-      const char* kind;
-      bool system;
-    };
-    const Expected expected[] = {{u"SHOP.ORDERS", "TmvMetadataTable", false},
-                                 {u"SHOP.BIG", "TmvMetadataView", false},
-                                 {u"SHOP.O", "TmvMetadataSynonym", false},
-                                 {u"SYSIBM.SYSTABLES", "TmvMetadataTable", true}};
-    ASSERT_EQ(container->Count(), 4);
-    for (int i = 0; i < 4; ++i) {
-      EXPECT_EQ(container->Items(i)->SchemedNameStrNotQuoted(), expected[i].name);
-      EXPECT_EQ(container->Items(i)->ClassType().ClassName(), expected[i].kind);
-      EXPECT_EQ(container->Items(i)->System(), expected[i].system);
-    }
+    ASSERT_NO_FATAL_FAILURE(mvtest::ExpectObjects(*container, {{u"SHOP.ORDERS", "TmvMetadataTable", false},
+                                                               {u"SHOP.BIG", "TmvMetadataView", false},
+                                                               {u"SHOP.O", "TmvMetadataSynonym", false},
+                                                               {u"SYSIBM.SYSTABLES", "TmvMetadataTable", true}}));
     ASSERT_EQ(container->GetRelations().size(), 1u);
     EXPECT_EQ(container->GetRelations()[0]->ChildName()->Token, u"ORDERS");
     // The fields come from the catalog the objects came from.
     server.AddResult(DB2FieldsQuery(qsys2, u"SHOP", u"ORDERS"),
-                     table({u"NAME", u"COLTYPE", u"LENGTH", u"SCALE", u"DEFAULT", u"NULLS", u"KEYSEQ", u"GENERATED",
-                            u"REMARKS", u"COLNO"},
-                           {{u"ID", u"INTEGER ", u"4", u"0", TmvVariant::Null(), u"N", TmvVariant(int64_t(1)), u"A",
-                             u"the key", u"0"},
-                            {u"NOTE", u"VARCHAR", u"200", u"0", u"''", u"Y", TmvVariant(int64_t(0)), u" ",
-                             TmvVariant::Null(), u"1"}}));
+                     mvtest::TextTable({u"NAME", u"COLTYPE", u"LENGTH", u"SCALE", u"DEFAULT", u"NULLS", u"KEYSEQ",
+                                        u"GENERATED", u"REMARKS", u"COLNO"},
+                                       {{u"ID", u"INTEGER ", u"4", u"0", TmvVariant::Null(), u"N",
+                                         TmvVariant(int64_t(1)), u"A", u"the key", u"0"},
+                                        {u"NOTE", u"VARCHAR", u"200", u"0", u"''", u"Y", TmvVariant(int64_t(0)), u" ",
+                                         TmvVariant::Null(), u"1"}}));
     TmvMetadataObject* orders = container->Items(0);
     provider_.LoadFieldsForObjectFromServer(&context_, nullptr, orders);
     ASSERT_EQ(orders->GetFields()->Count(), 2);

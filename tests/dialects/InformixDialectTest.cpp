@@ -12,6 +12,7 @@
 #include "INFORMIXPars.h"
 #include "INFORMIXScan.h"
 #include "ScanTokens.h"
+#include "ScriptedServer.h"
 #include "dialects/informix/InformixCatalogQueries.h"
 #include "dialects/informix/InformixSyntaxProvider.h"
 #include "frontend/SyntaxProvidersList.h"
@@ -101,13 +102,7 @@ TEST_F(InformixDialectTest, ReadsAndPrintsBack) {
       {"select a from t except select b from u", "error: Invalid SELECT statement.\r\n Unexpected token \"select\" at line 1, pos 24"},
       {"select first a from t", "error: Invalid SELECT statement.\r\n Unexpected token \"a\" at line 1, pos 14"},
   };
-  for (const Case& c : cases) {
-    const std::string print = Print(c.text);
-    EXPECT_EQ(print, c.print) << c.text;
-    if (print.rfind("error", 0) != 0) {
-      EXPECT_EQ(Print(print), print) << c.text;
-    }
-  }
+  ExpectPrintsBack(cases);
 }
 
 TEST_F(InformixDialectTest, Limits) {
@@ -156,52 +151,32 @@ TEST_F(InformixDialectTest, Limits) {
 TEST_F(InformixDialectTest, ObjectsRelationsAndFieldsFromTheServer) {
   // T and S are tables, V views; names are trimmed of the catalog's padding
   // and INFORMIX's objects are the system's.
-  const auto table = [](std::initializer_list<const char16_t*> columns,
-                        std::initializer_list<std::vector<TmvVariant>> rows) {
-    TmvMemoryTable result;
-    for (const char16_t* name : columns) result.AddColumn(name, ftWideString, 32);
-    for (const auto& row : rows) result.AddRow(row);
-    return result;
-  };
-  TmvMemoryConnection server;
-  TmvConnectionMetadataProvider metadata;
-  metadata.SetConnection(&server);
-  server.Open();
-  server.AddResult(kInformixObjectsQuery, table({u"TABLE_NAME", u"TABLE_OWNER", u"TABLE_TYPE"},
-                                                {{u"orders    ", u"shop  ", u"T"},
-                                                 {u"big", u"shop", u"V"},
-                                                 {u"copy", u"shop", u"S"},
-                                                 {u"systables", u"informix", u"T"},
-                                                 {u"p", u"shop", u"P"}}));
+  mvtest::ScriptedServer server;
+  server.AddResult(kInformixObjectsQuery,
+                   mvtest::TextTable({u"TABLE_NAME", u"TABLE_OWNER", u"TABLE_TYPE"}, {{u"orders    ", u"shop  ", u"T"},
+                                                                                      {u"big", u"shop", u"V"},
+                                                                                      {u"copy", u"shop", u"S"},
+                                                                                      {u"systables", u"informix", u"T"},
+                                                                                      {u"p", u"shop", u"P"}}));
   server.AddResult(kInformixRelationsQuery,
-                   table({u"PK_SCHEMA_NAME", u"PK_TABLE_NAME", u"PK_FIELD_NAME", u"FK_SCHEMA_NAME", u"FK_TABLE_NAME",
-                          u"FK_FIELD_NAME"},
-                         {{u"shop", u"big", u"id", u"shop", u"orders", u"big_id"}}));
+                   mvtest::TextTable({u"PK_SCHEMA_NAME", u"PK_TABLE_NAME", u"PK_FIELD_NAME", u"FK_SCHEMA_NAME",
+                                      u"FK_TABLE_NAME", u"FK_FIELD_NAME"},
+                                     {{u"shop", u"big", u"id", u"shop", u"orders", u"big_id"}}));
   provider_.SetDetectServerVersion(false);
-  context_.SetMetadataProvider(&metadata);
+  context_.SetMetadataProvider(&server.metadata);
   auto container = TmvCreate<TmvMetadataContainer>(nullptr, &context_);
   context_.SetMetadataContainer(container.get());
   provider_.LoadMetadataObjects(&context_, nullptr, container.get(), nullptr, nullptr);
   provider_.LoadMetadataRelations(&context_, nullptr, container.get(), nullptr, nullptr);
-  struct Expected {
-    const char16_t* name;
-    const char* kind;
-    bool system;
-  };
-  const Expected expected[] = {{u"shop.orders", "TmvMetadataTable", false},
-                               {u"shop.big", "TmvMetadataView", false},
-                               {u"shop.copy", "TmvMetadataTable", false},
-                               {u"informix.systables", "TmvMetadataTable", true}};
-  ASSERT_EQ(container->Count(), 4);
-  for (int i = 0; i < 4; ++i) {
-    EXPECT_EQ(container->Items(i)->SchemedNameStrNotQuoted(), expected[i].name);
-    EXPECT_EQ(container->Items(i)->ClassType().ClassName(), expected[i].kind);
-    EXPECT_EQ(container->Items(i)->System(), expected[i].system);
-  }
+  ASSERT_NO_FATAL_FAILURE(mvtest::ExpectObjects(*container, {{u"shop.orders", "TmvMetadataTable", false},
+                                                             {u"shop.big", "TmvMetadataView", false},
+                                                             {u"shop.copy", "TmvMetadataTable", false},
+                                                             {u"informix.systables", "TmvMetadataTable", true}}));
   ASSERT_EQ(container->GetRelations().size(), 1u);
   EXPECT_EQ(container->GetRelations()[0]->ChildName()->Token, u"orders");
-  server.AddResult(InformixFieldsQuery(u"shop", u"orders"),
-                   table({u"COLNAME", u"COLTYPE", u"COLLENGTH"}, {{u"id    ", u"262", u"4"}, {u"note", u"13", u"200"}}));
+  server.AddResult(
+      InformixFieldsQuery(u"shop", u"orders"),
+      mvtest::TextTable({u"COLNAME", u"COLTYPE", u"COLLENGTH"}, {{u"id    ", u"262", u"4"}, {u"note", u"13", u"200"}}));
   TmvMetadataObject* orders = container->Items(0);
   provider_.LoadFieldsForObjectFromServer(&context_, nullptr, orders);
   ASSERT_EQ(orders->GetFields()->Count(), 2);
@@ -242,29 +217,17 @@ TEST_F(InformixDialectTest, ServerAnswers) {
                         {u"12", scsSupport, svInformixDS11},
                         {nullptr, scsNotSupport, svInformixDS11}};
   for (const Case& c : cases) {
-    TmvMemoryConnection server;
-    TmvConnectionMetadataProvider metadata;
-    metadata.SetConnection(&server);
-    server.Open();
+    mvtest::ScriptedServer server;
     if (c.major) {
-      for (const char16_t* sql : {kInformixProbeQuery, kInformixVersionQuery}) {
-        TmvMemoryTable table;
-        table.AddColumn(u"V", ftWideString, 32);
-        table.AddRow({TmvVariant(WideString(c.major))});
-        server.AddResult(sql, std::move(table));
-      }
-    }
-    if (c.major) {
-      TmvMemoryTable owners;
-      owners.AddColumn(u"NAME", ftWideString, 32);
-      owners.AddRow({TmvVariant(WideString(u"informix  "))}).AddRow({TmvVariant(WideString(u"shop"))});
-      server.AddResult(kInformixSchemasQuery, std::move(owners));
+      for (const char16_t* sql : {kInformixProbeQuery, kInformixVersionQuery})
+        server.AddResult(sql, mvtest::TextColumn(u"V", {c.major}));
+      server.AddResult(kInformixSchemasQuery, mvtest::TextColumn(u"NAME", {u"informix  ", u"shop"}));
     }
     // The owners' list reads the version first.
     provider_.SetServerVersion(svInformixDS8);
     provider_.SetDetectServerVersion(true);
-    EXPECT_EQ(provider_.IsSupportConnectedServer(&metadata, nullptr), c.answer);
-    context_.SetMetadataProvider(&metadata);
+    EXPECT_EQ(provider_.IsSupportConnectedServer(&server.metadata, nullptr), c.answer);
+    context_.SetMetadataProvider(&server.metadata);
     std::vector<WideString> owners;
     provider_.GetSchemasList(&context_, &server, owners, nullptr);
     context_.SetMetadataProvider(nullptr);
