@@ -568,7 +568,12 @@ void TmvQueryBuilder::ClearMetadataByMask(WideStringView objectMask, WideStringV
 void TmvQueryBuilder::MetadataLoaded() {
   if (OnMetadataLoaded) OnMetadataLoaded(this);
   RefreshDatasourcesMetadata();
+  MetadataLoadedNotification.Fire(this);
 }
+
+void TmvQueryBuilder::NotifyAsyncLoadingStarted() { AsyncLoadingStartedNotification.Fire(this); }
+
+void TmvQueryBuilder::NotifyAsyncLoadingCompleted() { AsyncLoadingCompletedNotification.Fire(this); }
 
 void TmvQueryBuilder::PostRaiseAsyncException(std::exception_ptr error) {
   std::weak_ptr<bool> alive = alive_;

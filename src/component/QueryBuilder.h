@@ -194,6 +194,11 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   TmvNotificationEvent ActiveSubQueryChangedNotification;
   TmvNotificationEvent ActiveUnionSubQueryChangingNotification;
   TmvNotificationEvent ActiveUnionSubQueryChangedNotification;
+  // A background load of metadata began, ended, and put its objects in the
+  // container (the metadata tree shows its loading node and reloads).
+  TmvNotificationEvent AsyncLoadingStartedNotification;
+  TmvNotificationEvent AsyncLoadingCompletedNotification;
+  TmvNotificationEvent MetadataLoadedNotification;
 
   // --- Host events (the model's own are declared by TmvQueryModelHost) ---
   std::function<void(TmvQueryBuilder*, const WideString& sql, const WideString& error, const WideString& tokenText,
@@ -229,6 +234,8 @@ class TmvQueryBuilder : public TmvQueryModelHost, public ImvMetadataLoadingOwner
   // --- ImvMetadataLoadingOwner ---
   TmvMetadataContainer* MetadataContainer() override { return TmvQueryModelHost::MetadataContainer(); }
   void MetadataLoaded() override;
+  void NotifyAsyncLoadingStarted() override;
+  void NotifyAsyncLoadingCompleted() override;
   void PostRaiseAsyncException(std::exception_ptr error) override;
 
  protected:

@@ -21,6 +21,7 @@ void RegisterOnce() {
         {u"mvQBGCGrouping", u"Grouping"},
         {u"mvQBGCCriteria", u"Criteria"},
         {u"mvQBGCOr", u"Or..."},
+        {u"mvQBMetadataTreeLoading", u"Loading..."},
     });
     return true;
   }();

@@ -13,6 +13,7 @@
 #include "support/Exceptions.h"
 #include "surface/DragData.h"
 #include "surface/QtText.h"
+#include "surface/SurfaceMessages.h"
 
 namespace mv {
 
@@ -67,9 +68,32 @@ TmvTreeViewMetadata::TmvTreeViewMetadata(TmvQueryBuilder* builder, QWidget* pare
       // The model refused the object (the dialect or the host): nothing added.
     }
   });
+  builder_->AsyncLoadingStartedNotification.AddHandler(TmvHandlerId(this, 0),
+                                                       [this](TmvObject*) { NotifyAsyncLoadingStarted(); });
+  builder_->AsyncLoadingCompletedNotification.AddHandler(TmvHandlerId(this, 1),
+                                                         [this](TmvObject*) { NotifyAsyncLoadingCompleted(); });
+  builder_->MetadataLoadedNotification.AddHandler(TmvHandlerId(this, 2), [this](TmvObject*) { ReloadNodes(); });
+}
+
+TmvTreeViewMetadata::~TmvTreeViewMetadata() {
+  builder_->AsyncLoadingStartedNotification.RemoveHandler(TmvHandlerId(this, 0));
+  builder_->AsyncLoadingCompletedNotification.RemoveHandler(TmvHandlerId(this, 1));
+  builder_->MetadataLoadedNotification.RemoveHandler(TmvHandlerId(this, 2));
+}
+
+void TmvTreeViewMetadata::NotifyAsyncLoadingStarted() {
+  if (topLevelItemCount() > 0 || loadingNode_) return;
+  loadingNode_ = new QTreeWidgetItem(this, {SurfaceText(u"mvQBMetadataTreeLoading")});
+}
+
+void TmvTreeViewMetadata::NotifyAsyncLoadingCompleted() {
+  if (!loadingNode_) return;
+  clear();
+  loadingNode_ = nullptr;
 }
 
 void TmvTreeViewMetadata::ReloadNodes() {
+  loadingNode_ = nullptr;
   FillTree(*this, BuildMetadataTree(*builder_));
   if (topLevelItemCount() > 0) setCurrentItem(topLevelItem(0));
 }

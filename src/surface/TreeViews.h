@@ -14,13 +14,18 @@ class TmvQueryBuilder;
 TmvObject* TreeItemObject(const QTreeWidgetItem* item);
 
 // The container's objects: a double click on an object adds it to the
-// active SELECT, and an object dragged onto a work area lands there.
+// active SELECT, and an object dragged onto a work area lands there. While
+// the builder loads metadata in the background an empty tree shows a
+// loading node; the tree fills when the objects have come.
 class TmvTreeViewMetadata : public QTreeWidget {
   Q_OBJECT
  public:
   TmvTreeViewMetadata(TmvQueryBuilder* builder, QWidget* parent = nullptr);
+  ~TmvTreeViewMetadata() override;
   // Builds the tree afresh from the container.
   void ReloadNodes();
+  void NotifyAsyncLoadingStarted();
+  void NotifyAsyncLoadingCompleted();
 
  protected:
   QStringList mimeTypes() const override { return {}; }
@@ -28,6 +33,7 @@ class TmvTreeViewMetadata : public QTreeWidget {
 
  private:
   TmvQueryBuilder* builder_;
+  QTreeWidgetItem* loadingNode_ = nullptr;
 };
 
 // The query as sub-queries, unions, fields and datasources; selecting a

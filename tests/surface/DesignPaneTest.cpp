@@ -289,6 +289,17 @@ class DesignPaneTest : public QObject {
     emit metadata.itemDoubleClicked(invoice, 0);
     QVERIFY2(Sql().contains(QStringLiteral("Invoice")), qPrintable(Sql()));
 
+    // A background load shows a loading node only in an empty tree.
+    metadata.NotifyAsyncLoadingStarted();
+    QVERIFY(metadata.findItems(QStringLiteral("Loading..."), Qt::MatchExactly).isEmpty());
+    metadata.clear();
+    metadata.NotifyAsyncLoadingStarted();
+    QCOMPARE(metadata.topLevelItem(0)->text(0), QStringLiteral("Loading..."));
+    metadata.NotifyAsyncLoadingCompleted();
+    QCOMPARE(metadata.topLevelItemCount(), 0);
+    builder_->MetadataLoadedNotification.Fire(builder_.get());  // the objects have come
+    QVERIFY(metadata.topLevelItemCount() > 0);
+
     TmvTreeViewQueryStructure structure(builder_.get());
     structure.UpdateQueryStructure();
     QTreeWidgetItem* track =
