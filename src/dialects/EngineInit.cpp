@@ -3,12 +3,15 @@
 #include "dialects/EngineInit.h"
 
 #include "dialects/access/AccessSyntaxProvider.h"
+#include "dialects/advantage/AdvantageSyntaxProvider.h"
 #include "dialects/db2/DB2SyntaxProvider.h"
 #include "dialects/firebird/FirebirdSyntaxProvider.h"
 #include "dialects/informix/InformixSyntaxProvider.h"
 #include "dialects/interbase/IBSyntaxProvider.h"
+#include "dialects/mimersql/MimerSQLSyntaxProvider.h"
 #include "dialects/mssql/MSSQLSyntaxProvider.h"
 #include "dialects/mysql/MYSQLSyntaxProvider.h"
+#include "dialects/netezza/NetezzaSyntaxProvider.h"
 #include "dialects/oracle/OracleSyntaxProvider.h"
 #include "dialects/pgsql/PGSQLSyntaxProvider.h"
 #include "dialects/sql2003/SQL2003SyntaxProvider.h"
@@ -46,6 +49,9 @@ constexpr void (*kDialects[])() = {
     &TmvMSAccessSyntaxProvider::RegisterDialect,
     &TmvSybaseSyntaxProvider::RegisterDialect,
     &TmvSQLiteSyntaxProvider::RegisterDialect,
+    &TmvNetezzaSyntaxProvider::RegisterDialect,
+    &TmvAdvantageSyntaxProvider::RegisterDialect,
+    &TmvMimerSQLSyntaxProvider::RegisterDialect,
     &TmvUniversalSyntaxProvider::RegisterDialect,
     // Not in that table: it stands for whichever of the others it detects.
     &TmvAutoSyntaxProvider::RegisterDialect,

@@ -30,6 +30,11 @@ class TmvSQL2003SyntaxProvider : public TmvInformationSchemaSyntaxProvider {
   WideString CreateWrapperForStoredProc(WideStringView call) const override;
   void BeginBuildWrapperForStoredProc(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) const override;
   void EndBuildWrapperForStoredProc(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) const override;
+
+ protected:
+  // A provider built on this one that has its own row of the capability
+  // matrix.
+  explicit TmvSQL2003SyntaxProvider(std::string_view className) : TmvInformationSchemaSyntaxProvider(className) {}
 };
 
 // The reserved words of SQL-2003, separated by blanks.
