@@ -9,6 +9,8 @@
 #include <initializer_list>
 #include <vector>
 
+#include "dialects/EngineInit.h"
+#include "frontend/SQLContext.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
@@ -41,6 +43,45 @@ class ScriptedServer : public mv::TmvMemoryConnection {
     Open();
   }
   mv::TmvConnectionMetadataProvider metadata;
+};
+
+// A catalog test over one dialect: the scripted server, open, whose
+// metadata provider the context reads through, the dialect's provider and a
+// container set on the context.
+template <class Provider>
+class CatalogFixture : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { mv::InitializeEngine(); }
+  void SetUp() override {
+    metadata_.SetConnection(&server_);
+    server_.Open();
+    Use(provider_);
+    container_ = mv::TmvCreate<mv::TmvMetadataContainer>(nullptr, &context_);
+    context_.SetMetadataContainer(container_.get());
+  }
+  void TearDown() override {
+    context_.SetMetadataContainer(nullptr);
+    container_.reset();
+    context_.SetMetadataProvider(nullptr);
+    context_.SetSyntaxProvider(nullptr);
+  }
+  // Puts `provider` (this fixture's or another) on the context.
+  void Use(Provider& provider) {
+    context_.SetSyntaxProvider(&provider);
+    context_.SetMetadataProvider(&metadata_);
+  }
+  // The statements the server received, in order.
+  std::vector<mv::WideString> Sent() const {
+    std::vector<mv::WideString> sent;
+    for (const auto& statement : server_.Received()) sent.push_back(statement.Sql);
+    return sent;
+  }
+
+  mv::TmvMemoryConnection server_;
+  mv::TmvConnectionMetadataProvider metadata_;
+  Provider provider_;
+  mv::TmvBaseSQLContext context_;
+  mv::TmvOwned<mv::TmvMetadataContainer> container_;
 };
 
 // An object a load should have put into the container, in its place.

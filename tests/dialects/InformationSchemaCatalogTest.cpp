@@ -4,6 +4,7 @@
 // any other.
 #include <gtest/gtest.h>
 
+#include "ScriptedServer.h"
 #include "dialects/EngineInit.h"
 #include "dialects/sql2003/SQL2003SyntaxProvider.h"
 #include "dialects/sql92/SQL92SyntaxProvider.h"
@@ -29,35 +30,12 @@ TmvMemoryTable Table(std::initializer_list<const char16_t*> columns,
   return table;
 }
 
-class InformationSchemaCatalogTest : public ::testing::Test {
+class InformationSchemaCatalogTest : public mvtest::CatalogFixture<TmvSQL92SyntaxProvider> {
  protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
   void SetUp() override {
-    metadata_.SetConnection(&server_);
-    server_.Open();
-    context_.SetSyntaxProvider(&provider_);
-    context_.SetMetadataProvider(&metadata_);
-    container_ = TmvCreate<TmvMetadataContainer>(nullptr, &context_);
-    context_.SetMetadataContainer(container_.get());
+    CatalogFixture::SetUp();
     server_.AddResult(kInformationSchemaDefaultDatabaseQuery, Table({u"CATALOG_NAME"}, {{u"shop"}}));
   }
-  void TearDown() override {
-    context_.SetMetadataContainer(nullptr);
-    container_.reset();
-    context_.SetMetadataProvider(nullptr);
-    context_.SetSyntaxProvider(nullptr);
-  }
-  std::vector<WideString> Sent() const {
-    std::vector<WideString> sent;
-    for (const auto& statement : server_.Received()) sent.push_back(statement.Sql);
-    return sent;
-  }
-
-  TmvMemoryConnection server_;
-  TmvConnectionMetadataProvider metadata_;
-  TmvSQL92SyntaxProvider provider_;
-  TmvBaseSQLContext context_;
-  TmvOwned<TmvMetadataContainer> container_;
 };
 
 }  // namespace

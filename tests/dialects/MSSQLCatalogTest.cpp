@@ -5,6 +5,7 @@
 // landed.
 #include <gtest/gtest.h>
 
+#include "ScriptedServer.h"
 #include "dialects/EngineInit.h"
 #include "dialects/mssql/MSSQLCatalog.h"
 #include "dialects/mssql/MSSQLCatalogQueries.h"
@@ -29,34 +30,10 @@ TmvMemoryTable Column(const char16_t* name, std::initializer_list<TmvVariant> va
   return table;
 }
 
-class MSSQLCatalogTest : public ::testing::Test {
+class MSSQLCatalogTest : public mvtest::CatalogFixture<TmvMSSQLSyntaxProvider> {
  protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
-  void SetUp() override {
-    metadata_.SetConnection(&server_);
-    server_.Open();
-    Use(provider_);
-    container_ = TmvCreate<TmvMetadataContainer>(nullptr, &context_);
-    context_.SetMetadataContainer(container_.get());
-  }
-  void TearDown() override {
-    context_.SetMetadataContainer(nullptr);
-    container_.reset();
-    context_.SetMetadataProvider(nullptr);
-    context_.SetSyntaxProvider(nullptr);
-  }
-  void Use(TmvMSSQLSyntaxProvider& provider) {
-    context_.SetSyntaxProvider(&provider);
-    context_.SetMetadataProvider(&metadata_);
-  }
   void AnswerVersion(int major) {
     server_.AddResult(kMSSQLVersionQuery, TmvMemoryTable().AddColumn(u"VersionMajor", ftInteger).AddRow({major}));
-  }
-  // The statements the server received, in order.
-  std::vector<WideString> Sent() const {
-    std::vector<WideString> sent;
-    for (const auto& statement : server_.Received()) sent.push_back(statement.Sql);
-    return sent;
   }
   std::string Objects() const {
     std::string text;
@@ -67,12 +44,6 @@ class MSSQLCatalogTest : public ::testing::Test {
     }
     return text;
   }
-
-  TmvMemoryConnection server_;
-  TmvConnectionMetadataProvider metadata_;
-  TmvMSSQLSyntaxProvider provider_;
-  TmvBaseSQLContext context_;
-  TmvOwned<TmvMetadataContainer> container_;
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "CatalogLines.h"
+#include "ScriptedServer.h"
 #include "dialects/EngineInit.h"
 #include "dialects/sybase/SybaseCatalog.h"
 #include "dialects/sybase/SybaseCatalogQueries.h"
@@ -39,35 +40,7 @@ std::string Describe(const TmvMetadataField& field) {
   return UTF8Encode(field.FieldTypeName()) + "(" + size + ")" + mvtest::NullAndKey(field);
 }
 
-class SybaseCatalogTest : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() { InitializeEngine(); }
-  void SetUp() override {
-    metadata_.SetConnection(&server_);
-    server_.Open();
-    context_.SetSyntaxProvider(&provider_);
-    context_.SetMetadataProvider(&metadata_);
-    container_ = TmvCreate<TmvMetadataContainer>(nullptr, &context_);
-    context_.SetMetadataContainer(container_.get());
-  }
-  void TearDown() override {
-    context_.SetMetadataContainer(nullptr);
-    container_.reset();
-    context_.SetMetadataProvider(nullptr);
-    context_.SetSyntaxProvider(nullptr);
-  }
-  std::vector<WideString> Sent() const {
-    std::vector<WideString> sent;
-    for (const auto& statement : server_.Received()) sent.push_back(statement.Sql);
-    return sent;
-  }
-
-  TmvMemoryConnection server_;
-  TmvConnectionMetadataProvider metadata_;
-  TmvSybaseSyntaxProvider provider_;
-  TmvBaseSQLContext context_;
-  TmvOwned<TmvMetadataContainer> container_;
-};
+class SybaseCatalogTest : public mvtest::CatalogFixture<TmvSybaseSyntaxProvider> {};
 
 }  // namespace
 
