@@ -12,36 +12,41 @@ void TAccessSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TS
     TastExtender::BuildSQLForNode(node, builder, format);
     return;
   }
+  BuildSelectWithTopAndInto(*select, Top.get(), IntoTable.get(), builder, format);
+}
+
+void BuildSelectWithTopAndInto(TSQLSubQuerySelectExpression& select, TastNode* top, TastNode* into,
+                               TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
   builder.WriteKeyword(u"Select");
   builder.AddIndent(format.IndentInPart());
-  select->BuildSelectMode(builder, format);
-  if (Top) {
+  select.BuildSelectMode(builder, format);
+  if (top) {
     builder.Space(3);
-    Top->BuildSQL(builder, format);
+    top->BuildSQL(builder, format);
   }
   if (format.NewLineAfterPartKeywords())
     builder.NewLine();
-  else if (select->SelectItems && select->SelectItems->GetCount() > 0)
+  else if (select.SelectItems && select.SelectItems->GetCount() > 0)
     builder.Space(3);
-  select->BuildSelectListItems(builder, format);
+  select.BuildSelectListItems(builder, format);
   builder.EndIndent();
-  if (IntoTable) {
+  if (into) {
     builder.NewLineOrSpace(format.MainPartsFromNewLine(), 0);
     builder.WriteKeyword(u"Into");
     builder.AddIndent(format.IndentInPart());
     builder.NewLineOrSpace(format.NewLineAfterPartKeywords(), 1);
-    IntoTable->BuildSQL(builder, format);
+    into->BuildSQL(builder, format);
     builder.EndIndent();
   }
-  select->BuildFromClause(builder, format);
-  select->BuildWhereClause(builder, format);
-  select->BuildGroupByClause(builder, format);
-  select->BuildHavingClause(builder, format);
-  select->BuildOrderByClause(builder, format);
+  select.BuildFromClause(builder, format);
+  select.BuildWhereClause(builder, format);
+  select.BuildGroupByClause(builder, format);
+  select.BuildHavingClause(builder, format);
+  select.BuildOrderByClause(builder, format);
   // Clauses the dialect cannot read, brought along by a tree of another
   // dialect, are printed rather than dropped.
-  select->BuildResultOffsetClause(builder, format);
-  select->BuildFetchFirstClause(builder, format);
+  select.BuildResultOffsetClause(builder, format);
+  select.BuildFetchFirstClause(builder, format);
 }
 
 }  // namespace mv

@@ -19,6 +19,11 @@ class TAccessSubQuerySelectExpressionExtender : public TastExtender {
   void BuildSQLForNode(TastNode* node, TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) override;
 };
 
+// Prints a select as Access writes one (Select [mode] [Top ...] items
+// [Into name] From ...); dialects with the same clauses print through it.
+void BuildSelectWithTopAndInto(TSQLSubQuerySelectExpression& select, TastNode* top, TastNode* into,
+                               TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+
 // The extender of that class on a node, or null.
 template <class T>
 T* AccessExtenderOf(const TastNode* node) {
