@@ -154,4 +154,8 @@ WideString TmvAdvantageSyntaxProvider::GetDateTime(const TSQLExpressionItem* exp
   return StringValue(expression);
 }
 
+bool TmvAdvantageSyntaxProvider::IsValidIdent(WideStringView text) const {
+  return text.empty() || text.front() != u'[';
+}
+
 }  // namespace mv

@@ -20,6 +20,9 @@ class TmvAdvantageSyntaxProvider : public TmvMatrixSyntaxProvider {
   const TmvScannerClass& GetScannerClass() const override;
   const TmvParserClass& GetParserClass() const override;
   std::vector<int32_t> GetStringTokenIds() const override;
+  // A name that starts with "[" reads as a name in brackets: it is valid
+  // only quoted.
+  bool IsValidIdent(WideStringView text) const override;
 
   void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
   // False for char, varchar, binary and varbinary.
