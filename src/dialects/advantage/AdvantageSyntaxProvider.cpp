@@ -2,10 +2,12 @@
 
 #include "AdvantagePars.h"
 #include "AdvantageScan.h"
+#include "dialects/advantage/AdvantageCatalog.h"
 #include "dialects/advantage/AdvantageNodes.h"
 #include "frontend/KeywordResources.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataProvider.h"
 #include "sqlgen/SQLBuilder.h"
 #include "support/FormatSettings.h"
 #include "support/TextHelpers.h"
@@ -156,6 +158,43 @@ WideString TmvAdvantageSyntaxProvider::GetDateTime(const TSQLExpressionItem* exp
 
 bool TmvAdvantageSyntaxProvider::IsValidIdent(WideStringView text) const {
   return text.empty() || text.front() != u'[';
+}
+
+TmvSyntaxSupportConectedServer TmvAdvantageSyntaxProvider::IsSupportConnectedServer(
+    TmvBaseMetadataProvider* metadataProvider, TmvObject* /*owner*/) const {
+  return IsConnectedServerIsAdvantage(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+}
+
+TmvOwned<TSQLQualifiedName> TmvAdvantageSyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
+                                                                               TmvConnection* connection) {
+  if (auto name = GetDefaultDatabaseNameAdvantage(context, connection)) return name;
+  return TmvMatrixSyntaxProvider::GetDefaultDatabaseName(context, connection);
+}
+
+void TmvAdvantageSyntaxProvider::GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                  std::vector<WideString>& list) {
+  if (!GetDatabasesListAdvantage(context, connection, list))
+    TmvMatrixSyntaxProvider::GetDatabasesList(context, connection, list);
+}
+
+void TmvAdvantageSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                     TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                     const TSQLQualifiedName* database) {
+  if (!LoadMetadataObjectsAdvantage(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvAdvantageSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                       TmvMetadataContainer* container,
+                                                       const TmvMetadataFilter* filter,
+                                                       const TSQLQualifiedName* database) {
+  if (!LoadMetadataRelationsAdvantage(context, connection, container, filter, database))
+    TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
+
+void TmvAdvantageSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                               TmvMetadataObject* object) {
+  LoadFieldsForObjectAdvantage(context, connection, object);
 }
 
 }  // namespace mv

@@ -24,6 +24,21 @@ class TmvAdvantageSyntaxProvider : public TmvMatrixSyntaxProvider {
   // only quoted.
   bool IsValidIdent(WideStringView text) const override;
 
+  // The catalog of the server (AdvantageCatalog.h) by its system
+  // procedures; each operation but the probe and the fields falls back on
+  // the base where the server refuses.
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
+  void GetDatabasesList(TmvBaseSQLContext* context, TmvConnection* connection,
+                        std::vector<WideString>& list) override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
+
   void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
   // False for char, varchar, binary and varbinary.
   bool IsFixedSizeType(WideStringView typeName) const override;

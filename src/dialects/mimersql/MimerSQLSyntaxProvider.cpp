@@ -2,7 +2,9 @@
 
 #include "MimerSQLPars.h"
 #include "MimerSQLScan.h"
+#include "dialects/mimersql/MimerSQLCatalog.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataProvider.h"
 #include "support/TextHelpers.h"
 
 namespace mv {
@@ -42,5 +44,35 @@ WideString TmvMimerSQLSyntaxProvider::CreateWrapperForStoredProc(WideStringView 
 void TmvMimerSQLSyntaxProvider::BeginBuildWrapperForStoredProc(TSQLBuilder&, const TSQLBuilderSelectFormat&) const {}
 
 void TmvMimerSQLSyntaxProvider::EndBuildWrapperForStoredProc(TSQLBuilder&, const TSQLBuilderSelectFormat&) const {}
+
+TmvSyntaxSupportConectedServer TmvMimerSQLSyntaxProvider::IsSupportConnectedServer(
+    TmvBaseMetadataProvider* metadataProvider, TmvObject* /*owner*/) const {
+  return IsConnectedServerIsMimerSQL(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+}
+
+TmvOwned<TSQLQualifiedName> TmvMimerSQLSyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* /*context*/,
+                                                                              TmvConnection* /*connection*/) {
+  return nullptr;
+}
+
+void TmvMimerSQLSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                    TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                    const TSQLQualifiedName* database) {
+  if (!LoadMetadataObjectsMimerSQL(context, connection, container, filter, database))
+    TmvSQL2003SyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvMimerSQLSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                      TmvMetadataContainer* container,
+                                                      const TmvMetadataFilter* filter,
+                                                      const TSQLQualifiedName* database) {
+  if (!LoadMetadataRelationsMimerSQL(context, connection, container, filter, database))
+    TmvSQL2003SyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
+
+void TmvMimerSQLSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                              TmvMetadataObject* object) {
+  LoadFieldsForObjectMimerSQL(context, connection, object);
+}
 
 }  // namespace mv

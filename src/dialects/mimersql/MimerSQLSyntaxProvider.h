@@ -21,6 +21,19 @@ class TmvMimerSQLSyntaxProvider : public TmvSQL2003SyntaxProvider {
   const TmvParserClass& GetParserClass() const override;
   std::vector<int32_t> GetStringTokenIds() const override;
 
+  // The catalog of the server (MimerSQLCatalog.h): objects and foreign keys
+  // fall back on the base where the server refuses; there is no default
+  // database.
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
+
   // False for the character, national character and binary types that take
   // a length, their large-object forms included.
   bool IsFixedSizeType(WideStringView typeName) const override;

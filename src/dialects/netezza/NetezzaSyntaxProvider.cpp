@@ -2,11 +2,13 @@
 
 #include "NetezzaPars.h"
 #include "NetezzaScan.h"
+#include "dialects/netezza/NetezzaCatalog.h"
 #include "dialects/netezza/NetezzaNodes.h"
 #include "dialects/pgsql/PGSQLSyntaxProvider.h"
 #include "frontend/KeywordResources.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvidersList.h"
+#include "metadata/MetadataProvider.h"
 #include "support/Exceptions.h"
 #include "support/TextHelpers.h"
 #include "tree/NodeRegistry.h"
@@ -107,6 +109,48 @@ TmvOwned<TSQLSubSelectStatement> TmvNetezzaSyntaxProvider::TransformQueryLimits(
   }
   result->PrepareAndFixupRecursive();
   return result;
+}
+
+TmvSyntaxSupportConectedServer TmvNetezzaSyntaxProvider::IsSupportConnectedServer(
+    TmvBaseMetadataProvider* metadataProvider, TmvObject* /*owner*/) const {
+  return IsConnectedServerIsNetezza(metadataProvider, metadataProvider ? metadataProvider->Connection() : nullptr);
+}
+
+TmvOwned<TSQLQualifiedName> TmvNetezzaSyntaxProvider::GetDefaultDatabaseName(TmvBaseSQLContext* context,
+                                                                             TmvConnection* connection) {
+  if (auto name = GetDefaultDatabaseNameNetezza(context, connection)) return name;
+  return TmvSQL2003SyntaxProvider::GetDefaultDatabaseName(context, connection);
+}
+
+void TmvNetezzaSyntaxProvider::GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                     TSQLIdentifiersCollection& names) {
+  if (!GetDefaultSchemaNamesNetezza(context, connection, names))
+    TmvSQL2003SyntaxProvider::GetDefaultSchemaNames(context, connection, names);
+}
+
+void TmvNetezzaSyntaxProvider::GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection,
+                                              std::vector<WideString>& list, const TSQLQualifiedName* database) {
+  if (!GetSchemasListNetezza(context, connection, database, list))
+    TmvSQL2003SyntaxProvider::GetSchemasList(context, connection, list, database);
+}
+
+void TmvNetezzaSyntaxProvider::LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                   TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                   const TSQLQualifiedName* database) {
+  if (!LoadMetadataObjectsNetezza(context, connection, container, filter, database))
+    TmvSQL2003SyntaxProvider::LoadMetadataObjects(context, connection, container, filter, database);
+}
+
+void TmvNetezzaSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                     TmvMetadataContainer* container, const TmvMetadataFilter* filter,
+                                                     const TSQLQualifiedName* database) {
+  if (!LoadMetadataRelationsNetezza(context, connection, container, filter, database))
+    TmvSQL2003SyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
+}
+
+void TmvNetezzaSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                             TmvMetadataObject* object) {
+  LoadFieldsForObjectNetezza(context, connection, object);
 }
 
 }  // namespace mv

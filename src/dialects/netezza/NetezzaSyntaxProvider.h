@@ -27,6 +27,22 @@ class TmvNetezzaSyntaxProvider : public TmvSQL2003SyntaxProvider {
   // bit varying.
   bool IsFixedSizeType(WideStringView typeName) const override;
 
+  // The catalog of the server (NetezzaCatalog.h); each operation but the
+  // probe and the fields falls back on the base where the server refuses.
+  TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,
+                                                          TmvObject* owner) const override;
+  TmvOwned<TSQLQualifiedName> GetDefaultDatabaseName(TmvBaseSQLContext* context, TmvConnection* connection) override;
+  void GetDefaultSchemaNames(TmvBaseSQLContext* context, TmvConnection* connection,
+                             TSQLIdentifiersCollection& names) override;
+  void GetSchemasList(TmvBaseSQLContext* context, TmvConnection* connection, std::vector<WideString>& list,
+                      const TSQLQualifiedName* database) override;
+  void LoadMetadataObjects(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                           const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
+                             const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
+
   // True for any statement: the texts of its LIMIT and OFFSET.
   bool GetQueryLimits(const TSQLSubSelectStatement* statement, WideString& offset, WideString& count) const override;
   // The clone with LIMIT count and OFFSET offset, each only for a text that

@@ -1,7 +1,10 @@
 #include "metadata/fetchers/CatalogSteps.h"
 
+#include "frontend/SQLContext.h"
+#include "metadata/MetadataObject.h"
 #include "metadata/MetadataProvider.h"
 #include "metadata/dataset/DataSet.h"
+#include "metadata/fetchers/FieldsFetcher.h"
 #include "metadata/fetchers/NamesFetchers.h"
 #include "metadata/fetchers/RelationsFetcher.h"
 #include "tree/QualifiedNames.h"
@@ -18,6 +21,48 @@ WideString FirstColumnOrEmpty(TmvBaseMetadataProvider& provider, TmvConnection* 
   } catch (const Exception&) {
     return {};
   }
+}
+
+namespace {
+
+// Every row names a key column.
+class TKeyColumnsFetcher final : public TmvMetadataFieldsFetcherFromQuery {
+ public:
+  using TmvMetadataFieldsFetcherFromQuery::TmvMetadataFieldsFetcherFromQuery;
+
+ protected:
+  bool CanCalcPrimaryKey() override { return true; }
+  bool CalcIsPrimaryKey() override { return true; }
+};
+
+}  // namespace
+
+TmvSyntaxSupportConectedServer CatalogProbeAnswer(TmvBaseMetadataProvider* provider, TmvConnection* connection,
+                                                  WideStringView sql) {
+  if (!provider || !provider->GetCanExecSQL()) return scsDontKnow;
+  try {
+    auto dataset = provider->ExecSQLDatasetUR(connection, sql, nullptr);
+    return dataset && !dataset->Eof() ? scsSupport : scsNotSupport;
+  } catch (const Exception&) {
+    return scsNotSupport;
+  }
+}
+
+WideString OtherDatabaseName(TmvBaseSQLContext* context, const TSQLQualifiedName* database,
+                             const TSQLQualifiedName* current) {
+  if (!database || database->GetCount() == 0) return {};
+  if (current && context && context->IsQualifiedNamesEqual(current, database)) return {};
+  return database->GetQualifiedNameWithoutQuotes();
+}
+
+bool TryMarkCatalogKeyFields(TmvBaseSQLContext* context, TmvConnection* connection, const WideString& sql,
+                             WideStringView nameField, TmvMetadataObject* object) {
+  if (!object) return false;
+  TKeyColumnsFetcher fetcher(context, connection);
+  fetcher.SQL = sql;
+  fetcher.NameFieldName = WideString(nameField);
+  fetcher.SetTrimSpaces(true);
+  return TryLoadCatalogFields(fetcher, object);
 }
 
 WideString FirstNamePart(const TSQLQualifiedName* database) {

@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "frontend/SyntaxProvider.h"
 #include "metadata/fetchers/FetcherBase.h"
 #include "support/Exceptions.h"
 
@@ -12,6 +13,7 @@ namespace mv {
 
 class TmvMetadataContainer;
 class TmvMetadataFilter;
+class TmvMetadataObject;
 class TmvMetadataRelationsFetcherFromQuery;
 class TSQLIdentifiersCollection;
 class TSQLQualifiedName;
@@ -49,6 +51,22 @@ bool TryLoadCatalogFields(Fetcher& fetcher, Object* object) {
 // The first column of the first row of `sql`; empty when there is none or
 // the server refuses the statement.
 WideString FirstColumnOrEmpty(TmvBaseMetadataProvider& provider, TmvConnection* connection, WideStringView sql);
+
+// A probe's answer: scsDontKnow without SQL, scsSupport when `sql` gives a
+// row, scsNotSupport when it gives none or the server refuses it.
+TmvSyntaxSupportConectedServer CatalogProbeAnswer(TmvBaseMetadataProvider* provider, TmvConnection* connection,
+                                                  WideStringView sql);
+
+// The name of `database` without quotes when it names another database than
+// `current` (the connected one, may be null); empty for none or the same.
+WideString OtherDatabaseName(TmvBaseSQLContext* context, const TSQLQualifiedName* database,
+                             const TSQLQualifiedName* current);
+
+// Marks as key columns the fields of `object` that the column `nameField` of
+// `sql` names (a field not listed yet is added); false when the server
+// refuses the statement.
+bool TryMarkCatalogKeyFields(TmvBaseSQLContext* context, TmvConnection* connection, const WideString& sql,
+                             WideStringView nameField, TmvMetadataObject* object);
 
 // The first part of `database` (a database link, a server); empty for none.
 WideString FirstNamePart(const TSQLQualifiedName* database);
