@@ -19,6 +19,7 @@
 #include "dialects/sql92/SQL92SyntaxProvider.h"
 #include "dialects/sqlite/SQLiteSyntaxProvider.h"
 #include "dialects/sybase/SybaseSyntaxProvider.h"
+#include "dialects/teradata/TeradataSyntaxProvider.h"
 #include "dialects/universal/AutoSyntaxProvider.h"
 #include "dialects/universal/UniversalSyntaxProvider.h"
 #include "frontend/SQLError.h"
@@ -49,6 +50,7 @@ constexpr void (*kDialects[])() = {
     &TmvMSAccessSyntaxProvider::RegisterDialect,
     &TmvSybaseSyntaxProvider::RegisterDialect,
     &TmvSQLiteSyntaxProvider::RegisterDialect,
+    &TmvTeradataSyntaxProvider::RegisterDialect,
     &TmvNetezzaSyntaxProvider::RegisterDialect,
     &TmvAdvantageSyntaxProvider::RegisterDialect,
     &TmvMimerSQLSyntaxProvider::RegisterDialect,

@@ -68,9 +68,6 @@ TEST(ParseCommand, WrongCommandLines) {
   EXPECT_EQ(dialect.exitCode, 2);
   EXPECT_NE(dialect.err.find("unknown dialect 'klingon'"), std::string::npos) << dialect.err;
   EXPECT_NE(dialect.err.find("available: sql92"), std::string::npos) << dialect.err;
-  auto missing = RunMvsql({"parse", "--dialect", "teradata"}, "SELECT 1");
-  EXPECT_EQ(missing.exitCode, 2);
-  EXPECT_NE(missing.err.find("dialect 'teradata' is not in this build"), std::string::npos) << missing.err;
   EXPECT_EQ(RunMvsql({"parse", "--batch"}).exitCode, 2);
 }
 
