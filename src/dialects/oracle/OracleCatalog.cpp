@@ -6,6 +6,7 @@
 #include "metadata/MetadataProvider.h"
 #include "metadata/fetchers/CatalogSteps.h"
 #include "metadata/fetchers/FetcherBase.h"
+#include "metadata/fetchers/FieldsFetcher.h"
 #include "metadata/fetchers/ObjectsFetcher.h"
 #include "metadata/fetchers/RelationsFetcher.h"
 #include "support/Exceptions.h"
@@ -25,6 +26,12 @@ bool LoadKind(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadata
   fetcher.SchemaFieldName = u"OWNER";
   fetcher.NameFieldName = nameField;
   if (descriptionField) fetcher.ShortDescriptionFieldName = descriptionField;
+  if (&objectClass == &TmvMetadataSynonym::StaticClass()) {
+    // What a synonym stands for, on the far side of its link if it has one.
+    fetcher.ReferencedDatabaseFieldName = u"DB_LINK";
+    fetcher.ReferencedSchemaFieldName = u"TABLE_OWNER";
+    fetcher.ReferencedNameFieldName = u"TABLE_NAME";
+  }
   fetcher.SetDefaultObjectClass(&objectClass);
   auto system = TastCreate<TSQLIdentifiersCollection>(context);
   for (const char16_t* schema : kOracleSystemSchemas) system->AddIdentifier(schema);
@@ -97,6 +104,26 @@ bool LoadMetadataRelationsOracle(TmvBaseSQLContext* context, TmvConnection* conn
   UseStandardRelationColumns(fetcher, true);
   fetcher.KeySequenceFieldName = u"ORDINAL";
   return TryLoadCatalogMetadata(fetcher, container, filter, database);
+}
+
+bool LoadFieldsForObjectOracle(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object) {
+  TmvBaseMetadataProvider* provider = CatalogSqlProvider(context);
+  if (!provider || !object) return false;
+  WideString schema = object->Schema() ? object->SchemaStrNotQuoted() : WideString();
+  if (schema.empty()) schema = provider->TrimName(FirstColumnOrEmpty(*provider, connection, kOracleDefaultSchemaQuery));
+  TmvMetadataFieldsFetcherFromQuery fetcher(context, connection);
+  fetcher.SQL = kOracleFieldsQuery;
+  fetcher.Params().CreateParam(ftWideString, u"ObjectSchema").SetAsWideString(schema);
+  fetcher.Params().CreateParam(ftWideString, u"ObjectName").SetAsWideString(object->NameStrNotQuoted());
+  fetcher.NameFieldName = u"COLUMN_NAME";
+  fetcher.TypeFieldName = u"DATA_TYPE";
+  fetcher.SizeFieldName = u"DATA_LENGTH";
+  fetcher.PrecisionFieldName = u"DATA_PRECISION";
+  fetcher.ScaleFieldName = u"DATA_SCALE";
+  fetcher.NullableFieldName = u"NULLABLE";
+  fetcher.NullableTrueValue = WideString(u"Y");
+  fetcher.NullableFalseValue = WideString(u"N");
+  return TryLoadCatalogFields(fetcher, object);
 }
 
 }  // namespace mv

@@ -13,6 +13,7 @@ namespace mv {
 class TSQLIdentifiersCollection;
 class TmvMetadataContainer;
 class TmvMetadataFilter;
+class TmvMetadataObject;
 
 // Oracle when the probe's first field names it; scsDontKnow without SQL.
 TmvSyntaxSupportConectedServer IsConnectedServerIsOracle(TmvBaseMetadataProvider* provider, TmvConnection* connection);
@@ -37,5 +38,9 @@ bool LoadMetadataObjectsOracle(TmvBaseSQLContext* context, TmvConnection* connec
 bool LoadMetadataRelationsOracle(TmvBaseSQLContext* context, TmvConnection* connection,
                                  TmvMetadataContainer* container, const TmvMetadataFilter* filter,
                                  const TSQLQualifiedName* database);
+
+// The columns of a table or view by ALL_TAB_COLUMNS, the owner and name
+// passed as parameters; an object without a schema is the current schema's.
+bool LoadFieldsForObjectOracle(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataObject* object);
 
 }  // namespace mv

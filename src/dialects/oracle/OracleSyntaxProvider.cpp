@@ -430,4 +430,9 @@ void TmvOracleSyntaxProvider::LoadMetadataRelations(TmvBaseSQLContext* context, 
     TmvMatrixSyntaxProvider::LoadMetadataRelations(context, connection, container, filter, database);
 }
 
+void TmvOracleSyntaxProvider::LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                                            TmvMetadataObject* object) {
+  LoadFieldsForObjectOracle(context, connection, object);
+}
+
 }  // namespace mv

@@ -59,6 +59,9 @@ class TmvOracleSyntaxProvider : public TmvMatrixSyntaxProvider {
                            const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
   void LoadMetadataRelations(TmvBaseSQLContext* context, TmvConnection* connection, TmvMetadataContainer* container,
                              const TmvMetadataFilter* filter, const TSQLQualifiedName* database) override;
+  // The columns by the catalog, the object's owner and name as parameters.
+  void LoadFieldsForObjectFromServer(TmvBaseSQLContext* context, TmvConnection* connection,
+                                     TmvMetadataObject* object) override;
   // No effect: the grammar has no select into.
   bool GetDenyIntoClause() const { return denyIntoClause_; }
   void SetDenyIntoClause(bool value) { denyIntoClause_ = value; }
