@@ -1,0 +1,1 @@
+with w (x) as (select _latin 'a' from t) select top 3 with ties a (integer) (format 'z9'), b ** 2 mod 3, U&"n" uescape '!' from db.t where a eq 1 and b ^= 2 and c = 'FF'xb and d is not until_changed group by cube(a, b) qualify row_number() over (partition by a order by b rows unbounded preceding) = 1 minus select * from w order by 1 nulls last
