@@ -80,6 +80,8 @@ TEST_F(TeradataDialectTest, ReadsAndPrintsBack) {
        "interval '1' day to hour, current_timestamp(0), current_date at local, sum(c) returns dec(9, 2) from t",
        "Select a (Integer) (Format 'z9'), Cast(b As VarChar(10) Character Set latin Not CaseSpecific), "
        "Interval '1' Day To Hour, Current_TimeStamp(0), Current_Date At Local, Sum(c) Returns Dec(9, 2) From t"},
+      // A quoted True stays a name.
+      {"select \"true\", \"TRUE\", \"x\" from t", "Select \"true\", \"TRUE\", x From t"},
       {"select a from t where a is not until_changed and b overlaps c and d = any (1, 2)",
        "Select a From t Where a Is Not Until_Changed And b Overlaps c And d = Any(1, 2)"},
       // No !< and no name of three parts; K is a keyword.

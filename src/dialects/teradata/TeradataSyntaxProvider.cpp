@@ -66,6 +66,10 @@ std::vector<int32_t> TmvTeradataSyntaxProvider::GetStringTokenIds() const {
   return {TeradataScanner::tkStringToken, TeradataScanner::tkUnicodeStringToken};
 }
 
+bool TmvTeradataSyntaxProvider::IsValidIdent(WideStringView text) const {
+  return !WideSameText(text, u"true") && !WideSameText(text, u"false");
+}
+
 void TmvTeradataSyntaxProvider::GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const {
   list.Clear();
   const WideString names = UTF8Decode(kTeradataBuiltinNames);

@@ -21,6 +21,9 @@ class TmvTeradataSyntaxProvider : public TmvMatrixSyntaxProvider {
   const TmvScannerClass& GetScannerClass() const override;
   const TmvParserClass& GetParserClass() const override;
   std::vector<int32_t> GetStringTokenIds() const override;
+  // True and False read as names only where no value may stand, so they
+  // keep their quotes.
+  bool IsValidIdent(WideStringView text) const override;
 
   void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
   // False for char, varchar, varying, binary and varbinary.
