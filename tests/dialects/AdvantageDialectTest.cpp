@@ -42,6 +42,7 @@ TEST_F(AdvantageDialectTest, ReadsAndPrintsBack) {
       // Names in brackets print in the dialect's quotes.
       {"select distinct top 5 percent [a b], \"c\" from [t x]", "Select Distinct Top 5 Percent \"a b\", c From \"t x\""},
       {"select a << 2 | b & 3 ^ c >> 1, -a % 2 from t", "Select a << 2 | b & 3 ^ c >> 1, -a % 2 From t"},
+      {"select a // to the line's end\r\nfrom t -- and this", "Select a From t"},
       // A name that starts with a bracket keeps its quotes.
       {"select \"[1,2]\" from t", "Select \"[1,2]\" From t"},
       // IIF takes the condition and one value.

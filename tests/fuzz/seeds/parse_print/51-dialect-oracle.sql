@@ -1,0 +1,1 @@
+with q (x, y) as (select a, b from s.t@lnk t where a != 1 and b.x(+) = 1) select unique connect_by_root x, sys_connect_by_path(y, '/'), level, rowid, n'x', f(p => 1), a at time zone 'UTC', interval '1-2' year to month, max(a) keep (dense_rank first order by b) over (partition by c) from q start with x = 1 connect by nocycle prior x = y order siblings by x desc nulls last

@@ -1,0 +1,1 @@
+select * from t partition (p1) sample block (10) seed (3) x, table(f(1)) y, only (v) w where x.a is not nan and x.b is of type (only t1) model dimension by (a) measures (b) rules (b[1] = 2) minus select cast(multiset(select a from u) as tt), cursor(select b from v), 1 from dual for update of a nowait

@@ -1,0 +1,1 @@
+with w (c) as (select 1) select db..t.a as x, y = b, cast(a as numeric(10, 2)), current_catalog from db..t, w, table(f(1)) z where a > 1 or b minus select c, 1, 2, 3 from w intersect all select c, 1, 2, 3 from u order by 1 nulls last limit 5 offset 10

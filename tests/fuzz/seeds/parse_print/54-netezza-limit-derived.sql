@@ -1,0 +1,1 @@
+select a from (select b from u limit 2) x where exists (select 1 from v except all select 2 from w) union all select a from t order by a limit 3

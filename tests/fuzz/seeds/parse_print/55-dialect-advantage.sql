@@ -1,0 +1,1 @@
+select distinct top 5 percent [a b], "c", iif(a > 1, 'x'), position('a' in b), x = c, a << 2 | b & 3 ^ c >> 1, -a % 2 from [t x] where contains(b, 'word') or contains(*, 'x') and a <> 1 union all select top 1 1, 2, 3, 4, 5, 6, 7 from u order by 1

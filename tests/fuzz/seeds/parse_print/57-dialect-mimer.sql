@@ -1,0 +1,1 @@
+select n'x', x'1f', u&'y', y = b, cast(a as national character varying(10)), interval '1' day(2) from (select b, c from u) x (p, q), f(1) g where a > 1 or not b = 2 union distinct select 1, 2, 3, 4, 5, 6 from t union all select 1, 2, 3, 4, 5, 6 from v

@@ -1,0 +1,1 @@
+select case when a between 1 and 2 then 'a' else 'b' end, coalesce(b, 0), substring(c from 2 for 3) from t left outer join u on t.a = u.a cross join v where t.x like 'a%' escape '!' group by 1, 2, 3 having count(*) > 1 order by 1 desc
