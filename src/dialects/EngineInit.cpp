@@ -6,6 +6,7 @@
 #include "dialects/advantage/AdvantageSyntaxProvider.h"
 #include "dialects/db2/DB2SyntaxProvider.h"
 #include "dialects/firebird/FirebirdSyntaxProvider.h"
+#include "dialects/forms/QueryPropsForm.h"
 #include "dialects/informix/InformixSyntaxProvider.h"
 #include "dialects/interbase/IBSyntaxProvider.h"
 #include "dialects/mimersql/MimerSQLSyntaxProvider.h"
@@ -65,6 +66,7 @@ void InitializeEngine() {
   RegisterFrontendMessages();
   RegisterMetadataMessages();
   for (auto registerDialect : kDialects) registerDialect();
+  RegisterQueryPropsForms();
 }
 
 }  // namespace mv

@@ -49,6 +49,7 @@ class TSQLQualifiedName;
 class TSQLIdentifiersCollection;
 class TastTokenIdentifier;
 class TmvBaseSQLContext;
+enum class TmvEditPropsTarget : uint8_t;
 
 // How a server treats the case of identifiers.
 enum TmvIdentCaseSensitivity : uint8_t {
@@ -242,6 +243,9 @@ class TmvBaseSyntaxProvider : public TmvPersistent {
   virtual bool IsVariablePrecisionType(WideStringView typeName) const;
   // No size is printed after such a type.
   virtual bool IsFixedSizeType(WideStringView) const { return true; }
+  // The class of the properties form (frontend/PropertiesForm.h) that edits
+  // such an object in this dialect; empty for none.
+  virtual WideString GetEditPropsFormClass(TmvEditPropsTarget) const { return {}; }
   // Sets the ExpressionType and ExpressionTypeName of an expression where
   // they can be told: constants, bound columns, logical expressions, calls
   // the dialect knows, a sub-query of one column; false otherwise.

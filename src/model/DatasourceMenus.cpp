@@ -8,6 +8,7 @@
 #include "metadata/MetadataRelation.h"
 #include "model/Datasources.h"
 #include "model/ModelMessages.h"
+#include "model/PropertyForms.h"
 #include "model/QueryTree.h"
 #include "tree/QualifiedNames.h"
 
@@ -21,6 +22,10 @@ TmvMenuItem& AddMenuItem(TmvMenu& menu, const char16_t* key, std::function<void(
   if (enabled) item.Action = std::move(action);
   menu.push_back(std::move(item));
   return menu.back();
+}
+
+TmvMenuItem& AddEditPropsItem(TmvMenu& menu, TmvQueryBuilderControlOwner* object) {
+  return AddMenuItem(menu, mvQBEdit, [object] { EditProps(object); }, CanEditProps(object));
 }
 
 namespace {
@@ -114,6 +119,7 @@ TmvMenu TmvDatasource::GetPopupMenu(ImvControl*) {
   AddMenuItem(menu, mvQBUncheckAll, [this] { UncheckAllFields(); });
   AddMenuItem(menu, u"-", nullptr);
   AddMenuItem(menu, mvQBRemove, [this] { RequestDestroy(); });
+  AddEditPropsItem(menu, this);
   AddMenuItem(menu, mvQBAftofitHeight, [this] { AutofitHeight(this); });
   AddLinkedObjectsMenu(menu);
   return menu;
@@ -127,6 +133,7 @@ TmvMenu TmvDataSourceObject::GetPopupMenu(ImvControl*) {
   AddMenuItem(menu, mvQBRemove, [this] { RequestDestroy(); });
   if (TmvSubQuery* cte = CteSubQuery()) AddMenuItem(menu, mvQBDeleteCTE, [cte] { cte->RemoveCTEEvent(); });
   AddLinkedObjectsMenu(menu);
+  AddEditPropsItem(menu, this);
   AddMenuItem(menu, mvQBAftofitHeight, [this] { AutofitHeight(this); });
   return menu;
 }
@@ -140,6 +147,7 @@ TmvMenu TmvDatasourceQuery::GetPopupMenu(ImvControl*) {
     if (SubQuery() && Host()) Host()->SetActiveSubQuery(SubQuery());
   });
   AddMenuItem(menu, mvQBRemove, [this] { RequestDestroy(); });
+  AddEditPropsItem(menu, this);
   AddMenuItem(menu, mvQBAftofitHeight, [this] { AutofitHeight(this); });
   return menu;
 }

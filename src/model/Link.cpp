@@ -429,8 +429,7 @@ TmvMenu TmvLink::GetPopupMenu(ImvControl*) {
     side(rightDatasource_, rightType_ == ltOuter, [this] { SelectAllRowsFromRight(); });
     AddMenuItem(menu, u"-", nullptr);
   }
-  // The link's properties form is the designer's; the entry is there, off.
-  AddMenuItem(menu, mvQBEdit, nullptr, false).Default = true;
+  AddEditPropsItem(menu, this).Default = true;
   return menu;
 }
 

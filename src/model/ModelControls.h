@@ -126,5 +126,8 @@ using TmvMenu = std::vector<TmvMenuItem>;
 // Appends an entry of `key` (u"-" for a line) captioned in the current
 // language; a disabled entry gets no action. The entry, for more settings.
 TmvMenuItem& AddMenuItem(TmvMenu& menu, const char16_t* key, std::function<void()> action, bool enabled = true);
+// The entry that opens the object's properties form, enabled when the
+// dialect has a form for it (model/PropertyForms.h).
+TmvMenuItem& AddEditPropsItem(TmvMenu& menu, TmvQueryBuilderControlOwner* object);
 
 }  // namespace mv

@@ -43,6 +43,8 @@ void RegisterModelMessages() {
         {mvQBSwitchToDerivedTable, u"Switch to Derived Table"},
         {mvQBBadFieldName, u"Invalid field name: %s"},
         {mvQBBadExpression, u"\"%s\" is not valid expression"},
+        {mvQBDuplicatedAlias, u"Alias \"%s\" already exists"},
+        {mvQBDuplicatedName, u"Name \"%s\" already exists"},
         {mvQBLinksToFirstDatasource, u"Links cannot be added to the first datasource of the group"},
         {mvQBCantSelectExpression, u"This expression is not selectable"},
         {mvQBColumnNameAlreadyUsed, u"The column with same name already exists in the current sub-query."},

@@ -7,6 +7,7 @@
 #include "model/Datasources.h"
 #include "model/ModelMessages.h"
 #include "model/QueryStatistics.h"
+#include "model/PropertyForms.h"
 #include "model/QueryTree.h"
 #include "support/Exceptions.h"
 
@@ -16,6 +17,7 @@ MV_DEFINE_CLASS(TmvQueryModelHost, TmvObject)
 
 TmvQueryModelHost::TmvQueryModelHost() : context_(TmvCreate<TmvBaseSQLContext>()) {
   RegisterModelMessages();
+  RegisterModelPropertiesForms();
   container_ = TmvCreate<TmvMetadataContainer>(nullptr, context_.get());
   context_->SetMetadataContainer(container_.get());
   logHelper_.SetPrefix(WideFormat(u"TmvQueryBuilder(%p).", {static_cast<const void*>(this)}));

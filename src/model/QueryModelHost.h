@@ -78,12 +78,17 @@ struct TmvUserMessageParams {
 
 // Questions the model asks the user; a host without dialogs answers them
 // itself or leaves them unset (then the question is answered "no").
+class TmvQBPropertiesForm;
+
 class ImvUserInteraction {
  public:
   virtual ~ImvUserInteraction() = default;
   // False when the user cancels; `value` holds the default on entry.
   virtual bool InputBox(const WideString& caption, const WideString& prompt, WideString& value) = 0;
   virtual bool Confirm(const WideString& message) = 0;
+  // Shows a properties form (model/PropertyForms.h) modally; true when the
+  // user pressed OK and the form's CheckCanClose passed.
+  virtual bool ShowPropertiesForm(TmvQBPropertiesForm& /*form*/) { return false; }
 };
 
 class TmvQueryModelHost : public TmvObject {

@@ -96,7 +96,7 @@ TmvMenu TmvUnionSubQuery::GetPopupMenu(ImvControl* control) {
   }
   TmvMenuItem& unions = AddMenuItem(menu, mvUnionSubMenu, nullptr);
   AddUnionEntries(unions.SubItems, this, provider);
-  AddMenuItem(menu, mvQBEdit, nullptr, false).Default = true;
+  AddEditPropsItem(menu, this).Default = true;
   return menu;
 }
 

@@ -1,5 +1,6 @@
 #include "dialects/matrix/MatrixSyntaxProvider.h"
 
+#include "frontend/PropertiesForm.h"
 #include "support/Exceptions.h"
 #include "tree/QualifiedNamesList.h"
 
@@ -28,7 +29,43 @@ void AddNames(TSQLQualifiedNamesList& list, const char16_t* names) {
   ForEachListEntry(names, [&](WideStringView name) { list.AddBuiltin(WideString(name)); });
 }
 
+// The form that edits a SELECT's properties, by provider row; a row not
+// listed (SQL-89, Informix, Mimer SQL) has none.
+constexpr std::pair<std::string_view, const char16_t*> kQueryPropsForms[] = {
+    {"TmvSQL92SyntaxProvider", u"TmvQueryPropsForm"},
+    {"TmvSQL2003SyntaxProvider", u"TmvQueryPropsForm"},
+    {"TmvMSSQLSyntaxProvider", u"TmvQueryPropsMSForm"},
+    {"TmvMSSQLCESyntaxProvider", u"TmvQueryPropsMSForm"},
+    {"TmvOracleSyntaxProvider", u"TmvQueryPropsOracleForm"},
+    {"TmvMYSQLSyntaxProvider", u"TmvQueryPropsMYForm"},
+    {"TmvPGSQLSyntaxProvider", u"TmvQueryPropsPgForm"},
+    {"TmvIBSyntaxProvider", u"TmvQueryPropsIbForm"},
+    {"TmvFirebirdSyntaxProvider", u"TmvQueryPropsFbForm"},
+    {"TmvDB2SyntaxProvider", u"TmvQueryPropsDB2Form"},
+    {"TmvMSAccessSyntaxProvider", u"TmvQueryPropsAccessForm"},
+    {"TmvSybaseSyntaxProvider", u"TmvQueryPropsSbForm"},
+    {"TmvSQLiteSyntaxProvider", u"TmvQueryPropsSQLiteForm"},
+    {"TmvTeradataSyntaxProvider", u"TmvQueryPropsTeradataForm"},
+    {"TmvNetezzaSyntaxProvider", u"TmvQueryPropsNetezzaForm"},
+    {"TmvAdvantageSyntaxProvider", u"TmvQueryPropsAdvantageForm"},
+    {"TmvUniversalSyntaxProvider", u"TmvQueryPropsForm"},
+};
+
 }  // namespace
+
+WideString TmvMatrixSyntaxProvider::GetEditPropsFormClass(TmvEditPropsTarget target) const {
+  switch (target) {
+    case TmvEditPropsTarget::Link:
+      return u"TmvLinkPropsForm";
+    case TmvEditPropsTarget::Datasource:
+      return u"TmvDatasourcePropsForm";
+    case TmvEditPropsTarget::UnionSubQuery:
+      for (const auto& [className, form] : kQueryPropsForms)
+        if (className == row_.className) return form;
+      return {};
+  }
+  return {};
+}
 
 TmvMatrixSyntaxProvider::TmvMatrixSyntaxProvider(std::string_view className) : row_(RowOf(className)) {
   if (!row_.identCaseSensByDescriptor) SetIdentCaseSens(row_.identCaseSens);

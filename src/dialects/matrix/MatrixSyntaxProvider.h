@@ -34,6 +34,8 @@ class TmvMatrixSyntaxProvider : public TmvBaseSyntaxProvider {
   void GetMultiParamAggregateNames(TSQLQualifiedNamesList& list) const override;
   void GetComparisonOperators(std::vector<std::string>& list) const override;
   void GetUnionOperatorsList(std::vector<WideString>& list) const override;
+  // The link and datasource forms, and the query form of the provider's row.
+  WideString GetEditPropsFormClass(TmvEditPropsTarget target) const override;
 
   // The value of a setting that a conditional answer depends on; 0 unless
   // the dialect has the setting.

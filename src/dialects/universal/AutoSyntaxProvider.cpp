@@ -386,6 +386,10 @@ bool TmvAutoSyntaxProvider::IsFixedSizeType(WideStringView a0) const {
   return Internal()->IsFixedSizeType(a0);
 }
 
+WideString TmvAutoSyntaxProvider::GetEditPropsFormClass(TmvEditPropsTarget target) const {
+  return Internal()->GetEditPropsFormClass(target);
+}
+
 bool TmvAutoSyntaxProvider::CalcAggregateCallType(TSQLExpressionAggregate* aggregate) const {
   return Internal()->CalcAggregateCallType(aggregate);
 }

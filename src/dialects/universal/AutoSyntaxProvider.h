@@ -104,6 +104,7 @@ class TmvAutoSyntaxProvider : public TmvBaseSyntaxProvider {
   void EndBuildWrapperForStoredProc(TSQLBuilder& a0, const TSQLBuilderSelectFormat& a1) const override;
   bool IsVariablePrecisionType(WideStringView typeName) const override;
   bool IsFixedSizeType(WideStringView a0) const override;
+  WideString GetEditPropsFormClass(TmvEditPropsTarget target) const override;
   bool CalcAggregateCallType(TSQLExpressionAggregate* aggregate) const override;
   bool CalcFunctionCallType(TSQLExpressionFunction* a0) const override;
   int FindFieldInFieldsList(const TSQLObjectColumn* column, const TmvMetadataFieldsList* fields) const override;
