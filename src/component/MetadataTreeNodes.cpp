@@ -2,8 +2,11 @@
 // group levels of the grouping type (database, schema, kind of object).
 #include <algorithm>
 
+#include "component/MetadataListing.h"
 #include "component/QueryBuilder.h"
 #include "component/TreeNodes.h"
+
+#include "component/MetadataListing.h"
 #include "frontend/SQLContext.h"
 #include "frontend/SyntaxProvider.h"
 #include "metadata/MetadataContainer.h"
@@ -27,29 +30,6 @@ TmvTreeNode* TmvTreeNode::AddChild(WideString text, int imageIndex, TmvObject* d
 
 namespace {
 
-enum ObjectKind { kTable, kView, kProcedure, kSynonym, kOther };
-
-ObjectKind KindOf(const TmvMetadataObject* object) {
-  if (TmvCast<TmvMetadataTable>(object)) return kTable;
-  if (TmvCast<TmvMetadataView>(object)) return kView;
-  if (TmvCast<TmvMetadataProcedure>(object)) return kProcedure;
-  if (TmvCast<TmvMetadataSynonym>(object)) return kSynonym;
-  return kOther;
-}
-
-int CompareTokens(const TastToken* a, const TastToken* b) {
-  return WideCompareText(a ? WideStringView(a->Token) : WideStringView(), b ? WideStringView(b->Token) : WideStringView());
-}
-
-// Absent first, then by the number of parts, then part by part from the outermost.
-int CompareNames(const TSQLQualifiedName* a, const TSQLQualifiedName* b) {
-  const int countA = a ? a->Items.Count() : 0, countB = b ? b->Items.Count() : 0;
-  if (countA != countB) return countA < countB ? -1 : 1;
-  for (int i = countA - 1; i >= 0; --i)
-    if (int order = CompareTokens(a->Token(i), b->Token(i))) return order;
-  return 0;
-}
-
 class MetadataTreeBuilder {
  public:
   explicit MetadataTreeBuilder(TmvQueryBuilder& builder)
@@ -62,7 +42,7 @@ class MetadataTreeBuilder {
     TmvMetadataContainer* container = builder_.MetadataContainer();
     std::vector<TmvMetadataObject*> objects;
     for (int i = 0; i < container->Count(); ++i) objects.push_back(container->Items(i));
-    Sort(objects);
+    SortMetadataObjects(objects, options_, print_);
     singleDatabase_ = options_.HideSingleDatabaseNode() && IsSingleDatabase(objects);
     for (TmvMetadataObject* object : objects) Enter(object);
     for (auto& node : top_.Children) Expand(*node, 1);
@@ -70,28 +50,6 @@ class MetadataTreeBuilder {
   }
 
  private:
-  WideString NameKey(const TmvMetadataObject* object) const {
-    if (print_.UseAltNames() && !object->AltName().empty()) return object->AltName();
-    return object->NameStrNotQuoted();
-  }
-
-  void Sort(std::vector<TmvMetadataObject*>& objects) const {
-    const TmvQBObjectsSortingType sorting = options_.SortingType();
-    if (sorting == ostNone) return;
-    auto location = [](const TmvMetadataObject* a, const TmvMetadataObject* b) {
-      if (int order = CompareNames(a->DBLink(), b->DBLink())) return order;
-      if (int order = CompareNames(a->Database(), b->Database())) return order;
-      return CompareTokens(a->Schema(), b->Schema());
-    };
-    std::stable_sort(objects.begin(), objects.end(), [&](TmvMetadataObject* a, TmvMetadataObject* b) {
-      const int kind = int(KindOf(a)) - int(KindOf(b));
-      if (sorting == ostTypeName && kind) return kind < 0;
-      if (int order = location(a, b)) return order < 0;
-      if (sorting == ostSchemaTypeName && kind) return kind < 0;
-      return WideCompareText(NameKey(a), NameKey(b)) < 0;
-    });
-  }
-
   bool IsSingleDatabase(const std::vector<TmvMetadataObject*>& objects) const {
     if (objects.size() < 2) return true;
     return std::all_of(objects.begin(), objects.end(), [&](const TmvMetadataObject* object) {
@@ -105,16 +63,16 @@ class MetadataTreeBuilder {
     WideString groupText;
     int groupImage, userImage, systemImage;
   };
-  KindRow Row(ObjectKind kind) const {
+  KindRow Row(TmvMetadataObjectKind kind) const {
     const auto& o = options_;
     switch (kind) {
-      case kTable:
+      case mokTable:
         return {o.ShowUserTables(), o.ShowSystemTables(), o.TablesNodeName(), o.TablesNodeImageIndex(),
                 o.UserTablesImageIndex(), o.SystemTablesImageIndex()};
-      case kView:
+      case mokView:
         return {o.ShowUserViews(), o.ShowSystemViews(), o.ViewsNodeName(), o.ViewsNodeImageIndex(),
                 o.UserViewsImageIndex(), o.SystemViewsImageIndex()};
-      case kProcedure:
+      case mokProcedure:
         return {o.ShowUserProcedures(), o.ShowSystemProcedures(), o.ProceduresNodeName(),
                 o.ProceduresNodeImageIndex(), o.UserProceduresImageIndex(), o.SystemProceduresImageIndex()};
       default:
@@ -163,10 +121,8 @@ class MetadataTreeBuilder {
   }
 
   void Enter(TmvMetadataObject* object) {
-    const ObjectKind kind = KindOf(object);
-    if (kind == kOther || !object->Visible()) return;
-    const KindRow row = Row(kind);
-    if (!(object->System() ? row.system : row.user)) return;
+    if (!IsShownByTreeOptions(object, options_)) return;
+    const KindRow row = Row(MetadataObjectKind(object));
     // The levels of the grouping, outermost first: d database, s schema, t type.
     static const char* const kLevels[] = {"", "d", "t", "ds", "dt", "td", "dst", "dts", "tds"};
     const std::string levels = kLevels[options_.GroupingType()];

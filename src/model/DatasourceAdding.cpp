@@ -12,6 +12,7 @@
 #include "metadata/MetadataQualifiedNamesList.h"
 #include "metadata/MetadataRelation.h"
 #include "model/Datasources.h"
+#include "model/PropertyForms.h"
 #include "model/QueryTree.h"
 #include "tree/FromClause.h"
 #include "tree/QualifiedNames.h"
@@ -283,7 +284,14 @@ TmvDatasource* TmvUnionSubQuery::AddStoredProcAt(const WideString& name, TmvPoin
     host->OnQueryProcedureParameters(host, name, procedure, call, abort);
     if (abort) return nullptr;
   }
-  // Without the host's answer the parameters dialog would ask; headless, that is a cancel.
+  // Without the host's answer the user is asked for the parameter values;
+  // no one to ask is a cancel.
+  if (!host->OnQueryProcedureParameters) {
+    TmvProcedureParamsForm form(name);
+    ImvUserInteraction* interaction = host->UserInteraction();
+    if (!interaction || !interaction->ShowPropertiesForm(form)) return nullptr;
+    call = form.GetResultExpression();
+  }
   if (call.empty()) return nullptr;
   return AddFromExpressionAt(context->SyntaxProvider()->CreateWrapperForStoredProc(call), position, alias);
 }

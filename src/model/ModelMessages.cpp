@@ -45,6 +45,7 @@ void RegisterModelMessages() {
         {mvQBBadExpression, u"\"%s\" is not valid expression"},
         {mvQBDuplicatedAlias, u"Alias \"%s\" already exists"},
         {mvQBDuplicatedName, u"Name \"%s\" already exists"},
+        {mvQBAllObjects, u"(All objects)"},
         {mvQBLinksToFirstDatasource, u"Links cannot be added to the first datasource of the group"},
         {mvQBCantSelectExpression, u"This expression is not selectable"},
         {mvQBColumnNameAlreadyUsed, u"The column with same name already exists in the current sub-query."},

@@ -51,6 +51,7 @@ inline constexpr const char16_t* mvQBBadFieldName = u"mvQBBadFieldName";
 inline constexpr const char16_t* mvQBBadExpression = u"mvQBBadExpression";
 inline constexpr const char16_t* mvQBDuplicatedAlias = u"mvQBDuplicatedAlias";
 inline constexpr const char16_t* mvQBDuplicatedName = u"mvQBDuplicatedName";
+inline constexpr const char16_t* mvQBAllObjects = u"mvQBAllObjects";
 inline constexpr const char16_t* mvQBLinksToFirstDatasource = u"mvQBLinksToFirstDatasource";
 // Select list.
 inline constexpr const char16_t* mvQBCantSelectExpression = u"mvQBCantSelectExpression";

@@ -174,6 +174,21 @@ void TmvDatasourcePropsForm::SaveProps() {
       cte->RenameCTE(name.get());
 }
 
+// --- Procedure parameters ---
+
+TmvProcedureParamsForm::TmvProcedureParamsForm(WideString procedureName)
+    : TmvQBPropertiesForm(u"TmvProcedureParams", {}), name_(std::move(procedureName)) {
+  SetCaption(u"Edit Procedure Parameter Values");
+  AddControls({
+      {K::Label, u"lPrompt", u"Edit parameter values for selected procedure:", {}, {}, {}, {}},
+      {K::Edit, u"eParams", name_ + u"(", {}, {}, {}, {}},
+      {K::Label, u"lRight", u")", {}, {}, {}, {}},
+  });
+  SetFocusControl(u"eParams");
+}
+
+WideString TmvProcedureParamsForm::GetResultExpression() const { return name_ + u"(" + Text(u"eParams") + u")"; }
+
 // --- Opening a form ---
 
 namespace {

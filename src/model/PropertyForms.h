@@ -46,6 +46,19 @@ class TmvDatasourcePropsForm : public TmvQBPropertiesForm {
   WideString oldObject_, oldAlias_;
 };
 
+// The values of a procedure's parameters, asked when a procedure becomes a
+// datasource and the host does not answer for them: "name(" values ")".
+class TmvProcedureParamsForm : public TmvQBPropertiesForm {
+ public:
+  explicit TmvProcedureParamsForm(WideString procedureName);
+  void LoadProps() override {}
+  void SaveProps() override {}
+  WideString GetResultExpression() const;
+
+ private:
+  WideString name_;
+};
+
 // The form class the dialect gives for the object; empty for none or for an
 // object that has no form.
 WideString EditPropsFormClass(TmvQueryBuilderControlOwner* object);

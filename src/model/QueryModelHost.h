@@ -79,6 +79,7 @@ struct TmvUserMessageParams {
 // Questions the model asks the user; a host without dialogs answers them
 // itself or leaves them unset (then the question is answered "no").
 class TmvQBPropertiesForm;
+class TmvUnionSubQuery;
 
 class ImvUserInteraction {
  public:
@@ -89,6 +90,9 @@ class ImvUserInteraction {
   // Shows a properties form (model/PropertyForms.h) modally; true when the
   // user pressed OK and the form's CheckCanClose passed.
   virtual bool ShowPropertiesForm(TmvQBPropertiesForm& /*form*/) { return false; }
+  // The window that adds metadata objects to a SELECT, where there is one.
+  virtual bool CanShowAddObjectDialog() const { return false; }
+  virtual void ShowAddObjectDialog(TmvUnionSubQuery* /*member*/) {}
 };
 
 class TmvQueryModelHost : public TmvObject {

@@ -79,9 +79,10 @@ TmvMenu TmvUnionSubQuery::GetPopupMenu(ImvControl* control) {
     AddUnionEntries(menu, this, provider);
     return menu;
   }
-  // The work area. The add-object and properties forms are the designer's:
-  // their entries are there, off, until it has them.
-  AddMenuItem(menu, mvAddObject, nullptr, false);
+  // The work area. The add-object window is the designer's: off without one.
+  ImvUserInteraction* interaction = Host() ? Host()->UserInteraction() : nullptr;
+  AddMenuItem(menu, mvAddObject, [this, interaction] { interaction->ShowAddObjectDialog(this); },
+              interaction && interaction->CanShowAddObjectDialog());
   const bool main = root && root->GetIsMainQuery();
   AddMenuItem(menu, mvAddSubQuery, [this] { AddSubQueryEvent(); },
               provider && (main ? provider->IsSupportDerivedTables() : provider->IsSupportSubQueryDerivedTables()));

@@ -28,6 +28,9 @@ class TReferenceDialectProvider : public mv::TmvBaseSyntaxProvider {
     reference_->GetUnionOperatorsList(list);
   }
   bool IsFixedSizeType(mv::WideStringView typeName) const override { return reference_->IsFixedSizeType(typeName); }
+  mv::WideString GetEditPropsFormClass(mv::TmvEditPropsTarget target) const override {
+    return reference_->GetEditPropsFormClass(target);
+  }
   mv::WideString ServerName() const override { return reference_->ServerName(); }
 
  private:

@@ -178,7 +178,7 @@ TEST_F(ModelTest, MenusAreData) {
   std::vector<std::string> keys;
   for (const auto& item : menu) keys.push_back(U8(item.Key));
   EXPECT_EQ(keys, (std::vector<std::string>{"mvQBCheckAll", "mvQBUncheckAll", "-", "mvQBRemove", "mvQBAddLinkedObject",
-                                            "mvQBAftofitHeight"}));
+                                            "mvQBEdit", "mvQBAftofitHeight"}));
   const mv::TmvMenuItem& linked = menu[4];
   ASSERT_EQ(linked.SubItems.size(), 1u);
   EXPECT_EQ(U8(linked.SubItems[0].Caption), "No linked objects");

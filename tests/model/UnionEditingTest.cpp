@@ -214,7 +214,7 @@ TEST_F(ModelTest, TheMenusOfASelectsPage) {
             (std::vector<std::string>{"Add Object... (off)", "Add Derived Table", "Add CTE", "  Add New CTE", "Union",
                                       "  New Union Sub-Query",
                                       "  Copy to New Union Sub-Query", "  Enclose in Brackets", "  Remove",
-                                      "Properties... (off)"}));
+                                      "Properties..."}));
   // The last member of the union cannot be removed.
   Load("SELECT a FROM t");
   EXPECT_EQ(Entries(Query()->UnionSubQueries()[0]->GetPopupMenu(nullptr)).at(8), "  Remove (off)");
