@@ -14,6 +14,7 @@
 #include "model/Datasources.h"
 #include "model/Links.h"
 #include "model/PaneGeometry.h"
+#include "model/PropertyForms.h"
 #include "model/QueryTree.h"
 #include "model/SelectList.h"
 #include "surface/DragData.h"
@@ -337,6 +338,11 @@ bool TmvQueryBuilderDataSourceControl::eventFilter(QObject* watched, QEvent* eve
       dragOffset_ = mouse->globalPosition().toPoint() - pos();
       return true;
     }
+    case QEvent::MouseButtonDblClick:
+      // A double click on the caption opens the datasource's properties.
+      moving_ = false;
+      PostModelAction([datasource = datasource_] { EditProps(datasource); });
+      return true;
     case QEvent::MouseMove: {
       auto* mouse = static_cast<QMouseEvent*>(event);
       if (!moving_) break;

@@ -1,5 +1,7 @@
 #include "surface/DesignPane.h"
 
+#include <QInputDialog>
+#include <QMessageBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -8,8 +10,10 @@
 #include "model/Links.h"
 #include "model/QueryTree.h"
 #include "model/SelectList.h"
+#include "surface/AddObjectDialog.h"
 #include "surface/DatasourceControl.h"
 #include "surface/LinkControl.h"
+#include "surface/PropertiesDialog.h"
 #include "surface/QtText.h"
 #include "surface/SelectListGrid.h"
 #include "surface/SubQueryControls.h"
@@ -38,10 +42,12 @@ void TmvDesignPane::SetQueryBuilder(TmvQueryBuilder* builder) {
   if (builder_) {
     builder_->DestroyControls();
     builder_->SetControlFactory(nullptr);
+    if (builder_->UserInteraction() == this) builder_->SetUserInteraction(nullptr);
   }
   builder_ = builder;
   if (!builder_) return;
   builder_->SetControlFactory(this);
+  if (!builder_->UserInteraction()) builder_->SetUserInteraction(this);
   builder_->CreateControls();
   builder_->UpdateVisibleSubQueries();
 }
@@ -149,6 +155,39 @@ void TmvDesignPane::PageChanged(int index) {
   if (changingPages_ || !builder_) return;
   if (auto* sheet = qobject_cast<TmvQueryTabSheet*>(pages_->widget(index)))
     if (builder_->ActiveSubQuery() != sheet->SubQuery()) builder_->SetActiveSubQuery(sheet->SubQuery());
+}
+
+// --- Questions to the user ---
+
+bool TmvDesignPane::InputBox(const WideString& caption, const WideString& prompt, WideString& value) {
+  bool ok = false;
+  const QString text = QInputDialog::getText(window(), ToQString(caption), ToQString(prompt), QLineEdit::Normal,
+                                             ToQString(value), &ok);
+  if (ok) value = FromQString(text);
+  return ok;
+}
+
+bool TmvDesignPane::Confirm(const WideString& message) {
+  return QMessageBox::question(window(), QString(), ToQString(message)) == QMessageBox::Yes;
+}
+
+bool TmvDesignPane::ShowPropertiesForm(TmvQBPropertiesForm& form) { return ShowPropertiesDialog(form, window()); }
+
+bool TmvDesignPane::CanShowAddObjectDialog() const {
+  return builder_ && builder_->AddObjectFormOptions().Enabled();
+}
+
+void TmvDesignPane::ShowAddObjectDialog(TmvUnionSubQuery* member) {
+  if (!builder_) return;
+  if (member && member->RootQuery()) member->RootQuery()->SetActiveUnionSubquery(member);
+  if (builder_->AddObjectFormOptions().ShowAsModal()) {
+    TmvAddObjectDialog dialog(*builder_, window());
+    dialog.exec();
+    return;
+  }
+  auto* dialog = new TmvAddObjectDialog(*builder_, window());
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->show();
 }
 
 }  // namespace mv

@@ -9,6 +9,10 @@
 // a program). Attach a query builder with SetQueryBuilder; the pane does not
 // own it: detach it (SetQueryBuilder(nullptr)) or free the pane before
 // the builder goes.
+//
+// Unless the host set its own, the pane is also the builder's user
+// interaction: it asks for names and confirmations, and shows the
+// properties forms and the add-object window as dialogs.
 #pragma once
 
 #include <QWidget>
@@ -16,6 +20,7 @@
 #include <memory>
 
 #include "model/ModelControls.h"
+#include "model/QueryModelHost.h"
 
 class QTabWidget;
 
@@ -28,7 +33,7 @@ class TmvQueryBuilderDataSourceControl;
 class TmvUnionSubQueryTabSheet;
 class TmvQueryTabSheet;
 
-class TmvDesignPane : public QWidget, public ImvControlFactory {
+class TmvDesignPane : public QWidget, public ImvControlFactory, public ImvUserInteraction {
   Q_OBJECT
  public:
   explicit TmvDesignPane(QWidget* parent = nullptr);
@@ -48,6 +53,13 @@ class TmvDesignPane : public QWidget, public ImvControlFactory {
   ImvControl* CreateControl(TmvQueryBuilderControlOwner* owner, int index) override;
   void ShowControl(ImvControl* control, bool visible) override;
   void DestroyControl(ImvControl* control) override;
+
+  // --- ImvUserInteraction ---
+  bool InputBox(const WideString& caption, const WideString& prompt, WideString& value) override;
+  bool Confirm(const WideString& message) override;
+  bool ShowPropertiesForm(TmvQBPropertiesForm& form) override;
+  bool CanShowAddObjectDialog() const override;
+  void ShowAddObjectDialog(TmvUnionSubQuery* member) override;
 
  private:
   // The tab of a sub-query changed: the model follows.

@@ -36,16 +36,18 @@ void FillQMenu(QMenu& into, const TmvMenu& menu) {
     // The action runs after the event that chose it has ended: it may free
     // the control the menu came from (Remove frees the datasource's box).
     if (item.Action)
-      QObject::connect(action, &QAction::triggered, qApp, [run = item.Action] {
-        QTimer::singleShot(0, qApp, [run] {
-          try {
-            run();
-          } catch (const Exception& error) {
-            QMessageBox::warning(nullptr, QString(), ToQString(error.Message()));
-          }
-        });
-      });
+      QObject::connect(action, &QAction::triggered, qApp, [run = item.Action] { PostModelAction(run); });
   }
+}
+
+void PostModelAction(std::function<void()> action) {
+  QTimer::singleShot(0, qApp, [run = std::move(action)] {
+    try {
+      run();
+    } catch (const Exception& error) {
+      QMessageBox::warning(nullptr, QString(), ToQString(error.Message()));
+    }
+  });
 }
 
 void ExecModelMenu(const TmvMenu& menu, const QPoint& globalPosition, QWidget* parent) {

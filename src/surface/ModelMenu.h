@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QMenu>
+#include <functional>
 
 #include "model/ModelControls.h"
 
@@ -13,6 +14,10 @@ namespace mv {
 // key); a chosen entry's action runs once the event loop is back, and a
 // refusal of the model shows as a message.
 void FillQMenu(QMenu& into, const TmvMenu& menu);
+
+// Runs a model action once the event loop is back (the action may free the
+// control whose event asked for it); a refusal of the model shows as a message.
+void PostModelAction(std::function<void()> action);
 
 // Shows the menu at a point of the screen and runs the chosen entry;
 // nothing happens for an empty menu.

@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include "frontend/SyntaxProvider.h"
+#include "model/PropertyForms.h"
 #include "model/QueryModelHost.h"
 #include "model/QueryTree.h"
 #include "surface/DragData.h"
@@ -170,6 +171,11 @@ void TmvUnionButton::mousePressEvent(QMouseEvent* event) {
   pressed_ = event->button() == Qt::LeftButton;
   pressPoint_ = event->position().toPoint();
   QToolButton::mousePressEvent(event);
+}
+
+void TmvUnionButton::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return QToolButton::mouseDoubleClickEvent(event);
+  PostModelAction([member = member_] { EditProps(member); });
 }
 
 void TmvUnionButton::mouseMoveEvent(QMouseEvent* event) {

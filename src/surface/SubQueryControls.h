@@ -84,6 +84,8 @@ class TmvUnionButton : public QToolButton, public ImvUnionSubQueryNavButtonContr
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;
+  // Opens the member's properties.
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;

@@ -12,6 +12,7 @@
 #include "component/QueryBuilder.h"
 #include "component/TreeNodes.h"
 #include "model/Links.h"
+#include "model/PropertyForms.h"
 #include "model/QueryTree.h"
 #include "support/Exceptions.h"
 #include "surface/DatasourceControl.h"
@@ -91,6 +92,15 @@ void TmvWorkAreaCanvas::mousePressEvent(QMouseEvent* event) {
     return;
   }
   QWidget::mousePressEvent(event);
+}
+
+void TmvWorkAreaCanvas::mouseDoubleClickEvent(QMouseEvent* event) {
+  TmvLinkControl* control = LinkAt(event->position().toPoint());
+  if (!control || event->button() != Qt::LeftButton || !LinksMayChange()) return QWidget::mouseDoubleClickEvent(event);
+  PostModelAction([link = control->Link()] {
+    EditProps(link);
+    if (!link->GetLinkExpression()) link->RequestDestroy();
+  });
 }
 
 void TmvWorkAreaCanvas::keyPressEvent(QKeyEvent* event) {

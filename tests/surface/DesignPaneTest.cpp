@@ -1,12 +1,18 @@
 // The design pane driven as a user drives it, offscreen: each test acts on
 // the widgets and checks the model and the SQL text that follow.
+#include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QListWidget>
 #include <QMenu>
 #include <QMimeData>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QtTest>
+#include <functional>
 
 #include "ReferenceDialect.h"
 #include "component/QueryBuilder.h"
@@ -16,6 +22,7 @@
 #include "model/Datasources.h"
 #include "model/QueryTree.h"
 #include "model/SelectList.h"
+#include "surface/AddObjectDialog.h"
 #include "surface/DatasourceControl.h"
 #include "surface/DesignPane.h"
 #include "surface/DragData.h"
@@ -23,6 +30,7 @@
 #include "surface/LinkGeometry.h"
 #include "surface/LinkPainters.h"
 #include "surface/ModelMenu.h"
+#include "surface/PropertiesDialog.h"
 #include "surface/QtMainThread.h"
 #include "surface/QtText.h"
 #include "surface/SelectListGrid.h"
@@ -65,6 +73,35 @@ class DesignPaneTest : public QObject {
     QDropEvent drop(point, Qt::CopyAction | Qt::LinkAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(target, &drop);
     return drop.isAccepted();
+  }
+  // Acts on the next modal dialog of class D once it shows: `act` fills it
+  // in and presses its buttons; `open` is what opens it.
+  template <class D>
+  static void InDialog(const std::function<void()>& open, const std::function<void(D*)>& act) {
+    bool seen = false;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+      auto* dialog = qobject_cast<D*>(QApplication::activeModalWidget());
+      if (!dialog || seen) return;
+      seen = true;
+      act(dialog);
+      if (dialog->isVisible()) dialog->reject();  // a failed check must not hang the test
+    });
+    poll.start(10);
+    open();
+    QTRY_VERIFY(seen);
+    QCoreApplication::processEvents();
+  }
+  static void Type(QDialog* dialog, const char* edit, const QString& text) {
+    auto* line = dialog->findChild<QLineEdit*>(QString::fromLatin1(edit));
+    QVERIFY2(line && line->isEnabled(), edit);
+    line->clear();
+    QTest::keyClicks(line, text);
+  }
+  static void Press(QDialog* dialog, const char* name) {
+    auto* button = dialog->findChild<QAbstractButton*>(QString::fromLatin1(name));
+    QVERIFY2(button && button->isEnabled(), name);
+    button->click();  // as a click: the offscreen platform may not have laid the dialog out yet
   }
   TmvSelectListGrid* Grid() const {
     return pane_->UnionSubQueryPage(Member())->LowerPanel()->findChild<TmvSelectListGrid*>();
@@ -275,6 +312,80 @@ class DesignPaneTest : public QObject {
     run("mvQBRemove");
     QVERIFY2(!Sql().contains(QStringLiteral("Invoice")), qPrintable(Sql()));
     QCOMPARE(pane_->findChildren<TmvQueryBuilderDataSourceControl*>().size(), 1);
+  }
+
+  // A double click opens an object's properties: the datasource's alias, a
+  // refused alias keeping the dialog open with its message, the link's
+  // outer side, the SELECT's mode; OK writes the text, Cancel nothing.
+  void propertiesDialogsEditTheQuery() {
+    SetSql(u"SELECT c.Name FROM Customer c INNER JOIN Invoice i ON c.CustomerId = i.CustomerId");
+    auto doubleClickCaption = [this] { QTest::mouseDClick(Box(1)->CaptionLabel(), Qt::LeftButton); };
+    InDialog<TmvPropertiesDialog>(doubleClickCaption, [](TmvPropertiesDialog* dialog) {
+      QCOMPARE(dialog->objectName(), QStringLiteral("TmvDatasourcePropsForm"));
+      QVERIFY(dialog->findChild<QLineEdit*>(QStringLiteral("eObject"))->isReadOnly());
+      Type(dialog, "eAlias", QStringLiteral("c"));
+      Press(dialog, "OK");
+      QCOMPARE(dialog->Message(), QStringLiteral("Alias \"c\" already exists"));
+      QVERIFY(dialog->isVisible());
+      Press(dialog, "Cancel");
+    });
+    QVERIFY2(Sql().contains(QStringLiteral("Invoice i ")), qPrintable(Sql()));
+    InDialog<TmvPropertiesDialog>(doubleClickCaption, [](TmvPropertiesDialog* dialog) {
+      Type(dialog, "eAlias", QStringLiteral("inv"));
+      Press(dialog, "OK");
+    });
+    QVERIFY2(Sql().contains(QStringLiteral("Invoice inv On c.CustomerId = inv.CustomerId"), Qt::CaseInsensitive),
+             qPrintable(Sql()));
+    TmvWorkAreaCanvas* canvas = pane_->UnionSubQueryPage(Member())->WorkArea()->Canvas();
+    TmvLinkPath path;
+    QVERIFY(canvas->Links()[0]->CalcPath(path));
+    InDialog<TmvPropertiesDialog>(
+        [&] { QTest::mouseDClick(canvas, Qt::LeftButton, Qt::NoModifier, (path.Points[0] + path.Points[1]) / 2); },
+        [](TmvPropertiesDialog* dialog) {
+          QCOMPARE(dialog->objectName(), QStringLiteral("TmvLinkPropsForm"));
+          Press(dialog, "cbAllFromLeft");
+          Press(dialog, "OK");
+        });
+    QVERIFY2(Sql().contains(QStringLiteral("Customer c Left Join Invoice inv"), Qt::CaseInsensitive), qPrintable(Sql()));
+    TmvUnionButton* button = pane_->findChildren<TmvUnionButton*>().first();
+    InDialog<TmvPropertiesDialog>([&] { QTest::mouseDClick(button, Qt::LeftButton); },
+                                  [](TmvPropertiesDialog* dialog) {
+                                    Press(dialog, "rbDistinct");
+                                    Press(dialog, "OK");
+                                  });
+    QVERIFY2(Sql().startsWith(QStringLiteral("Select Distinct"), Qt::CaseInsensitive), qPrintable(Sql()));
+  }
+
+  // The work area's "Add Object..." lists what the metadata tree shows; the
+  // chosen table is added, and a procedure after its parameter values are
+  // asked for. A hidden tab is not there at all.
+  void addObjectDialogAddsTheChosenObjects() {
+    builder_->MetadataContainer()->AddProcedure(u"Totals");
+    builder_->AddObjectFormOptions().SetSynonymsVisible(false);
+    SetSql(u"SELECT c.Name FROM Customer c");
+    QMenu menu;
+    FillQMenu(menu, Member()->GetPopupMenu(Member()->GetControls(0)));
+    QAction* entry = menu.findChild<QAction*>(QStringLiteral("mvAddObject"));
+    QVERIFY(entry && entry->isEnabled());
+    InDialog<TmvAddObjectDialog>([&] { entry->trigger(); }, [](TmvAddObjectDialog* dialog) {
+      QCOMPARE(dialog->Pages()->count(), 3);
+      QVERIFY(!dialog->Schemas()->isEnabled());  // no schemas at all
+      QListWidget* tables = dialog->List(TmvAddObjectForm::tsTables);
+      tables->findItems(QStringLiteral("Track"), Qt::MatchExactly).first()->setSelected(true);
+      Press(dialog, "bAdd");
+      dialog->Pages()->setCurrentIndex(2);
+      QListWidget* procedures = dialog->List(TmvAddObjectForm::tsProcedures);
+      procedures->item(0)->setSelected(true);
+      // The parameters are asked in a dialog of their own.
+      InDialog<TmvPropertiesDialog>([&] { Press(dialog, "bAdd"); }, [](TmvPropertiesDialog* params) {
+        QCOMPARE(params->objectName(), QStringLiteral("TmvProcedureParams"));
+        Type(params, "eParams", QStringLiteral("2024, 'EUR'"));
+        Press(params, "OK");
+      });
+      Press(dialog, "bClose");
+    });
+    QVERIFY2(Sql().contains(QStringLiteral("Track")), qPrintable(Sql()));
+    QVERIFY2(Sql().contains(QStringLiteral("Totals(2024, 'EUR') Totals_")), qPrintable(Sql()));
   }
 
   // The metadata tree adds what is double-clicked; the structure tree shows
