@@ -142,6 +142,8 @@ INSTANTIATE_TEST_SUITE_P(QueryForms, PropertyFormsTest, ::testing::Values(
              "select top 10 percent a from t"},
     FormCase{"TmvAdvantageSyntaxProvider", "query", "select a from t", {"+rbTop", "eTop=ten"},
              "'ten' is not a valid integer value"},
+    FormCase{"TmvTeradataSyntaxProvider", "query", "select a from t", {"+cbTop", "?eTop=1", "+cbTopWithTies"},
+             "select top 1 with ties a from t"},
     FormCase{"TmvPGSQLSyntaxProvider", "query", "select a from t",
              {"+cbLimit", "eLimit=5", "+cbOffset", "eOffset=10", "+checkIntoClause", "+checkTemporary", "editTableName=tmp"},
              "select a into temporary table tmp from t limit 5 offset 10"},

@@ -21,6 +21,7 @@ MV_QUERY_PROPS_FORM(TmvQueryPropsMSForm)
 MV_QUERY_PROPS_FORM(TmvQueryPropsAccessForm)
 MV_QUERY_PROPS_FORM(TmvQueryPropsSbForm)
 MV_QUERY_PROPS_FORM(TmvQueryPropsAdvantageForm)
+MV_QUERY_PROPS_FORM(TmvQueryPropsTeradataForm)
 // LIMIT and OFFSET, FETCH FIRST (LimitPropsForms.cpp).
 MV_QUERY_PROPS_FORM(TmvQueryPropsPgForm)
 MV_QUERY_PROPS_FORM(TmvQueryPropsSQLiteForm)

@@ -93,6 +93,7 @@ void RegisterQueryPropsForms() {
   Register<TmvQueryPropsAccessForm>(u"TmvQueryPropsAccessForm");
   Register<TmvQueryPropsSbForm>(u"TmvQueryPropsSbForm");
   Register<TmvQueryPropsAdvantageForm>(u"TmvQueryPropsAdvantageForm");
+  Register<TmvQueryPropsTeradataForm>(u"TmvQueryPropsTeradataForm");
   Register<TmvQueryPropsPgForm>(u"TmvQueryPropsPgForm");
   Register<TmvQueryPropsSQLiteForm>(u"TmvQueryPropsSQLiteForm");
   Register<TmvQueryPropsNetezzaForm>(u"TmvQueryPropsNetezzaForm");

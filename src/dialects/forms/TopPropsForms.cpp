@@ -1,7 +1,8 @@
 // The query forms of the dialects that limit rows with TOP ahead of the
 // select list: SQL Server (with GROUP BY ALL, WITH CUBE|ROLLUP and INTO),
-// Access (with DISTINCTROW and INTO), Sybase (FIRST, or TOP with START AT)
-// and Advantage (TOP, TOP PERCENT, START AT).
+// Access (with DISTINCTROW and INTO), Sybase (FIRST, or TOP with START AT),
+// Advantage (TOP, TOP PERCENT, START AT) and Teradata (TOP with PERCENT and
+// WITH TIES).
 #include <algorithm>
 
 #include "dialects/access/AccessNodes.h"
@@ -9,6 +10,7 @@
 #include "dialects/forms/DialectPropsForms.h"
 #include "dialects/mssql/MSSQLNodes.h"
 #include "dialects/sybase/SybaseNodes.h"
+#include "dialects/teradata/TeradataNodes.h"
 #include "tree/Expressions.h"
 #include "tree/QualifiedNames.h"
 #include "tree/RowLimits.h"
@@ -86,6 +88,39 @@ void TmvQueryPropsMSForm::SaveProps() {
     grouping->All = Checked(u"cbGroupByAll");
     grouping->WithKind = uint8_t(std::clamp(ChoiceIndex(u"cbGroupByWith"), 0, 2));
   }
+}
+
+// --- Teradata (TOP n [PERCENT] [WITH TIES]) ---
+
+TmvQueryPropsTeradataForm::TmvQueryPropsTeradataForm(const TmvPropsFormTarget& target)
+    : TmvQueryPropsForm(target, u"TmvQueryPropsTeradataForm") {
+  AddControls({
+      {K::CheckBox, u"cbTop", u"TOP", {}, {}, {}, {}},
+      {K::Edit, u"eTop", u"", u"cbTop", {}, u"1", {}},
+      {K::CheckBox, u"cbTopPercent", u"PERCENT", u"cbTop", {}, {}, {}},
+      {K::CheckBox, u"cbTopWithTies", u"WITH TIES", u"cbTop", {}, {}, {}},
+  });
+}
+
+void TmvQueryPropsTeradataForm::LoadProps() {
+  TmvQueryPropsForm::LoadProps();
+  auto* extender = SelectExtender<TmvTeradataSubQuerySelectExpressionExtender>();
+  auto* top = extender ? TmvCast<TSQLSubQueryTopRows>(extender->Top.get()) : nullptr;
+  LoadOptional(u"cbTop", u"eTop", top ? top->Count.get() : nullptr);
+  SetChecked(u"cbTopPercent", TmvCast<TSQLSubQueryTopPercent>(top) != nullptr);
+  SetChecked(u"cbTopWithTies", top && top->WithTies);
+}
+
+void TmvQueryPropsTeradataForm::CheckCanClose() { CheckExpression(u"eTop"); }
+
+void TmvQueryPropsTeradataForm::SaveProps() {
+  TmvQueryPropsForm::SaveProps();
+  auto* extender = SelectExtender<TmvTeradataSubQuerySelectExpressionExtender>();
+  if (!extender) return;
+  extender->Top.Reset();
+  if (Checked(u"cbTop"))
+    extender->Top.Set(MakeTop(Context(), Checked(u"cbTopPercent"), ParsedExpression(u"eTop"), nullptr,
+                              Checked(u"cbTopWithTies")));
 }
 
 // --- Access ---
