@@ -4,6 +4,7 @@
 #   scripts/fuzz.sh --time 600 parse_print
 #   scripts/fuzz.sh --corpus DIR         also seed from a shared SQL corpus (default
 #                                        $MV_CORPUS_DIR, else ../shared/corpus when present)
+#   scripts/fuzz.sh --build-dir DIR      build and keep the inputs in DIR (default build-fuzz)
 # Installs clang and libFuzzer when missing, builds into build-fuzz/ and keeps each target's
 # growing input collection in build-fuzz/inputs/<target>/. An input that fails is saved there
 # as crash-* (or leak-*, timeout-*); replay it with build/bin/replay_<target> FILE, and add it
@@ -13,12 +14,14 @@ cd "$(dirname "$0")/.."
 
 seconds=60
 corpus=${MV_CORPUS_DIR:-../shared/corpus}
+build=build-fuzz
 targets=()
 while (($#)); do
   case "$1" in
     --time) seconds=$2; shift ;;
     --corpus) corpus=$2; shift ;;
-    -h|--help) sed -n '2,10p' "$0"; exit 0 ;;
+    --build-dir) build=$2; shift ;;
+    -h|--help) sed -n '2,11p' "$0"; exit 0 ;;
     -*) echo "fuzz.sh: unknown option $1" >&2; exit 2 ;;
     *) targets+=("$1") ;;
   esac
@@ -39,13 +42,13 @@ if ((${#need[@]})); then
     "${need[@]}" >/dev/null
 fi
 
-CC=clang CXX=clang++ MV_BUILD_DIR=build-fuzz scripts/build.sh --sanitize -- -DMV_FUZZ=ON -DMV_BUILD_TESTS=OFF -DMV_BUILD_SURFACE=OFF
+CC=clang CXX=clang++ MV_BUILD_DIR=$build scripts/build.sh --sanitize -- -DMV_FUZZ=ON -DMV_BUILD_TESTS=OFF -DMV_BUILD_SURFACE=OFF
 
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
 status=0
 for target in "${targets[@]}"; do
-  inputs=build-fuzz/inputs/$target
+  inputs=$build/inputs/$target
   mkdir -p "$inputs"
   cp -n tests/fuzz/seeds/"$target"/* "$inputs"/ 2>/dev/null || true
   # SQL statements of the shared corpus, one file each (only for the SQL targets; read, not copied
@@ -70,9 +73,9 @@ PY
   echo "fuzz.sh: $target for $seconds s ($(ls "$inputs" | wc -l) inputs to start from)"
   if ! (cd "$inputs" && ../../bin/fuzz_"$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=4096 \
           -print_final_stats=1 . 2>"../$target.log"); then
-    echo "fuzz.sh: $target failed; see build-fuzz/inputs/$target.log and the crash-* file in $inputs" >&2
+    echo "fuzz.sh: $target failed; see $build/inputs/$target.log and the crash-* file in $inputs" >&2
     status=1
   fi
-  tail -n 12 "build-fuzz/inputs/$target.log" | grep -E '^(stat::|#[0-9]+.*DONE|Done)' || true
+  tail -n 12 "$build/inputs/$target.log" | grep -E '^(stat::|#[0-9]+.*DONE|Done)' || true
 done
 exit $status
