@@ -126,7 +126,9 @@ class TmvBaseSQLContext : public TmvUpdatablePersistent {
   bool IsSelectStatement(const WideString& text);
   // The same on a scanned text; `token` names the token that decided a
   // false answer (null for SELECT).
-  static bool IsSelectStatement(const TmvBaseScanner& scanner, const TmvToken*& token);
+  // The first word is the provider's SELECT (SELECT itself without one).
+  static bool IsSelectStatement(const TmvBaseScanner& scanner, const TmvToken*& token,
+                                const TmvBaseSyntaxProvider* provider = nullptr);
   // Whether the text can stand as an identifier without quotes: one bare
   // name token of the dialect's identifier grammar that the provider accepts.
   bool IsValidIdent(WideStringView text) const;

@@ -21,7 +21,7 @@ namespace {
 class ParseRun {
  public:
   ParseRun(TmvBaseSQLContext* context, const WideString& text, bool bareToken = false)
-      : scanner_(context->SyntaxProvider()->CreateScanner()) {
+      : provider_(context->SyntaxProvider()), scanner_(context->SyntaxProvider()->CreateScanner()) {
     if (bareToken) {
       // Spaces or comments around the text make it fail.
       scanner_->SkipComments = false;
@@ -32,6 +32,7 @@ class ParseRun {
   }
 
   TmvBaseScanner& Scanner() { return *scanner_; }
+  const TmvBaseSyntaxProvider* Provider() const { return provider_; }
   TmvBaseParser& Parser() { return *parser_; }
   // The first pass; true when a way reads the whole text.
   bool Find(TmvParserEntry entry) { return parser_->FindWay(entry); }
@@ -47,6 +48,7 @@ class ParseRun {
   }
 
  private:
+  const TmvBaseSyntaxProvider* provider_;
   TmvOwned<TmvBaseScanner> scanner_;
   TmvOwned<TmvBaseParser> parser_;
 };
@@ -59,7 +61,7 @@ TmvOwned<T> Adopt(T* node) {
 // Raises "Not a SELECT SQL statement." unless the scanned text is one.
 void RequireSelectStatement(ParseRun& run) {
   const TmvToken* token = nullptr;
-  if (!TmvBaseSQLContext::IsSelectStatement(run.Scanner(), token))
+  if (!TmvBaseSQLContext::IsSelectStatement(run.Scanner(), token, run.Provider()))
     throw EmvSQLError(MessageText(mvQBNotSelectStatement), ekNotSelectStatement, token);
 }
 
@@ -71,14 +73,15 @@ void RequireSelectStatement(ParseRun& run) {
 
 // --- Statements ---
 
-bool TmvBaseSQLContext::IsSelectStatement(const TmvBaseScanner& scanner, const TmvToken*& token) {
+bool TmvBaseSQLContext::IsSelectStatement(const TmvBaseScanner& scanner, const TmvToken*& token,
+                                          const TmvBaseSyntaxProvider* provider) {
   const int32_t count = scanner.GetCount();
   int32_t i = 0;
   // Leading brackets and comments are stepped over.
   while (i < count && (scanner.GetToken(i).IsHidden() || scanner.GetToken(i).Text == u"(")) ++i;
   const TmvToken& first = scanner.GetToken(i);
   const WideString word = WideUpperCase(first.Text);
-  if (word == u"SELECT") {
+  if (provider ? provider->IsSelectKeyword(word) : word == u"SELECT") {
     token = nullptr;
     return true;
   }
@@ -102,7 +105,7 @@ bool TmvBaseSQLContext::IsSelectStatement(const WideString& text) {
   TmvOwned<TmvBaseScanner> scanner = syntaxProvider_->CreateScanner();
   scanner->Init(text);
   const TmvToken* token = nullptr;
-  return IsSelectStatement(*scanner, token);
+  return IsSelectStatement(*scanner, token, syntaxProvider_);
 }
 
 TmvOwned<TSQLSelectStatement> TmvBaseSQLContext::ParseSelect(const WideString& text) {

@@ -243,6 +243,9 @@ class TmvBaseSyntaxProvider : public TmvPersistent {
   virtual bool IsVariablePrecisionType(WideStringView typeName) const;
   // No size is printed after such a type.
   virtual bool IsFixedSizeType(WideStringView) const { return true; }
+  // Whether the upper-cased word begins a SELECT (a dialect may have a
+  // short form of it).
+  virtual bool IsSelectKeyword(WideStringView upperCaseWord) const { return upperCaseWord == u"SELECT"; }
   // The class of the properties form (frontend/PropertiesForm.h) that edits
   // such an object in this dialect; empty for none.
   virtual WideString GetEditPropsFormClass(TmvEditPropsTarget) const { return {}; }

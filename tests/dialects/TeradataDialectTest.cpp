@@ -88,19 +88,14 @@ TEST_F(TeradataDialectTest, ReadsAndPrintsBack) {
       {"select a from t where a !< 1", "error: Invalid SELECT statement.\r\n Unexpected token \"<\" at line 1, pos 26"},
       {"select a from s.t.u", "error: Invalid SELECT statement.\r\n Unexpected token \".\" at line 1, pos 18"},
       {"select k from t", "error: Invalid SELECT statement.\r\n Unexpected token \"k\" at line 1, pos 8"},
-      // SEL starts no statement of its own: the check before the parse
-      // knows SELECT and WITH only.
-      {"sel a from t", "error: Not a SELECT SQL statement.\r\n Unexpected token \"sel\" at line 1, pos 1"},
   };
   ExpectPrintsBack(cases);
 }
 
 // SEL reads as Select, and the qualify part prints after the having part.
-// At the top of a text the check before the parse refuses SEL (above), so
-// the statement stands in brackets here.
 TEST_F(TeradataDialectTest, SelAndQualify) {
-  EXPECT_EQ(Print("select * from (SEL a FROM t QUALIFY ROW_NUMBER() OVER (ORDER BY a) = 1) x"),
-            "Select * From (Select a From t Qualify Row_Number() Over (Order By a) = 1) x");
+  EXPECT_EQ(Print("SEL a FROM t QUALIFY ROW_NUMBER() OVER (ORDER BY a) = 1"),
+            "Select a From t Qualify Row_Number() Over (Order By a) = 1");
   EXPECT_EQ(Print("select * from (sel a from t group by a having count(*) > 1 qualify rank() over (order by a) = 1) x"),
             "Select * From (Select a From t Group By a Having count(*) > 1 Qualify Rank() Over (Order By a) = 1) x");
 }

@@ -28,6 +28,10 @@ class TmvTeradataSyntaxProvider : public TmvMatrixSyntaxProvider {
   void GetBuiltinFunctionNames(TSQLQualifiedNamesList& list) const override;
   // False for char, varchar, varying, binary and varbinary.
   bool IsFixedSizeType(WideStringView typeName) const override;
+  // SEL is Teradata's short SELECT.
+  bool IsSelectKeyword(WideStringView upperCaseWord) const override {
+    return upperCaseWord == u"SELECT" || upperCaseWord == u"SEL";
+  }
 
   // The probe of dbc.dbcinfo; without SQL the base.
   TmvSyntaxSupportConectedServer IsSupportConnectedServer(TmvBaseMetadataProvider* metadataProvider,

@@ -390,6 +390,10 @@ WideString TmvAutoSyntaxProvider::GetEditPropsFormClass(TmvEditPropsTarget targe
   return Internal()->GetEditPropsFormClass(target);
 }
 
+bool TmvAutoSyntaxProvider::IsSelectKeyword(WideStringView upperCaseWord) const {
+  return Internal()->IsSelectKeyword(upperCaseWord);
+}
+
 bool TmvAutoSyntaxProvider::CalcAggregateCallType(TSQLExpressionAggregate* aggregate) const {
   return Internal()->CalcAggregateCallType(aggregate);
 }

@@ -105,6 +105,7 @@ class TmvAutoSyntaxProvider : public TmvBaseSyntaxProvider {
   bool IsVariablePrecisionType(WideStringView typeName) const override;
   bool IsFixedSizeType(WideStringView a0) const override;
   WideString GetEditPropsFormClass(TmvEditPropsTarget target) const override;
+  bool IsSelectKeyword(WideStringView upperCaseWord) const override;
   bool CalcAggregateCallType(TSQLExpressionAggregate* aggregate) const override;
   bool CalcFunctionCallType(TSQLExpressionFunction* a0) const override;
   int FindFieldInFieldsList(const TSQLObjectColumn* column, const TmvMetadataFieldsList* fields) const override;
