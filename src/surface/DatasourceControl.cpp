@@ -5,6 +5,8 @@
 #include <QDragEnterEvent>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QHBoxLayout>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include "component/QueryBuilder.h"
@@ -17,6 +19,7 @@
 #include "model/PropertyForms.h"
 #include "model/QueryTree.h"
 #include "model/SelectList.h"
+#include "support/MessageCatalog.h"
 #include "surface/DragData.h"
 #include "surface/LinkControl.h"
 #include "surface/ModelMenu.h"
@@ -131,8 +134,36 @@ TmvQueryBuilderDataSourceControl::TmvQueryBuilderDataSourceControl(TmvDatasource
   caption_->setBackgroundRole(QPalette::Highlight);
   caption_->setForegroundRole(QPalette::HighlightedText);
   caption_->installEventFilter(this);
+  auto makeButton = [this](const char* name, const QString& text) {
+    auto* button = new QToolButton(this);
+    button->setObjectName(QString::fromLatin1(name));
+    button->setText(text);
+    button->setAutoRaise(true);
+    button->setFixedSize(16, 14);
+    button->setFocusPolicy(Qt::NoFocus);
+    return button;
+  };
+  collapse_ = makeButton("CollapseButton", QStringLiteral("\u25B4"));
+  connect(collapse_, &QToolButton::clicked, this, [this] {
+    datasource_->SetCollapsed(!datasource_->Collapsed());
+    SetOptimalHeight();
+  });
+  linked_ = makeButton("LinkedObjectsButton", QStringLiteral("+"));
+  linked_->setToolTip(ToQString(MessageText(u"mvQBAddLinkedObject")));
+  linked_->hide();
+  connect(linked_, &QToolButton::clicked, this, [this] {
+    for (const TmvMenuItem& item : datasource_->GetPopupMenu(this))
+      if (item.Key == u"mvQBAddLinkedObject")
+        ExecModelMenu(item.SubItems, linked_->mapToGlobal(QPoint(-2, linked_->height())), this);
+  });
+  auto* captionRow = new QHBoxLayout;
+  captionRow->setSpacing(0);
+  captionRow->addWidget(caption_, 1);
+  captionRow->addWidget(linked_);
+  captionRow->addWidget(collapse_);
   fields_ = new TmvQueryBuilderDatasourceFieldsList(this);
-  column->addWidget(caption_);
+  fields_->installEventFilter(this);
+  column->addLayout(captionRow);
   column->addWidget(fields_, 1);
   connect(fields_, &QListWidget::itemChanged, this, [this](QListWidgetItem* item) {
     if (!reloading_) ClickCheck(fields_->row(item), item->checkState() == Qt::Checked);
@@ -183,6 +214,9 @@ bool TmvQueryBuilderDataSourceControl::LinkFields(TmvQueryBuilderDataSourceContr
 void TmvQueryBuilderDataSourceControl::UpdateControlVisualParams(TmvQueryBuilderControlOwner*) {
   caption_->setText(ToQString(datasource_->Caption()));
   fields_->setVisible(!datasource_->Collapsed());
+  collapse_->setVisible(!builder_ || builder_->FieldsListOptions().ShowCollapseExpandButton());
+  collapse_->setText(datasource_->Collapsed() ? QStringLiteral("\u25BE") : QStringLiteral("\u25B4"));
+  UpdateLinkedObjectsButton();
   if (datasource_->Width() > 0 && datasource_->Height() > 0)
     setGeometry(datasource_->Left(), datasource_->Top(), datasource_->Width(), datasource_->Height());
   RealignLinks();
@@ -327,7 +361,17 @@ void TmvQueryBuilderDataSourceControl::RestoreControlStateFromOwner(TmvQueryBuil
   setGeometry(datasource_->Left(), datasource_->Top(), datasource_->Width(), datasource_->Height());
 }
 
+void TmvQueryBuilderDataSourceControl::UpdateLinkedObjectsButton() {
+  const bool allowed = (!builder_ || builder_->DatasourceOptions().ShowLinkedObjectsButton()) &&
+                       datasource_->GetMetadataObject() != nullptr;
+  linked_->setVisible(allowed && fields_->hasFocus());
+}
+
 bool TmvQueryBuilderDataSourceControl::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == fields_) {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) UpdateLinkedObjectsButton();
+    return QFrame::eventFilter(watched, event);
+  }
   if (watched != caption_) return QFrame::eventFilter(watched, event);
   switch (event->type()) {
     case QEvent::MouseButtonPress: {

@@ -10,6 +10,7 @@
 #include "model/ModelControls.h"
 
 class QLabel;
+class QToolButton;
 
 namespace mv {
 
@@ -47,6 +48,12 @@ class TmvQueryBuilderDataSourceControl : public QFrame, public ImvDatasourceCont
   TmvDatasource* Datasource() const { return datasource_; }
   TmvQueryBuilderDatasourceFieldsList* FieldsList() const { return fields_; }
   QLabel* CaptionLabel() const { return caption_; }
+  // In the caption row: collapse or expand the box (where the fields list
+  // options show it); the menu of the objects linked to this one by the
+  // metadata's relations (where the datasource options show it and the
+  // datasource has a metadata object), shown while the box has the focus.
+  QToolButton* CollapseButton() const { return collapse_; }
+  QToolButton* LinkedObjectsButton() const { return linked_; }
 
   // Whether a field dragged from `source`'s row may be dropped on this box's
   // row (both fields, other boxes, no such link yet, links allowed, types
@@ -81,7 +88,11 @@ class TmvQueryBuilderDataSourceControl : public QFrame, public ImvDatasourceCont
 
   TmvDatasource* datasource_;
   TmvQueryBuilder* builder_;
+  // The linked-objects button shows while focus is in the box.
+  void UpdateLinkedObjectsButton();
   QLabel* caption_;
+  QToolButton* collapse_;
+  QToolButton* linked_;
   TmvQueryBuilderDatasourceFieldsList* fields_;
   QPoint dragOffset_;
   bool moving_ = false;

@@ -7,6 +7,7 @@
 #include <QResizeEvent>
 #include <QScrollBar>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 #include <algorithm>
 
 #include "component/QueryBuilder.h"
@@ -184,6 +185,16 @@ TmvQueryBuilderWorkArea::TmvQueryBuilderWorkArea(TmvUnionSubQuery* member, TmvQu
   setWidget(canvas_);
   setWidgetResizable(false);
   setMinimumWidth(kMinAreaWidth);
+}
+
+void TmvQueryBuilderWorkArea::wheelEvent(QWheelEvent* event) {
+  QScrollBar* bar = event->modifiers() == Qt::NoModifier        ? verticalScrollBar()
+                    : event->modifiers() == Qt::ShiftModifier ? horizontalScrollBar()
+                                                              : nullptr;
+  // Some platforms turn Shift+wheel into a horizontal delta already.
+  const int delta = event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
+  if (bar && bar->isVisible()) bar->setValue(bar->value() - delta);
+  event->accept();
 }
 
 void TmvQueryBuilderWorkArea::resizeEvent(QResizeEvent* event) {

@@ -69,6 +69,9 @@ class TmvQueryBuilderWorkArea : public QScrollArea {
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
+  // The wheel scrolls by its delta, unscaled: vertically with no modifier,
+  // horizontally with Shift alone; nothing otherwise or without that bar.
+  void wheelEvent(QWheelEvent* event) override;
 
  private:
   TmvUnionSubQuery* member_;

@@ -6,6 +6,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
+#include <QToolButton>
 #include <QListWidget>
 #include <QMenu>
 #include <QMimeData>
@@ -312,6 +314,38 @@ class DesignPaneTest : public QObject {
     run("mvQBRemove");
     QVERIFY2(!Sql().contains(QStringLiteral("Invoice")), qPrintable(Sql()));
     QCOMPARE(pane_->findChildren<TmvQueryBuilderDataSourceControl*>().size(), 1);
+  }
+
+  // The caption row's buttons collapse a box and offer its linked objects
+  // while it has the focus; the wheel scrolls the area, Shift sideways.
+  void boxButtonsAndTheWheel() {
+    SetSql(u"SELECT c.Name FROM Customer c");
+    TmvQueryBuilderDataSourceControl* box = Box(0);
+    const int expanded = box->height();
+    box->CollapseButton()->click();
+    QVERIFY(Datasource(0)->Collapsed());
+    QTRY_VERIFY(box->height() < expanded && !box->FieldsList()->isVisible());
+    box->CollapseButton()->click();
+    QTRY_COMPARE(box->height(), expanded);
+    QVERIFY(!box->LinkedObjectsButton()->isVisible());
+    box->FieldsList()->setFocus();
+    QTRY_VERIFY(box->LinkedObjectsButton()->isVisible());
+    Datasource(0)->SetLeft(3000);
+    Datasource(0)->SetTop(3000);
+    TmvQueryBuilderWorkArea* area = pane_->UnionSubQueryPage(Member())->WorkArea();
+    QTRY_VERIFY(area->horizontalScrollBar()->isVisible());
+    auto wheel = [area](Qt::KeyboardModifiers modifiers) {
+      QWheelEvent event(QPointF(50, 50), QPointF(50, 50), QPoint(), QPoint(0, -120), Qt::NoButton, modifiers,
+                        Qt::NoScrollPhase, false);
+      QCoreApplication::sendEvent(area->viewport(), &event);
+    };
+    wheel(Qt::ShiftModifier);
+    QCOMPARE(area->horizontalScrollBar()->value(), 120);
+    QCOMPARE(area->verticalScrollBar()->value(), 0);
+    wheel(Qt::NoModifier);
+    QCOMPARE(area->verticalScrollBar()->value(), 120);
+    wheel(Qt::ControlModifier);
+    QCOMPARE(area->verticalScrollBar()->value(), 120);
   }
 
   // A double click opens an object's properties: the datasource's alias, a
