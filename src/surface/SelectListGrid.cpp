@@ -1,13 +1,21 @@
 #include "surface/SelectListGrid.h"
 
 #include <QComboBox>
+#include <QDropEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QStyledItemDelegate>
 #include <QTimer>
+#include <functional>
 
+#include "metadata/MetadataField.h"
+#include "model/ControlOwner.h"
+#include "model/Datasources.h"
 #include "model/SelectList.h"
 #include "support/Exceptions.h"
 #include "support/MessageCatalog.h"
+#include "surface/DatasourceControl.h"
+#include "surface/DragData.h"
 #include "surface/ModelMenu.h"
 #include "surface/QtText.h"
 #include "surface/SurfaceMessages.h"
@@ -83,6 +91,11 @@ TmvSelectListGrid::TmvSelectListGrid(TmvSelectList* selectList, QWidget* parent)
   setObjectName(QStringLiteral("SelectListGrid"));
   setItemDelegate(new ChoiceDelegate(this));
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+  verticalHeader()->setSectionsMovable(true);
+  connect(verticalHeader(), &QHeaderView::sectionMoved, this,
+          [this](int, int from, int to) { QTimer::singleShot(0, this, [this, from, to] { RowMoved(from, to); }); });
+  setAcceptDrops(true);
+  viewport()->setAcceptDrops(true);
   // A right click on a row opens the row's menu.
   setContextMenuPolicy(Qt::CustomContextMenu);
   connect(this, &QWidget::customContextMenuRequested, this, [this](const QPoint& point) {
@@ -168,6 +181,115 @@ void TmvSelectListGrid::ApplyCell(int row, int column, const QString& text, bool
   }
   // What the model made of the text (or the old value after a refusal).
   FillList();
+}
+
+void TmvSelectListGrid::RowMoved(int from, int to) {
+  // The header goes back to its plain order: the refill shows the model's.
+  {
+    const QSignalBlocker quiet(verticalHeader());
+    verticalHeader()->moveSection(to, from);
+  }
+  if (from < 0 || to < 0 || from >= selectList_->Count() || to >= selectList_->Count()) return;
+  try {
+    selectList_->Move(from, to);
+  } catch (const Exception& error) {
+    lastError_ = ToQString(error.Message());
+    emit EditRefused(lastError_);
+  }
+  FillList();
+}
+
+void TmvSelectListGrid::keyPressEvent(QKeyEvent* event) {
+  const int row = currentRow();
+  TmvSelectItem* item = row >= 0 && row < selectList_->Count() ? selectList_->Items(row) : nullptr;
+  if (item && event->key() == Qt::Key_Space && currentColumn() == colOutput && event->modifiers() == Qt::NoModifier) {
+    QTableWidgetItem* check = this->item(row, colOutput);
+    check->setCheckState(check->checkState() == Qt::Checked ? Qt::Unchecked : Qt::Checked);
+    return;
+  }
+  if (item && event->modifiers() == Qt::ControlModifier) {
+    std::function<void()> action;
+    int nextRow = row;
+    switch (event->key()) {
+      case Qt::Key_Up:
+        if (item->CanAcceptMoveUpEvent()) {
+          action = [item] { item->MoveUpEvent(); };
+          nextRow = row - 1;
+        }
+        break;
+      case Qt::Key_Down:
+        if (item->CanAcceptMoveDownEvent()) {
+          action = [item] { item->MoveDownEvent(); };
+          nextRow = row + 1;
+        }
+        break;
+      case Qt::Key_Insert:
+        if (item->CanAcceptInsertEmptyEvent()) action = [item] { item->InsertEmptyEvent(); };
+        break;
+      case Qt::Key_Delete:
+        if (item->CanAcceptRemoveEvent()) action = [item] { item->RemoveEvent(); };
+        break;
+      default:
+        break;
+    }
+    if (action) {
+      const int column = currentColumn();
+      // The model rebuilds the rows: not inside the grid's own key handler.
+      QTimer::singleShot(0, this, [this, action, nextRow, column] {
+        try {
+          action();
+        } catch (const Exception& error) {
+          lastError_ = ToQString(error.Message());
+          emit EditRefused(lastError_);
+        }
+        FillList();
+        if (nextRow >= 0 && nextRow < rowCount()) setCurrentCell(nextRow, std::max(column, 0));
+      });
+      return;
+    }
+  }
+  QTableWidget::keyPressEvent(event);
+}
+
+void TmvSelectListGrid::dragEnterEvent(QDragEnterEvent* event) {
+  TmvQueryBuilderDataSourceControl* box = nullptr;
+  int row = -1;
+  if (ReadFieldDrag(event->mimeData(), box, row))
+    event->acceptProposedAction();
+  else
+    QTableWidget::dragEnterEvent(event);
+}
+
+void TmvSelectListGrid::dragMoveEvent(QDragMoveEvent* event) {
+  TmvQueryBuilderDataSourceControl* box = nullptr;
+  int row = -1;
+  if (ReadFieldDrag(event->mimeData(), box, row))
+    event->acceptProposedAction();
+  else
+    QTableWidget::dragMoveEvent(event);
+}
+
+void TmvSelectListGrid::dropEvent(QDropEvent* event) {
+  TmvQueryBuilderDataSourceControl* box = nullptr;
+  int fieldRow = -1;
+  TmvMetadataField* field = ReadFieldDrag(event->mimeData(), box, fieldRow) ? box->FieldsList()->FieldOfRow(fieldRow)
+                                                                            : nullptr;
+  if (!field) return event->ignore();
+  const int at = rowAt(event->position().toPoint().y());
+  TmvDatasource* datasource = box->Datasource();
+  const WideString name = field->NameStr();
+  event->acceptProposedAction();
+  QTimer::singleShot(0, this, [this, datasource, name, at] {
+    try {
+      TmvUpdateScope update(selectList_);
+      if (TmvSelectItem* item = selectList_->InsertField(at < 0 ? selectList_->Count() : at, datasource, name))
+        item->SetSelectUI(true);
+    } catch (const Exception& error) {
+      lastError_ = ToQString(error.Message());
+      emit EditRefused(lastError_);
+    }
+    FillList();
+  });
 }
 
 }  // namespace mv

@@ -38,7 +38,19 @@ class TmvSelectListGrid : public QTableWidget, public ImvSelectListControl {
   // An edit was refused; the text says why.
   void EditRefused(const QString& message);
 
+ protected:
+  // Space toggles an output check; Ctrl with Up, Down, Insert or Delete
+  // moves, inserts or removes the current row where the row allows it.
+  void keyPressEvent(QKeyEvent* event) override;
+  // A field dragged from a datasource box becomes a row where it falls
+  // (after the last row below them), selected for output.
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragMoveEvent(QDragMoveEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
  private:
+  // A row dragged by its header to another place: the model's order follows.
+  void RowMoved(int from, int to);
   // Applies the cell's text (or check) to its row of the model.
   void ApplyCell(int row, int column, const QString& text, bool checked);
 

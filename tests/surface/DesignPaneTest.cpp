@@ -2,6 +2,7 @@
 // the widgets and checks the model and the SQL text that follow.
 #include <QCheckBox>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -276,6 +277,26 @@ class DesignPaneTest : public QObject {
       // The grid shows what the model made of the text.
       QCOMPARE(Grid()->item(0, TmvSelectListGrid::colCriteria)->text().isEmpty(), false);
     }
+  }
+
+  // The grid's keys move, insert and remove rows, a row dragged by its
+  // header moves in the query, a field dropped from a box becomes a row.
+  void gridRowsMoveByKeysAndDrops() {
+    SetSql(u"SELECT c.Name, c.Country FROM Customer c");
+    Grid()->setFocus();
+    Grid()->setCurrentCell(0, TmvSelectListGrid::colExpression);
+    QTest::keyClick(Grid(), Qt::Key_Down, Qt::ControlModifier);
+    QTRY_VERIFY2(Sql().contains(QStringLiteral("Select c.Country, c.Name"), Qt::CaseInsensitive), qPrintable(Sql()));
+    QTRY_COMPARE(Grid()->currentRow(), 1);
+    Grid()->verticalHeader()->moveSection(1, 0);
+    QTRY_VERIFY2(Sql().contains(QStringLiteral("Select c.Name, c.Country"), Qt::CaseInsensitive), qPrintable(Sql()));
+    const int fieldRow = RowOf(Box(0), QStringLiteral("CustomerId"));
+    QVERIFY(Drop(NewFieldDrag(Box(0), fieldRow), Grid()->viewport(), Grid()->visualItemRect(Grid()->item(1, 1)).center()));
+    QTRY_VERIFY2(Sql().contains(QStringLiteral("Select c.Name, c.CustomerId, c.Country"), Qt::CaseInsensitive),
+                 qPrintable(Sql()));
+    Grid()->setCurrentCell(1, TmvSelectListGrid::colExpression);
+    QTest::keyClick(Grid(), Qt::Key_Delete, Qt::ControlModifier);
+    QTRY_VERIFY2(!Sql().contains(QStringLiteral("CustomerId")), qPrintable(Sql()));
   }
 
   // A union gets a button per SELECT; a click shows that SELECT's page.
