@@ -8,9 +8,12 @@
 #include <QTimer>
 #include <functional>
 
+#include "component/QueryBuilder.h"
+#include "frontend/SyntaxProvider.h"
 #include "metadata/MetadataField.h"
 #include "model/ControlOwner.h"
 #include "model/Datasources.h"
+#include "model/QueryTree.h"
 #include "model/SelectList.h"
 #include "support/Exceptions.h"
 #include "support/MessageCatalog.h"
@@ -74,14 +77,51 @@ QStringList ToStringList(const std::vector<WideString>& texts) {
 QStringList TmvSelectListGrid::ChoicesFor(int row, int column) const {
   if (row < 0 || row >= selectList_->Count()) return {};
   const TmvSelectItem* item = selectList_->Items(row);
+  TmvQueryModelHost* host = selectList_->Host();
+  auto* builder = dynamic_cast<TmvQueryBuilder*>(host);
+  TmvBaseSyntaxProvider* provider = host ? host->SyntaxProvider() : nullptr;
   switch (column) {
+    case colExpression: {
+      // Each datasource's "name.*" where the dialect allows it, then its fields.
+      QStringList list;
+      TmvUnionSubQuery* member = selectList_->UnionSubQuery();
+      TmvDatasourceList datasources;
+      if (member) member->Datasources()->GetDatasources(datasources);
+      const bool star = (!builder || !builder->FieldsListOptions().HideAsteriskItem()) &&
+                        (!provider || provider->IsSupportAllTableFieldsSelection());
+      for (TmvDatasource* datasource : datasources) {
+        const QString name = ToQString(datasource->GetNameInQuery());
+        if (star) list << name + QStringLiteral(".*");
+        TmvMetadataFieldsList* fields = datasource->GetFields();
+        for (int i = 0; fields && i < fields->Count(); ++i) {
+          const TmvMetadataField* field = fields->Items(i);
+          const bool alt = host->Options.UseAltNames && !field->AltName().empty();
+          list << name + QLatin1Char('.') + ToQString(alt ? field->AltName() : field->NameStr());
+        }
+      }
+      return list;
+    }
     case colAggregate:
       return ToStringList(item->GetAggregateStringList());
-    case colSortType:
-      return ToStringList({MessageText(u"mvQBSortTypeAscending"), MessageText(u"mvQBSortTypeDescending")});
+    case colSortType: {
+      std::vector<WideString> sorts{MessageText(u"mvQBSortTypeAscending"), MessageText(u"mvQBSortTypeDescending")};
+      if (provider && provider->IsSupportNullOrdering() && builder &&
+          builder->SelectListOptions().ShowNullOrderingInSortTypeColumn())
+        for (const WideString& sort : std::vector<WideString>{sorts[0], sorts[1]})
+          for (const char16_t* nulls : {u" Nulls First", u" Nulls Last"}) sorts.push_back(sort + nulls);
+      return ToStringList(sorts);
+    }
+    case colSortOrder: {
+      // One more place for a row that is not sorted yet.
+      const int places = selectList_->GetOrderByItemsCount() + (item->SortType() == stNone ? 1 : 0);
+      QStringList list;
+      for (int place = 1; place <= places; ++place) list << QString::number(place);
+      return list;
+    }
     case colGrouping:
       return ToStringList(item->GetGroupingTypeStringList());
     default:
+      if (column >= colCriteria && item->IsLogicalExpression()) return {QStringLiteral("= True"), QStringLiteral("= False")};
       return {};
   }
 }

@@ -270,7 +270,10 @@ class DesignPaneTest : public QObject {
     QVERIFY(Grid()->ChoicesFor(0, TmvSelectListGrid::colAggregate).contains(QStringLiteral("Count")));
     QCOMPARE(Grid()->ChoicesFor(0, TmvSelectListGrid::colSortType),
              (QStringList{QString(), QStringLiteral("Ascending"), QStringLiteral("Descending")}));
-    QVERIFY(Grid()->ChoicesFor(0, TmvSelectListGrid::colExpression).isEmpty());
+    QCOMPARE(Grid()->ChoicesFor(0, TmvSelectListGrid::colExpression),
+             (QStringList{QStringLiteral("c.*"), QStringLiteral("c.CustomerId"), QStringLiteral("c.Name"),
+                          QStringLiteral("c.Country")}));
+    QCOMPARE(Grid()->ChoicesFor(0, TmvSelectListGrid::colSortOrder), QStringList{QStringLiteral("1")});
     for (const Edit& edit : edits) {
       Grid()->item(0, edit.column)->setText(QString::fromUtf8(edit.text));
       QTRY_VERIFY2(Sql().contains(QString::fromUtf8(edit.expected), Qt::CaseInsensitive), qPrintable(Sql()));
