@@ -21,6 +21,8 @@
 #include "model/QueryTree.h"
 #include "support/Exceptions.h"
 #include "surface/DesignPane.h"
+#include "surface/MetadataContainerEditorDialog.h"
+#include "surface/MetadataLoadWizardDialog.h"
 #include "surface/TreeViews.h"
 #include "surface/QtText.h"
 
@@ -43,6 +45,18 @@ DesignerWindow::DesignerWindow() {
   });
   file->addSeparator();
   file->addAction(QStringLiteral("E&xit"), QKeySequence::Quit, this, &QWidget::close);
+
+  InstallMetadataDialogs(this);
+  QMenu* metadata = menuBar()->addMenu(QStringLiteral("&Metadata"));
+  metadata->addAction(QStringLiteral("&Edit Container..."), this, [this] {
+    EditMetadataContainer(*builder_->MetadataContainer(), false, builder_->MetadataFilter());
+  });
+  metadata->addAction(QStringLiteral("&Load Metadata Wizard..."), this, [this] {
+    TmvMetadataLoadWizard wizard(*builder_->MetadataContainer());
+    wizard.SetMetadataFilter(builder_->MetadataFilter());
+    TmvMetadataLoadWizardDialog dialog(wizard, this);
+    dialog.exec();
+  });
 
   auto* toolbar = addToolBar(QStringLiteral("Dialect"));
   toolbar->addWidget(new QLabel(QStringLiteral(" Dialect: ")));
