@@ -101,6 +101,9 @@ TEST_F(MetadataLoadWizardTest, FailingRelationsAreLoggedAndFieldsStillLoad) {
   events->OnGetTables = [](TmvObject*, TSQLDatabaseObjectsList& names) {
     names.CreateSQLDatabaseObject()->AddName(u"t", false);
   };
+  events->OnGetSystemTables = [](TmvObject*, TSQLDatabaseObjectsList& names) {
+    names.CreateSQLDatabaseObject()->AddName(u"sys_t", false);
+  };
   events->OnGetTableRelations = [](TmvObject*, const TSQLQualifiedName&, TSQLMetadataRelations&) {
     throw EmvQueryBuilderError(u"relations refused");
   };
@@ -116,13 +119,14 @@ TEST_F(MetadataLoadWizardTest, FailingRelationsAreLoggedAndFieldsStillLoad) {
   wizard.Next();
   EXPECT_EQ(wizard.CurrentPage(), W::tsFilter);
   EXPECT_TRUE(wizard.LoadShown());  // the save page is off
+  wizard.SetDontLoadSystemObjects(true);
   wizard.Next();
   const std::vector<WideString> expected = {
       u"Loading metadata from default database...",
       u"Loading metadata object list...success",
       u"Loading metadata relation list...Loading FAILED. Error message: ",
       u"Loading custom aggregate list...success",
-      u"1 objects found...",
+      u"1 objects found...",  // sys_t dropped
       u"Loading fields list for object t...success",
       u"Writing metadata to MetadataContainer...",
       u"Loading completed successfully...",
@@ -134,6 +138,7 @@ TEST_F(MetadataLoadWizardTest, FailingRelationsAreLoggedAndFieldsStillLoad) {
     EXPECT_EQ(wizard.Log()[i].substr(0, expected[i].size()), expected[i]) << i;
   EXPECT_NE(wizard.Log()[2].find(u"relations refused"), WideString::npos);
   ASSERT_EQ(target->Count(), 1);  // the stale table went first
+  EXPECT_FALSE(target->Items(0)->System());
   EXPECT_EQ(target->Items(0)->GetFields()->Count(), 1);
 }
 
