@@ -75,10 +75,14 @@ void TSQLSubQuerySelectExpression::BuildSelectListItems(TSQLBuilder& builder, co
   builder.DoEndBuildSQLForNode(SelectItems.get());
 }
 
-void TSQLSubQuerySelectExpression::BuildSelectList(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
+void TSQLSubQuerySelectExpression::BuildSelectList(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format,
+                                                   const std::function<void()>& beforeMode,
+                                                   const std::function<void()>& afterMode) {
   builder.WriteKeyword(u"Select");
   builder.AddIndent(format.IndentInPart());
+  if (beforeMode) beforeMode();
   BuildSelectMode(builder, format);
+  if (afterMode) afterMode();
   if (format.NewLineAfterPartKeywords())
     builder.NewLine();
   else if (SelectItems && SelectItems->GetCount() > 0)

@@ -4,6 +4,8 @@
 // whole union, and a select statement is that group at the top of a text.
 #pragma once
 
+#include <functional>
+
 #include <initializer_list>
 
 #include "tree/ExpressionBase.h"
@@ -26,7 +28,10 @@ class TSQLSubQuerySelectExpression : public TSQLSubQueryExpression {
   MV_AST_NODE(TSQLSubQuerySelectExpression);
 
  public:
-  void BuildSelectList(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
+  // "Select", the mode and the items; a dialect's own words (Top, First,
+  // options) go before or after the mode.
+  void BuildSelectList(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format,
+                       const std::function<void()>& beforeMode = nullptr, const std::function<void()>& afterMode = nullptr);
   void BuildSelectMode(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
   void BuildSelectListItems(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);
   void BuildFromClause(TSQLBuilder& builder, const TSQLBuilderSelectFormat& format);

@@ -17,19 +17,12 @@ void TAccessSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TS
 
 void BuildSelectWithTopAndInto(TSQLSubQuerySelectExpression& select, TastNode* top, TastNode* into,
                                TSQLBuilder& builder, const TSQLBuilderSelectFormat& format) {
-  builder.WriteKeyword(u"Select");
-  builder.AddIndent(format.IndentInPart());
-  select.BuildSelectMode(builder, format);
-  if (top) {
-    builder.Space(3);
-    top->BuildSQL(builder, format);
-  }
-  if (format.NewLineAfterPartKeywords())
-    builder.NewLine();
-  else if (select.SelectItems && select.SelectItems->GetCount() > 0)
-    builder.Space(3);
-  select.BuildSelectListItems(builder, format);
-  builder.EndIndent();
+  select.BuildSelectList(builder, format, nullptr, [&] {
+    if (top) {
+      builder.Space(3);
+      top->BuildSQL(builder, format);
+    }
+  });
   if (into) {
     builder.NewLineOrSpace(format.MainPartsFromNewLine(), 0);
     builder.WriteKeyword(u"Into");

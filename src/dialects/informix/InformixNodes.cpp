@@ -40,27 +40,20 @@ void TinfSQLSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TS
     TastExtender::BuildSQLForNode(node, builder, format);
     return;
   }
-  builder.WriteKeyword(u"Select");
-  builder.AddIndent(format.IndentInPart());
-  if (!SkipText.empty()) {
-    builder.Space(3);
-    builder.WriteKeyword(u"Skip");
-    builder.Space(3);
-    builder.WriteNumber(SkipText);
-  }
-  if (LimitWord) {
-    builder.Space(3);
-    LimitWord->BuildSQL(builder, format);
-    builder.Space(3);
-    builder.WriteNumber(CountText);
-  }
-  select->BuildSelectMode(builder, format);
-  if (format.NewLineAfterPartKeywords())
-    builder.NewLine();
-  else if (select->SelectItems && select->SelectItems->GetCount() > 0)
-    builder.Space(3);
-  select->BuildSelectListItems(builder, format);
-  builder.EndIndent();
+  select->BuildSelectList(builder, format, [&] {
+    if (!SkipText.empty()) {
+      builder.Space(3);
+      builder.WriteKeyword(u"Skip");
+      builder.Space(3);
+      builder.WriteNumber(SkipText);
+    }
+    if (LimitWord) {
+      builder.Space(3);
+      LimitWord->BuildSQL(builder, format);
+      builder.Space(3);
+      builder.WriteNumber(CountText);
+    }
+  });
   select->BuildFromClause(builder, format);
   select->BuildWhereClause(builder, format);
   select->BuildGroupByClause(builder, format);

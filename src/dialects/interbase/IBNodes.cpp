@@ -97,20 +97,13 @@ void TIBSQLSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TSQ
     TastExtender::BuildSQLForNode(node, builder, format);
     return;
   }
-  builder.WriteKeyword(u"Select");
-  builder.AddIndent(format.IndentInPart());
-  if (Transaction) {
-    SpacedKeyword(builder, u"Transaction");
-    builder.Space(3);
-    Transaction->BuildSQL(builder, format);
-  }
-  select->BuildSelectMode(builder, format);
-  if (format.NewLineAfterPartKeywords())
-    builder.NewLine();
-  else if (select->SelectItems && select->SelectItems->GetCount() > 0)
-    builder.Space(3);
-  select->BuildSelectListItems(builder, format);
-  builder.EndIndent();
+  select->BuildSelectList(builder, format, [&] {
+    if (Transaction) {
+      SpacedKeyword(builder, u"Transaction");
+      builder.Space(3);
+      Transaction->BuildSQL(builder, format);
+    }
+  });
   select->BuildFromClause(builder, format);
   select->BuildWhereClause(builder, format);
   select->BuildGroupByClause(builder, format);

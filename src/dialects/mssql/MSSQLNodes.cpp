@@ -81,19 +81,12 @@ void TMSSQLSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TSQ
     TastExtender::BuildSQLForNode(node, builder, format);
     return;
   }
-  builder.WriteKeyword(u"Select");
-  builder.AddIndent(format.IndentInPart());
-  select->BuildSelectMode(builder, format);
-  if (Top) {
-    builder.Space(3);
-    Top->BuildSQL(builder, format);
-  }
-  if (format.NewLineAfterPartKeywords())
-    builder.NewLine();
-  else if (select->SelectItems && select->SelectItems->GetCount() > 0)
-    builder.Space(3);
-  select->BuildSelectListItems(builder, format);
-  builder.EndIndent();
+  select->BuildSelectList(builder, format, nullptr, [&] {
+    if (Top) {
+      builder.Space(3);
+      Top->BuildSQL(builder, format);
+    }
+  });
   if (IntoTable) {
     builder.NewLineOrSpace(format.MainPartsFromNewLine(), 0);
     builder.WriteKeyword(u"Into");

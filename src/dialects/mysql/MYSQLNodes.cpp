@@ -79,18 +79,11 @@ void TMYSQLSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TSQ
     TastExtender::BuildSQLForNode(node, builder, format);
     return;
   }
-  builder.WriteKeyword(u"Select");
-  builder.AddIndent(format.IndentInPart());
-  select->BuildSelectMode(builder, format);
-  for (uint8_t option = myopHighPriority; option <= myopSQLCalcFoundRows; ++option)
-    if (HasOption(static_cast<TMYSQLSubQuerySelectOption>(option)))
-      Word(builder, MySQLOptionWord(static_cast<TMYSQLSubQuerySelectOption>(option)));
-  if (format.NewLineAfterPartKeywords())
-    builder.NewLine();
-  else if (select->SelectItems && select->SelectItems->GetCount() > 0)
-    builder.Space(3);
-  select->BuildSelectListItems(builder, format);
-  builder.EndIndent();
+  select->BuildSelectList(builder, format, nullptr, [&] {
+    for (uint8_t option = myopHighPriority; option <= myopSQLCalcFoundRows; ++option)
+      if (HasOption(static_cast<TMYSQLSubQuerySelectOption>(option)))
+        Word(builder, MySQLOptionWord(static_cast<TMYSQLSubQuerySelectOption>(option)));
+  });
   if (IntoFile) {
     builder.NewLineOrSpace(format.MainPartsFromNewLine(), 1);
     IntoFile->BuildSQL(builder, format);

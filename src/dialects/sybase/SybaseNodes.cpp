@@ -24,19 +24,12 @@ void TSybaseSubQuerySelectExpressionExtender::BuildSQLForNode(TastNode* node, TS
     TastExtender::BuildSQLForNode(node, builder, format);
     return;
   }
-  builder.WriteKeyword(u"Select");
-  builder.AddIndent(format.IndentInPart());
-  select->BuildSelectMode(builder, format);
-  if (Top) {
-    builder.Space(3);
-    Top->BuildSQL(builder, format);
-  }
-  if (format.NewLineAfterPartKeywords())
-    builder.NewLine();
-  else if (select->SelectItems && select->SelectItems->GetCount() > 0)
-    builder.Space(3);
-  select->BuildSelectListItems(builder, format);
-  builder.EndIndent();
+  select->BuildSelectList(builder, format, nullptr, [&] {
+    if (Top) {
+      builder.Space(3);
+      Top->BuildSQL(builder, format);
+    }
+  });
   select->BuildFromClause(builder, format);
   select->BuildWhereClause(builder, format);
   select->BuildGroupByClause(builder, format);
