@@ -2,6 +2,7 @@
 
 #include <QDropEvent>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QResizeEvent>
@@ -115,8 +116,12 @@ void TmvWorkAreaCanvas::keyPressEvent(QKeyEvent* event) {
   QWidget::keyPressEvent(event);
 }
 
+bool TmvWorkAreaCanvas::AcceptsTextDrop(const QMimeData* mime) const {
+  return builder_ && builder_->OLEDragDrop() && mime->hasText() && !mime->text().trimmed().isEmpty();
+}
+
 void TmvWorkAreaCanvas::dragEnterEvent(QDragEnterEvent* event) {
-  if (ReadMetadataObjectDrag(event->mimeData()))
+  if (ReadMetadataObjectDrag(event->mimeData()) || AcceptsTextDrop(event->mimeData()))
     event->acceptProposedAction();
   else
     event->ignore();
@@ -124,10 +129,15 @@ void TmvWorkAreaCanvas::dragEnterEvent(QDragEnterEvent* event) {
 
 void TmvWorkAreaCanvas::dropEvent(QDropEvent* event) {
   TmvMetadataObject* object = ReadMetadataObjectDrag(event->mimeData());
-  if (!object) return event->ignore();
+  const bool text = !object && AcceptsTextDrop(event->mimeData());
+  if (!object && !text) return event->ignore();
   const QPoint at = event->position().toPoint();
   try {
-    if (!builder_ || !AddMetadataObject(*builder_, member_, object, {at.x(), at.y()})) return event->ignore();
+    // Text from another program is a FROM entry as written (a table's name, a call).
+    const bool added = text ? member_->AddFromExpressionAt(FromQString(event->mimeData()->text().trimmed()),
+                                                           {at.x(), at.y()}, u"") != nullptr
+                            : builder_ && AddMetadataObject(*builder_, member_, object, {at.x(), at.y()});
+    if (!added) return event->ignore();
     event->acceptProposedAction();
   } catch (const Exception&) {
     // The model refused the object (the dialect or the host): no box.

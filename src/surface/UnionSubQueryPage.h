@@ -10,6 +10,8 @@
 
 #include "model/ModelControls.h"
 
+class QMimeData;
+
 namespace mv {
 
 class TmvQueryBuilder;
@@ -49,6 +51,8 @@ class TmvWorkAreaCanvas : public QWidget {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  // Text dragged from another program, where the query builder's OLEDragDrop allows it.
+  bool AcceptsTextDrop(const QMimeData* mime) const;
   // The painter the query builder names (made again when the name changes).
   const TmvQueryBuilderLinkPainter& Painter();
   bool LinksMayChange() const;

@@ -164,6 +164,21 @@ class DesignPaneTest : public QObject {
   }
 
   // An object of the metadata dropped on the work area becomes a box there.
+  // Text from another program becomes a datasource only where OLEDragDrop allows it.
+  void droppingTextOnTheAreaAddsIt() {
+    SetSql(u"SELECT c.Name FROM Customer c");
+    TmvWorkAreaCanvas* canvas = pane_->UnionSubQueryPage(Member())->WorkArea()->Canvas();
+    auto text = [] {
+      auto* mime = new QMimeData;
+      mime->setText(QStringLiteral("Track"));
+      return mime;
+    };
+    QVERIFY(!Drop(text(), canvas, QPoint(300, 40)));
+    builder_->SetOLEDragDrop(true);
+    QVERIFY(Drop(text(), canvas, QPoint(300, 40)));
+    QVERIFY2(Sql().contains(QStringLiteral("Customer c, Track"), Qt::CaseInsensitive), qPrintable(Sql()));
+  }
+
   void droppingAnObjectOnTheAreaAddsIt() {
     SetSql(u"SELECT c.Name FROM Customer c");
     TmvMetadataObject* invoice = builder_->MetadataContainer()->Items(1);
