@@ -264,14 +264,14 @@ void TmvMetadataLoadWizard::LoadDatabasesList() {
   try {
     container_->SetDefaultDatabaseName(syntaxProvider_->GetDefaultDatabaseName(context_.get(), connection).get());
     defaultName = container_->DefaultDatabaseNameStr();
-  } catch (const Exception&) {
+  } catch (const std::exception&) {
     // A server that does not name its database: the default one stays unnamed.
   }
   std::vector<WideString> names;
   if (supported) {
     try {
       context_->GetDatabasesList(connection, names);
-    } catch (const Exception&) {
+    } catch (const std::exception&) {
       names.clear();  // no list from the server: the default database only
     }
   }

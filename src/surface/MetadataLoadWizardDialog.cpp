@@ -226,6 +226,8 @@ void TmvMetadataLoadWizardDialog::Next() {
     wizard_.Next();
   } catch (const Exception& e) {
     QMessageBox::warning(this, windowTitle(), ToQString(e.Message()));
+  } catch (const std::exception& e) {
+    QMessageBox::warning(this, windowTitle(), QString::fromUtf8(e.what()));
   }
   ShowPage();
 }
