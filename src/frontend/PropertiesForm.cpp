@@ -105,6 +105,13 @@ bool IsPropertiesFormClassRegistered(WideStringView className) {
   return Registry().factories.count(className) > 0;
 }
 
+std::vector<WideString> RegisteredPropertiesFormClasses() {
+  std::lock_guard lock(Registry().mutex);
+  std::vector<WideString> names;
+  for (const auto& entry : Registry().factories) names.push_back(entry.first);
+  return names;
+}
+
 std::unique_ptr<TmvQBPropertiesForm> CreatePropertiesForm(WideStringView className, const TmvPropsFormTarget& target) {
   TmvPropertiesFormFactory factory;
   {

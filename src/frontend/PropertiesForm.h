@@ -135,6 +135,8 @@ using TmvPropertiesFormFactory = std::function<std::unique_ptr<TmvQBPropertiesFo
 // The registry of form classes. Registering a name again replaces it.
 void RegisterPropertiesFormClass(WideStringView className, TmvPropertiesFormFactory factory);
 bool IsPropertiesFormClassRegistered(WideStringView className);
+// The registered class names, in sorted order.
+std::vector<WideString> RegisteredPropertiesFormClasses();
 // A new form of the class with its values loaded (LoadProps); null for an
 // empty or unknown name.
 std::unique_ptr<TmvQBPropertiesForm> CreatePropertiesForm(WideStringView className, const TmvPropsFormTarget& target);
