@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <functional>
 
+#include "component/ExpressionBuilderParams.h"
 #include "component/QueryBuilder.h"
 #include "frontend/SyntaxProvider.h"
 #include "metadata/MetadataField.h"
@@ -140,8 +141,17 @@ TmvSelectListGrid::TmvSelectListGrid(TmvSelectList* selectList, QWidget* parent)
   setContextMenuPolicy(Qt::CustomContextMenu);
   connect(this, &QWidget::customContextMenuRequested, this, [this](const QPoint& point) {
     const int row = rowAt(point.y());
-    if (row >= 0 && row < selectList_->Count())
-      ExecModelMenu(selectList_->Items(row)->GetPopupMenu(this), viewport()->mapToGlobal(point), this);
+    if (row < 0 || row >= selectList_->Count()) return;
+    TmvMenu menu = CellMenu(row, columnAt(point.x()));
+    for (TmvMenuItem& item : selectList_->Items(row)->GetPopupMenu(this)) menu.push_back(std::move(item));
+    ExecModelMenu(menu, viewport()->mapToGlobal(point), this);
+  });
+  // With the host's expression editor, a double click on an expression or
+  // criteria cell opens it instead of the cell's own editor.
+  connect(this, &QTableWidget::cellDoubleClicked, this, [this](int row, int column) {
+    if (!CustomBuilderAvailable(column) || row >= selectList_->Count()) return;
+    closePersistentEditor(item(row, column));
+    OpenCustomBuilder(row, column);
   });
   connect(this, &QTableWidget::itemChanged, this, [this](QTableWidgetItem* item) {
     if (filling_) return;
@@ -221,6 +231,33 @@ void TmvSelectListGrid::ApplyCell(int row, int column, const QString& text, bool
   }
   // What the model made of the text (or the old value after a refusal).
   FillList();
+}
+
+bool TmvSelectListGrid::CustomBuilderAvailable(int column) const {
+  auto* builder = dynamic_cast<TmvQueryBuilder*>(selectList_->Host());
+  return builder && builder->OnCustomExpressionBuilder && builder->UseCustomExpressionBuilder &&
+         (column == colExpression || column >= colCriteria);
+}
+
+void TmvSelectListGrid::OpenCustomBuilder(int row, int column) {
+  auto* builder = dynamic_cast<TmvQueryBuilder*>(selectList_->Host());
+  TmvSelectItem* item = selectList_->Items(row);
+  const QRect cell(viewport()->mapToGlobal(visualItemRect(this->item(row, column)).topLeft()),
+                   visualItemRect(this->item(row, column)).size());
+  std::vector<WideString> completions;
+  for (const QString& choice : ChoicesFor(row, colExpression)) completions.push_back(FromQString(choice));
+  auto params = TmvExpressionBuilderParams::Create(builder, item, column == colExpression ? -1 : column - colCriteria,
+                                                   cell.left(), cell.top(), cell.width(), cell.height(),
+                                                   FromQString(this->item(row, column)->text()), completions);
+  PostModelAction([builder, params] { builder->OnCustomExpressionBuilder(builder, params); });
+}
+
+TmvMenu TmvSelectListGrid::CellMenu(int row, int column) {
+  TmvMenu menu;
+  if (CustomBuilderAvailable(column))
+    AddMenuItem(menu, u"mvQBExpressionBuilder", [this, row, column] { OpenCustomBuilder(row, column); });
+  if (!menu.empty()) AddMenuItem(menu, u"-", nullptr);
+  return menu;
 }
 
 void TmvSelectListGrid::RowMoved(int from, int to) {

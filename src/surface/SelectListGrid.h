@@ -49,6 +49,11 @@ class TmvSelectListGrid : public QTableWidget, public ImvSelectListControl {
   void dropEvent(QDropEvent* event) override;
 
  private:
+  // The host's expression editor for a cell (OnCustomExpressionBuilder).
+  bool CustomBuilderAvailable(int column) const;
+  void OpenCustomBuilder(int row, int column);
+  // The entries a cell adds to its row's menu: the host's expression editor.
+  TmvMenu CellMenu(int row, int column);
   // A row dragged by its header to another place: the model's order follows.
   void RowMoved(int from, int to);
   // Applies the cell's text (or check) to its row of the model.

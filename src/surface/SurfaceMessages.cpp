@@ -22,6 +22,7 @@ void RegisterOnce() {
         {u"mvQBGCCriteria", u"Criteria"},
         {u"mvQBGCOr", u"Or..."},
         {u"mvQBMetadataTreeLoading", u"Loading..."},
+        {u"mvQBExpressionBuilder", u"Build expression..."},
     });
     return true;
   }();

@@ -18,6 +18,7 @@
 #include <functional>
 
 #include "ReferenceDialect.h"
+#include "component/ExpressionBuilderParams.h"
 #include "component/QueryBuilder.h"
 #include "metadata/MetadataContainer.h"
 #include "metadata/MetadataField.h"
@@ -315,6 +316,31 @@ class DesignPaneTest : public QObject {
     Grid()->setCurrentCell(1, TmvSelectListGrid::colExpression);
     QTest::keyClick(Grid(), Qt::Key_Delete, Qt::ControlModifier);
     QTRY_VERIFY2(!Sql().contains(QStringLiteral("CustomerId")), qPrintable(Sql()));
+  }
+
+  // With the host's expression editor, a double click on an expression cell
+  // hands the cell to it and its answer becomes the row's expression; the
+  // row's menu offers it too.
+  void gridCellsOpenTheHostsEditorAndSubQueries() {
+    SetSql(u"SELECT c.Name, (SELECT Count(*) FROM Invoice i) AS Invoices FROM Customer c");
+    builder_->OnCustomExpressionBuilder = [](TmvQueryBuilder*, std::shared_ptr<ImvExpressionBuilderParams> params) {
+      QCOMPARE(params->Get_OldExpression(), WideString(u"c.Name"));
+      params->Set_NewExpression(u"Upper(c.Name)");
+    };
+    emit Grid()->cellDoubleClicked(0, TmvSelectListGrid::colExpression);
+    QTRY_VERIFY2(Sql().contains(QStringLiteral("Select Upper(c.Name)"), Qt::CaseInsensitive), qPrintable(Sql()));
+    const QRect cell = Grid()->visualItemRect(Grid()->item(1, TmvSelectListGrid::colExpression));
+    QStringList texts;
+    QTimer::singleShot(0, [&] {
+      auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+      if (!popup) return;
+      const QList<QAction*> actions = popup->actions();
+      texts.clear();
+      for (QAction* action : actions) texts << action->text();
+      popup->close();
+    });
+    emit Grid()->customContextMenuRequested(cell.center());
+    QVERIFY2(texts.size() > 1 && texts[0] == QStringLiteral("Build expression..."), qPrintable(texts.join(u'|')));
   }
 
   // A union gets a button per SELECT; a click shows that SELECT's page.
