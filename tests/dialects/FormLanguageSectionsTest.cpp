@@ -70,7 +70,9 @@ TEST(FormLanguageSections, EveryLanguageButPolishHasEveryCaptionAndEnglishIsTheC
         source.ReadWideString(section, key, text, missing);
         SCOPED_TRACE(UTF8Encode(file + u" [" + section + u"] " + key));
         EXPECT_NE(text, missing);
-        if (file == u"ENGLISH.LNG" || IsUntranslated(english)) EXPECT_EQ(text, english);
+        if (file == u"ENGLISH.LNG" || IsUntranslated(english)) {
+          EXPECT_EQ(text, english);
+        }
       }
   }
 }
