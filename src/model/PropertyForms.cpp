@@ -91,11 +91,8 @@ void TmvLinkPropsForm::SaveProps() {
   TmvLink* link = Link();
   if (!link || !Target().Context) return;
   const WideString text = Text(u"eExpression");
-  if (text != oldExpression_) {
-    TmvOwned<TSQLExpressionItem> expression = Target().Context->ParseLogicalExpression(text);
-    if (!expression) throw EmvQueryBuilderError(text, MessageFormat(mvQBBadExpression, {text}));
-    link->SetLinkExpressionString(text);
-  }
+  // The link parses the text itself (and refuses a bad one with the same message).
+  if (text != oldExpression_) link->SetLinkExpressionString(text);
   const bool left = Checked(u"cbAllFromLeft"), right = Checked(u"cbAllFromRight");
   link->SetJoinKindClass(left && right ? &TSQLJoinKindFull::StaticClass()
                          : left        ? &TSQLJoinKindLeft::StaticClass()
